@@ -1,0 +1,84 @@
+// The records, enumerations and handles that cross the boundary between a tool and a Quellis device library.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Automation::Velq {
+
+/// Status of an operation. 0 is success, 0xA....... a warning, 0xC0000000 and above a failure. A library may return any
+/// value; these are the ones that a tool tells apart.
+enum ErrorCode : uint32_t {
+  Success = 0,
+  WarningFirmwareNotNewer = 0xA000000D,   ///< loaded, but the chip holds this version or a newer one
+  ErrorNoDeviceList = 0xE0000000,         ///< the list of installed devices cannot be had
+  ErrorDeviceBusy = 0xE0000019,           ///< another process holds the device
+  ErrorCannotFuse = 0xE0000027,           ///< these devices cannot form one fusion device
+  ErrorFileUnreadable = 0xE0000028,       ///< the firmware file cannot be opened or read
+  ErrorFirmwareWrongDevice = 0xE0000029,  ///< the firmware file is not for this device
+};
+
+/// The lowest status that counts as a failure where warnings are accepted.
+inline constexpr uint32_t FirstFailure = 0xC0000000;
+
+/// True for a failure; false for success and for every warning.
+constexpr bool failed(ErrorCode status) { return status >= FirstFailure; }
+
+/// How a device is opened. A library may treat both alike.
+enum AccessMode : int32_t {
+  AccessFusion = 0,  ///< to form, extend or dissolve a fusion device
+  AccessDevice = 1,  ///< everything else: reading, renaming, renumbering
+};
+
+/// The kind of scenario control that `DaqCtrlBase_Create` makes.
+enum Scenario : uint32_t {
+  ScenarioCalibration = 0x00200000,  ///< makes a `CalibrationCtrl`
+  ScenarioFirmware = 0x00400000,     ///< makes a `FirmwareCtrls`
+};
+
+/// State of one calibration item. Any other value means finished, outcome unknown.
+enum CalibrationState : int32_t {
+  CalibrationDone = 0,
+  CalibrationFailed = 1,
+  CalibrationRunning = 2,  ///< poll again
+};
+
+/// Names one device to the library. Filled by the tool, and by `DaqCtrlBase_getSelectedDevice`.
+struct DeviceInformation {
+  int32_t DeviceNumber;     ///< 0 and above; -1: the device is chosen by `Description` alone
+  AccessMode OpenMode;      ///< how the device is to be opened
+  int32_t ModuleIndex;      ///< module within the device; always 0
+  wchar_t Description[64];  ///< always terminated, so at most 63 characters
+};
+static_assert(sizeof(wchar_t) == 4 && sizeof(DeviceInformation) == 268);
+static_assert(offsetof(DeviceInformation, DeviceNumber) == 0 && offsetof(DeviceInformation, OpenMode) == 4);
+static_assert(offsetof(DeviceInformation, ModuleIndex) == 8 && offsetof(DeviceInformation, Description) == 12);
+
+/// Element of the array that `DeviceCtrl_getInstalledDevices` returns. Its description is as long as the library makes
+/// it, so a library may lay out a node longer or shorter than this record; tools read the text from `Description` to
+/// its terminator only.
+struct InstalledDeviceNode {
+  unsigned char Private[36];  ///< the library's own
+  wchar_t Description[64];    ///< terminated
+};
+static_assert(offsetof(InstalledDeviceNode, Description) == 36);
+
+/// Base of all handles: opaque objects that the library owns. Nobody can construct or copy one.
+class Handle {
+ public:
+  Handle() = delete;
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+};
+
+class DeviceCtrl : public Handle {};            ///< one opened device
+class DaqCtrlBase : public Handle {};           ///< a scenario control, bound to one device after its creation
+class FirmwareCtrls : public DaqCtrlBase {};    ///< the control that `ScenarioFirmware` makes
+class CalibrationCtrl : public DaqCtrlBase {};  ///< the control that `ScenarioCalibration` makes
+class Array : public Handle {};                 ///< a read-only list of values or of handles
+class FirmwareItem : public Handle {};          ///< the firmware slot of one programmable chip
+class CalibrationSolution : public Handle {};   ///< one calibration procedure
+class CalibrationSection : public Handle {};    ///< one operator-guided step of a solution
+class CalibrationItem : public Handle {};       ///< one adjusting code that is worked out within a section
+
+}  // namespace Automation::Velq

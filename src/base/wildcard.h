@@ -1,0 +1,12 @@
+// New descriptions made of old ones: "?" and "*" in the new text stand for parts of the old.
+#pragma once
+
+#include <string>
+
+/// Appends to `output` the `pattern` with its wildcards filled from `source`. "?" takes the byte at its own position,
+/// the first "*" all from its position on; the wildcards behind that "*" are dropped. Positions are counted in the
+/// pattern, so in "?*" the "*" starts at byte 1.
+void MyReplace(std::string source, std::string pattern, std::string& output);
+
+/// Removes every `character` from `text`.
+void RemoveChar(std::string& text, char character);

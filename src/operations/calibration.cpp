@@ -1,0 +1,135 @@
+#include "operations/calibration.h"
+
+#include <velq/velq.h>
+
+#include <array>
+#include <cstdio>
+#include <cwchar>
+#include <string>
+
+#include "base/console.h"
+
+using namespace Automation::Velq;
+
+namespace {
+
+constexpr unsigned SectionSeconds = 1000;
+constexpr unsigned PollSeconds = 200;
+
+// Filled by every poll and kept from item to item: what a poll leaves out shows the code of the one before.
+struct ItemState {
+  int64_t value = 0;
+  int32_t detail = 0;
+  std::array<uint32_t, 15> codes{};
+};
+
+// A list of library objects, each asked for anew at every use.
+template <typename Object>
+class List {
+ public:
+  explicit List(Array* array) : array_(array), length_(array == nullptr ? 0 : Array_getLength(array)) {}
+  int32_t length() const { return length_; }
+  Object* operator[](int32_t index) const { return static_cast<Object*>(Array_getItem(array_, index)); }
+
+ private:
+  Array* array_;
+  int32_t length_;
+};
+
+void showCode(uint32_t code, CalibrationState state) {
+  wchar_t text[20] = {};
+  swprintf(text, std::size(text), L"0X%08X\n", code);
+  if (state == CalibrationRunning) std::wcscat(text, L", ...");
+  printf("\b\b\b\b\b\b\b\b\b\b\b\b\b\b\b%S", text);
+}
+
+void showItem(const List<CalibrationItem>& items, int32_t index, ItemState& state) {
+  const std::wstring name = CalibrationItem_getName(items[index]);
+  bool first = true;
+  CalibrationState outcome = CalibrationRunning;
+  while (outcome == CalibrationRunning) {
+    outcome = CalibrationItem_getState(items[index], &state.value, &state.detail, state.codes.data());
+    if (first) printf("%S", (name + L",code                ").c_str());
+    first = false;
+    showCode(state.codes[0], outcome);
+    pauseSeconds(PollSeconds);
+  }
+  if (outcome == CalibrationDone) printf("%S\n", L",OK  ");
+  if (outcome == CalibrationFailed) printf("%S\n", L",Failed");
+}
+
+// False when the device is busy.
+bool runSection(const List<CalibrationSection>& sections, int32_t index, ItemState& state) {
+  printf("Section %d description:%S\n", index, CalibrationSection_getDescription(sections[index]));
+  printf("Section %d instrution:%S\n", index, CalibrationSection_getInstruction(sections[index]));
+  puts("Press any key to continue");
+  getch();
+  const ErrorCode status = CalibrationSection_start(sections[index]);
+  pauseSeconds(SectionSeconds);
+  if (status == ErrorDeviceBusy) return false;
+  const List<CalibrationItem> items(CalibrationSection_getItems(sections[index]));
+  for (int32_t i = 0; i < items.length(); ++i) showItem(items, i, state);
+  return true;
+}
+
+// False when the device is busy.
+bool runSolution(const List<CalibrationSolution>& solutions, int32_t index, ItemState& state) {
+  printf("Solution %d description:%S\n", index, CalibrationSolution_getDescription(solutions[index]));
+  printf("Solution %d instrution:%S\n", index, CalibrationSolution_getInstruction(solutions[index]));
+  const List<CalibrationSection> sections(CalibrationSolution_getSections(solutions[index]));
+  for (int32_t i = 0; i < sections.length(); ++i) {
+    if (!runSection(sections, i, state)) return false;
+  }
+  // The number of sections, not of the solution: scripts read it as such.
+  printf("Solution %d Completed!\n", sections.length());
+  puts("Update as current use? (Y/N):");
+  // Bit 0x20 is case; bit 0x80 has never counted.
+  const int answer = readAnswer();
+  if (answer >= 0 && (answer & 0x5F) == 'Y') CalibrationSolution_updateAsCurrent(solutions[index]);
+  return true;
+}
+
+bool nameHolds(CalibrationSolution* solution, const wchar_t* text) {
+  return std::wstring(CalibrationSolution_getName(solution)).find(text) != std::wstring::npos;
+}
+
+void restoreBackup(const List<CalibrationSolution>& solutions, int32_t index, bool analogInput,
+                   const DeviceInformation& info) {
+  if (CalibrationSolution_loadGoldenBackup(solutions[index], 0) != Success) {
+    puts("This device operation failed!");
+    return;
+  }
+  if (CalibrationSolution_loadGoldenBackup(solutions[index], 1) != Success) return;
+  printf("Revise %s module adjusting code of device %d(%S) complete!.\n", analogInput ? "AI" : "AO", info.DeviceNumber,
+         info.Description);
+  CalibrationSolution_updateAsCurrent(solutions[index]);
+}
+
+}  // namespace
+
+int startCalibration(CalibrationCtrl* ctrl, const wchar_t* procedure) {
+  Array* const array = ctrl == nullptr ? nullptr : CalibrationCtrl_getSolutions(ctrl);
+  if (array == nullptr) return -1;
+  const List<CalibrationSolution> solutions(array);
+  ItemState state;
+  for (int32_t i = 0; i < solutions.length(); ++i) {
+    if (!nameHolds(solutions[i], procedure))
+      printf("This device can not support the function! ErrorLevel = %d\n", 3);
+    else if (!runSolution(solutions, i, state))
+      return static_cast<int>(ErrorDeviceBusy);
+  }
+  return 0;
+}
+
+int LoadFromGoldenBackup(CalibrationCtrl* ctrl, bool analogInput, DeviceInformation& info) {
+  Array* const array = ctrl == nullptr ? nullptr : CalibrationCtrl_getSolutions(ctrl);
+  if (array == nullptr) return -1;
+  const List<CalibrationSolution> solutions(array);
+  for (int32_t i = 0; i < solutions.length(); ++i) {
+    if (nameHolds(solutions[i], analogInput ? L"AI" : L"AO"))
+      restoreBackup(solutions, i, analogInput, info);
+    else if (solutions.length() == 1)
+      printf("This device do not support the function! ErrorLevel = %d\n", 3);
+  }
+  return 0;
+}

@@ -1,0 +1,53 @@
+#include "operations/description.h"
+
+#include <velq/velq.h>
+
+#include <cstdio>
+#include <cwchar>
+
+#include "base/conversion.h"
+#include "base/wildcard.h"
+
+using namespace Automation::Velq;
+
+namespace {
+
+WideText substitute(const wchar_t* oldDescription, const std::string& pattern) {
+  const EnvironmentLocale locale;
+  std::string result;
+  MyReplace(narrow(oldDescription), pattern, result);
+  puts("Change device description start!");
+  return widen(result);
+}
+
+}  // namespace
+
+int changeDescription(std::string selector, std::string option, DeviceInformation& device) {
+  const size_t begin = option.find(':') + 1;
+  const std::string pattern = option.substr(begin);
+  // The piece is of no use, but an option whose colon stands far to the right has always ended the run here.
+  static_cast<void>(selector.substr(begin));
+
+  DeviceCtrl* const opened = DeviceCtrl_Create(device.DeviceNumber, device.Description, device.OpenMode);
+  if (opened == nullptr) {
+    printf("Failed to change Board ID of device %d! (Errorlevel = %d).\n", device.DeviceNumber, 3);
+    return -1;
+  }
+  if (pattern.find_first_of("+-@/") != std::string::npos) {
+    printf("Failed to change Description of device %d! (Errorlevel = %d)\n", DeviceCtrl_getDeviceNumber(opened), 3);
+    return 3;
+  }
+  constexpr int32_t capacity = std::size(decltype(device.Description){});
+  DeviceCtrl_getDescription(opened, capacity, device.Description);
+  device.Description[capacity - 1] = 0;
+
+  const WideText description = substitute(device.Description, pattern);
+  const auto length = static_cast<int32_t>(std::wcslen(description.data()));
+  if (DeviceCtrl_setDescription(opened, length + 1, description.data()) != Success) {
+    puts("setDescription error!");
+    return -1;
+  }
+  printf("Device description has changed from %S to %S\n", device.Description, description.data());
+  DeviceCtrl_dispose(opened);
+  return 0;
+}

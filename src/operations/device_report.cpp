@@ -1,0 +1,77 @@
+#include "operations/device_report.h"
+
+#include <velq/velq.h>
+
+#include <cstdio>
+#include <cwchar>
+
+#include "operations/library_text.h"
+
+using namespace Automation::Velq;
+
+namespace {
+
+using TextGetter = ErrorCode (*)(DeviceCtrl*, int32_t, wchar_t*);
+
+// Fills the buffer from the library; with "N/A" when that gives anything but success.
+template <int32_t Capacity>
+void readOrNotAvailable(TextGetter getter, DeviceCtrl* device, TextBuffer<Capacity>& text) {
+  if (getter(device, Capacity, text.data()) != Success) std::wcscpy(text.data(), L"N/A");
+}
+
+template <typename Value>
+void printValues(Array* values, const char* format, const char* missing) {
+  if (values == nullptr) {
+    puts(missing);
+    return;
+  }
+  for (int32_t i = 0; i < Array_getLength(values); ++i) {
+    const auto* const value = static_cast<const Value*>(Array_getItem(values, i));
+    if (value == nullptr) return;
+    printf(format, *value);
+  }
+}
+
+void printVersions(DeviceCtrl* device) {
+  TextBuffer<10> version;
+  if (DeviceCtrl_getDriverVersion(device, version.capacity, version.data()) == Success)
+    printf("Driver version: %S\n", version.data());
+  else
+    puts("Driver version: N/A");
+
+  // Told 10, although there is room for more: the report's line has always been this short.
+  TextBuffer<100> library;
+  if (DeviceCtrl_getDllVersion(device, 10, library.data()) == Success)
+    printf("DLL version: %S\n", library.data());
+  else
+    puts("DLL version: N/A");
+
+  TextBuffer<10> board;
+  readOrNotAvailable(DeviceCtrl_getBoardVersion, device, board);
+  printf("Board version: %S\n", board.data());
+}
+
+}  // namespace
+
+int QueryDeviceInfo(DeviceInformation& device) {
+  DeviceCtrl* const opened = DeviceCtrl_Create(device.DeviceNumber, device.Description, device.OpenMode);
+  if (opened == nullptr) {
+    printf("Cannot find specifiled Quellis device %d!(Errorleve= %d)\n", device.DeviceNumber, 2);
+    return -1;
+  }
+  TextBuffer<50> description;
+  readOrNotAvailable(DeviceCtrl_getDescription, opened, description);
+  printf("Detail information of device %d (%S)\n", DeviceCtrl_getDeviceNumber(opened), description.data());
+  printf("Device Number: %d\n", DeviceCtrl_getDeviceNumber(opened));
+  printf("Description: %S\n", description.data());
+  printf("ProductID:0x%X\n", static_cast<unsigned>(DeviceCtrl_getProductId(opened)));
+  printf("Board ID: %d\n", DeviceCtrl_getBoardId(opened));
+  printVersions(opened);
+
+  TextBuffer<100> location;
+  readOrNotAvailable(DeviceCtrl_getLocation, opened, location);
+  printf("Location: %S\n", location.data());
+  printValues<unsigned long long>(DeviceCtrl_getBaseAddresses(opened), "Base address: 0x%llx\n", "Base address: N/A");
+  printValues<int>(DeviceCtrl_getInterrupts(opened), "Interrupt: %d\n", "Interrupt: N/A");
+  return 0;
+}

@@ -1,0 +1,92 @@
+#include "operations/fusion.h"
+
+#include <velq/velq.h>
+
+#include <cstdio>
+#include <vector>
+
+#include "base/conversion.h"
+#include "operations/fusion_children.h"
+#include "operations/library_text.h"
+
+using namespace Automation::Velq;
+
+int QueryFusionDevInfo(DeviceInformation& device) {
+  DeviceCtrl* const opened = DeviceCtrl_Create(device.DeviceNumber, device.Description, device.OpenMode);
+  if (opened == nullptr) {
+    puts("devCtrl is null.");
+    return -1;
+  }
+  const int32_t number = DeviceCtrl_getDeviceNumber(opened);
+  if (device.DeviceNumber == -1) device.DeviceNumber = number;
+  const ErrorCode isFusion = CvxIsFusionDevice(number);
+  const LibraryText description = descriptionOf(opened);
+  DeviceCtrl_dispose(opened);
+  if (isFusion != Success) {
+    printf("%S is not a fusion device.\n", description.data());
+    return -1;
+  }
+  FusionChildren children;
+  if (children.read(device.DeviceNumber) != Success) {
+    printf("QueryFusionDevInfo CvxFusionDeviceGetChildren failed!");
+    return -1;
+  }
+  printf("%S fused devices:%S\n", description.data(), children.report().c_str());
+  return 0;
+}
+
+int GetDeviceChildrenDevNum(int /*childCount*/, int* children, int argc, char** argv, std::wstring& /*wide*/,
+                            std::string& names) {
+  for (int i = 3; i < argc; ++i) {
+    const DeviceInformation child = recordOf(argv[i]);
+    names += argv[i];
+    names += ' ';
+    DeviceCtrl* const opened = DeviceCtrl_Create(-1, child.Description, AccessDevice);
+    if (opened == nullptr) return -1;
+    children[i - 3] = DeviceCtrl_getDeviceNumber(opened);
+  }
+  return 0;
+}
+
+int FusionDeviceAddChildren(int fusionNumber, int childCount, int* children, std::wstring /*wide*/, std::string names,
+                            std::string description) {
+  if (CvxFusionDeviceCheckChildren(fusionNumber, childCount, children) != Success) {
+    printf("Specified devices can not be merged!(ErroeLevel = %d)\n", 3);
+    return -1;
+  }
+  if (CvxFusionDeviceAddChildren(fusionNumber, childCount, children) != Success) {
+    puts("CvxFusionDeviceAddChildren failed!");
+    return -1;
+  }
+  FusionChildren all;
+  if (all.read(fusionNumber) != Success) {
+    puts("CvxFusionDeviceGetChildren failed!");
+    return -1;
+  }
+  const std::wstring report = all.report();
+  printf("Merge %s to fusion device %s successfully.\n", names.c_str(), description.c_str());
+  printf("%s fused devices:%S\n", description.c_str(), report.c_str());
+  return 0;
+}
+
+int extendFusionDevice(int argc, char** argv, DeviceInformation& device) {
+  DeviceCtrl* const opened = DeviceCtrl_Create(device.DeviceNumber, nullptr, device.OpenMode);
+  if (opened == nullptr) {
+    printf("Can not create a device without description!(ErrorLevel = %d)\n", 3);
+    return -1;
+  }
+  const LibraryText wideDescription = descriptionOf(opened);
+  DeviceCtrl_dispose(opened);
+  std::string description;
+  {
+    const EnvironmentLocale locale;
+    description = narrow(wideDescription.data());
+  }
+  const int childCount = argc - 3;
+  std::vector<int> children(static_cast<size_t>(childCount), -1);
+  std::wstring wide;
+  std::string names;
+  GetDeviceChildrenDevNum(childCount, children.data(), argc, argv, wide, names);
+  FusionDeviceAddChildren(device.DeviceNumber, childCount, children.data(), wide, names, description);
+  return 0;
+}

@@ -1,0 +1,31 @@
+// Texts that the library fills.
+#pragma once
+
+#include <velq/velq.h>
+
+#include <array>
+
+/// Room for `Capacity` characters, zero filled, and for one more: it ends even where a library leaves out the
+/// terminator.
+template <int32_t Capacity>
+class TextBuffer {
+ public:
+  /// What a library is told, in characters.
+  static constexpr int32_t capacity = Capacity;
+
+  wchar_t* data() { return characters_.data(); }
+  const wchar_t* data() const { return characters_.data(); }
+
+ private:
+  std::array<wchar_t, Capacity + 1> characters_{};
+};
+
+/// A description as most reports read it.
+using LibraryText = TextBuffer<256>;
+
+/// The device's description, empty when the library fills none; the status is not looked at.
+inline LibraryText descriptionOf(Automation::Velq::DeviceCtrl* device) {
+  LibraryText text;
+  Automation::Velq::DeviceCtrl_getDescription(device, LibraryText::capacity, text.data());
+  return text;
+}

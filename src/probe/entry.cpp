@@ -1,0 +1,117 @@
+#include <dlfcn.h>
+#include <velq/library.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "probe/faults.h"
+#include "probe/operation.h"
+#include "probe/trace.h"
+
+namespace probe {
+
+void stop(const std::string_view problem) {
+  fprintf(stderr, "velq-probe: %.*s\n", static_cast<int>(problem.size()), problem.data());
+  std::abort();
+}
+
+namespace {
+
+std::string variable(const char* name) {
+  const char* const value = secure_getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+struct Probe {
+  ~Probe() {
+    if (faults.isEmpty()) return;
+    const std::vector<std::string> unreached = faults.unreached();
+    std::string line = "# faults never reached: " + std::to_string(unreached.size());
+    for (const std::string& fault : unreached) line += "; " + fault;
+    if (trace.isOpen())
+      trace.write(line);
+    else if (!unreached.empty())
+      fprintf(stderr, "velq-probe: %s\n", line.c_str());
+  }
+
+  const LibraryTable* next = nullptr;
+  Faults faults{variable("VELQ_FAULTS")};
+  TraceFile trace{variable("VELQ_TRACE")};
+  HandleNames names;
+};
+
+Probe& theProbe() {
+  static Probe probe;
+  return probe;
+}
+
+template <auto Field, Operation Which>
+struct Hook;
+
+template <typename Table>
+const Table& nextTable() {
+  if constexpr (std::is_same_v<Table, FunctionTable>) return *theProbe().next->functions;
+  if constexpr (std::is_same_v<Table, ObjectTable>) return *theProbe().next->objects;
+}
+
+// The hook for one field of a table: answers by itself or forwards, then writes its line.
+template <typename Table, typename Result, typename... Parameters, Result (*Table::*Field)(Parameters...),
+          Operation Which>
+struct Hook<Field, Which> {
+  static constexpr std::string_view Name = factsOf(Which).name;
+
+  static Result call(Parameters... parameters) {
+    const Fault* const fault = theProbe().faults.next(Which);
+    const std::tuple<Parameters...> arguments(parameters...);
+    if constexpr (std::is_void_v<Result>) {
+      write(arguments, "");
+      forget(parameters...);
+      (nextTable<Table>().*Field)(parameters...);
+    } else {
+      const Result result = fault != nullptr ? injected(*fault) : (nextTable<Table>().*Field)(parameters...);
+      if constexpr (Name.ends_with("_Create") && std::is_pointer_v<Result>) theProbe().names.forget(result);
+      const std::string shown = theProbe().trace.isOpen() ? showResult(theProbe().names, result, arguments) : "";
+      write(arguments, " = " + shown + (fault != nullptr ? " (injected)" : ""));
+      return result;
+    }
+  }
+
+ private:
+  static Result injected(const Fault& fault) {
+    if constexpr (std::is_pointer_v<Result>)
+      return nullptr;
+    else
+      return static_cast<Result>(fault.answer);
+  }
+
+  static void forget(const void* handle) { theProbe().names.forget(handle); }
+
+  static void write(const std::tuple<Parameters...>& arguments, const std::string& result) {
+    Probe& probe = theProbe();
+    if (!probe.trace.isOpen()) return;
+    probe.trace.write(std::string(Name) + "(" + showArguments(probe.names, arguments) + ")" + result);
+  }
+};
+
+constexpr FunctionTable Functions = {
+#define VELQ_FUNCTION(result, name, parameters, arguments) .name = Hook<&FunctionTable::name, Operation::name>::call,
+#include <velq/operations.def>
+};
+
+constexpr ObjectTable Objects = {
+#define VELQ_OBJECT(result, name, parameters, arguments) .name = Hook<&ObjectTable::name, Operation::name>::call,
+#include <velq/operations.def>
+};
+
+constexpr LibraryTable Tables = {.functions = &Functions, .objects = &Objects};
+
+}  // namespace
+}  // namespace probe
+
+const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() {
+  using Entry = decltype(&CvxQuellisLibInitialize);
+  const auto entry = reinterpret_cast<Entry>(dlsym(RTLD_NEXT, "CvxQuellisLibInitialize"));
+  if (entry == nullptr) probe::stop("no device library behind the probe");
+  probe::theProbe().next = entry();
+  return &probe::Tables;
+}

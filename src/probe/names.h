@@ -1,0 +1,45 @@
+// Names for handles: "DeviceCtrl#1", numbered as they appear, so that a trace is the same from run to run.
+#pragma once
+
+#include <velq/types.h>
+
+#include <map>
+#include <string>
+#include <type_traits>
+#include <unordered_map>
+
+namespace probe {
+
+using namespace Automation::Velq;
+
+/// What handles of this type are called. All scenario controls share the name of what made them.
+template <typename Handle>
+constexpr const char* kindName() {
+  using Type = std::remove_cv_t<Handle>;
+  if (std::is_base_of_v<DaqCtrlBase, Type>) return "DaqCtrlBase";
+  if (std::is_same_v<Type, DeviceCtrl>) return "DeviceCtrl";
+  if (std::is_same_v<Type, Array>) return "Array";
+  if (std::is_same_v<Type, FirmwareItem>) return "FirmwareItem";
+  if (std::is_same_v<Type, CalibrationSolution>) return "CalibrationSolution";
+  if (std::is_same_v<Type, CalibrationSection>) return "CalibrationSection";
+  return "CalibrationItem";
+}
+
+class HandleNames {
+ public:
+  /// The name of a handle, a new one when the address has not been seen as this kind before; "null" for null.
+  std::string nameOf(const void* handle, const char* kind);
+
+  /// Makes the next handle at this address a new one: the library may use an address again.
+  void forget(const void* handle) { names_.erase(handle); }
+
+ private:
+  struct Name {
+    std::string kind;
+    int number;
+  };
+  std::unordered_map<const void*, Name> names_;
+  std::map<std::string, int> counts_;
+};
+
+}  // namespace probe

@@ -1,0 +1,49 @@
+// The operations of both tables, numbered.
+#pragma once
+
+#include <velq/library.h>
+
+#include <cstddef>
+#include <string_view>
+#include <type_traits>
+
+namespace probe {
+
+enum class Operation : size_t {
+#define VELQ_FUNCTION(result, name, parameters, arguments) name,
+#define VELQ_OBJECT(result, name, parameters, arguments) name,
+#include <velq/operations.def>
+  Count
+};
+
+inline constexpr size_t OperationCount = static_cast<size_t>(Operation::Count);
+
+/// What an operation answers with.
+enum class AnswerKind { Nothing, Number, Pointer };
+
+template <typename Result>
+constexpr AnswerKind kindOf() {
+  if (std::is_void_v<Result>) return AnswerKind::Nothing;
+  return std::is_pointer_v<Result> ? AnswerKind::Pointer : AnswerKind::Number;
+}
+
+struct OperationFacts {
+  std::string_view name;
+  AnswerKind answer;
+};
+
+namespace detail {
+using namespace Automation::Velq;
+inline constexpr OperationFacts Facts[OperationCount] = {
+#define VELQ_FUNCTION(result, name, parameters, arguments) {#name, kindOf<result>()},
+#define VELQ_OBJECT(result, name, parameters, arguments) {#name, kindOf<result>()},
+#include <velq/operations.def>
+};
+}  // namespace detail
+
+constexpr const OperationFacts& factsOf(Operation operation) { return detail::Facts[static_cast<size_t>(operation)]; }
+
+/// Writes "velq-probe: ", `problem` and a line end to standard error, then aborts.
+[[noreturn]] void stop(const std::string_view problem);
+
+}  // namespace probe

@@ -1,0 +1,94 @@
+// VELQ_TRACE=FILE: one line a call, appended as a whole, so that several processes can share a file.
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+#include "probe/names.h"
+
+namespace probe {
+
+class TraceFile {
+ public:
+  /// Opens or makes the file; stops the process when that fails. An empty path traces nothing.
+  explicit TraceFile(const std::string& path);
+  ~TraceFile();
+  TraceFile(const TraceFile&) = delete;
+  TraceFile& operator=(const TraceFile&) = delete;
+
+  bool isOpen() const { return descriptor_ >= 0; }
+  void write(std::string line);
+
+ private:
+  int descriptor_ = -1;
+};
+
+/// Values as a trace shows them.
+std::string show(const wchar_t* text, size_t longest);
+std::string showHex(uint32_t value);
+std::string show(const DeviceInformation* device);
+std::string show(const int32_t* values, int64_t count);
+std::string showCodes(const uint32_t* codes);
+
+/// Shows argument `Index` of a call, as it is after the call.
+template <size_t Index, typename Arguments>
+std::string showArgument(HandleNames& names, const Arguments& arguments) {
+  using Type = std::tuple_element_t<Index, Arguments>;
+  const auto value = std::get<Index>(arguments);
+  if constexpr (std::is_same_v<Type, const wchar_t*>) {
+    return show(value, SIZE_MAX);
+  } else if constexpr (std::is_same_v<Type, wchar_t*>) {
+    return show(value, static_cast<size_t>(std::max(0, std::get<Index - 1>(arguments))));
+  } else if constexpr (std::is_same_v<Type, const DeviceInformation*> || std::is_same_v<Type, DeviceInformation*>) {
+    return show(value);
+  } else if constexpr (std::is_same_v<Type, const int32_t*>) {
+    return show(value, std::get<Index - 1>(arguments));
+  } else if constexpr (std::is_same_v<Type, int32_t*>) {
+    // A count that is filled stands in front of the values that it counts.
+    using Previous = std::tuple_element_t<Index - 1, Arguments>;
+    if constexpr (std::is_same_v<Previous, int32_t*>) return show(value, *std::get<Index - 1>(arguments));
+    return std::to_string(*value);
+  } else if constexpr (std::is_same_v<Type, int64_t*>) {
+    return std::to_string(*value);
+  } else if constexpr (std::is_same_v<Type, uint32_t*>) {
+    return showCodes(value);
+  } else if constexpr (std::is_pointer_v<Type>) {
+    return names.nameOf(value, kindName<std::remove_pointer_t<Type>>());
+  } else if constexpr (std::is_same_v<Type, Scenario>) {
+    return showHex(value);
+  } else {
+    return std::to_string(value);
+  }
+}
+
+template <typename... Parameters>
+std::string showArguments(HandleNames& names, const std::tuple<Parameters...>& arguments) {
+  std::string text;
+  [&]<size_t... Index>(std::index_sequence<Index...>) {
+    ((text += (Index == 0 ? "" : ", ") + showArgument<Index>(names, arguments)), ...);
+  }
+  (std::index_sequence_for<Parameters...>());
+  return text;
+}
+
+template <typename Result, typename... Parameters>
+std::string showResult(HandleNames& names, const Result& result, const std::tuple<Parameters...>& arguments) {
+  if constexpr (std::is_same_v<Result, void*>) {
+    // An element is known by its array and its index; what it is shows when it is used.
+    if (result == nullptr) return "null";
+    return names.nameOf(std::get<0>(arguments), kindName<Array>()) + "[" + std::to_string(std::get<1>(arguments)) + "]";
+  } else if constexpr (std::is_same_v<Result, const wchar_t*>) {
+    return show(result, SIZE_MAX);
+  } else if constexpr (std::is_pointer_v<Result>) {
+    return names.nameOf(result, kindName<std::remove_pointer_t<Result>>());
+  } else if constexpr (std::is_same_v<Result, ErrorCode>) {
+    return showHex(result);
+  } else {
+    return std::to_string(result);
+  }
+}
+
+}  // namespace probe

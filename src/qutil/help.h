@@ -1,0 +1,5 @@
+// The help text.
+#pragma once
+
+/// Prints what "/?" shows.
+void printHelp();

@@ -1,0 +1,15 @@
+#include "simulator/objects.h"
+#include "simulator/operations.h"
+
+namespace simulator {
+
+int32_t Array_getLength(Array* array) {
+  return static_cast<int32_t>(resolve<ArrayObject>(array, __func__).items.size());
+}
+
+void* Array_getItem(Array* array, int32_t index) {
+  const auto& items = resolve<ArrayObject>(array, __func__).items;
+  return index >= 0 && std::cmp_less(index, items.size()) ? items[static_cast<size_t>(index)] : nullptr;
+}
+
+}  // namespace simulator

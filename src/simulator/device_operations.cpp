@@ -1,0 +1,169 @@
+#include <algorithm>
+#include <cstring>
+#include <cwchar>
+
+#include "simulator/objects.h"
+#include "simulator/operations.h"
+#include "simulator/selection.h"
+#include "simulator/text.h"
+
+namespace simulator {
+
+namespace {
+
+constexpr const char* LibraryVersion = "1.0-sim";
+constexpr size_t LongestDescription = 63;
+
+// Installed-device nodes, each as long as its description: a hundred thousand full-length records would be 29 MB.
+class Nodes {
+ public:
+  explicit Nodes(const Simulation& simulation) {
+    for (const int32_t number : simulation.numbers()) {
+      offsets_.push_back(words_.size());
+      words_.insert(words_.end(), HeaderWords, 0);
+      const std::wstring description = fromUtf8(simulation.description(number));
+      words_.insert(words_.end(), description.begin(), description.end());
+      words_.push_back(0);
+    }
+    words_.shrink_to_fit();
+  }
+
+  std::vector<void*> addresses() {
+    std::vector<void*> addresses;
+    addresses.reserve(offsets_.size());
+    for (const size_t offset : offsets_) addresses.push_back(&words_[offset]);
+    return addresses;
+  }
+
+ private:
+  static constexpr size_t HeaderWords = offsetof(InstalledDeviceNode, Description) / sizeof(wchar_t);
+  std::vector<wchar_t> words_;
+  std::vector<size_t> offsets_;
+};
+
+struct NodeArrayObject : ArrayObject {
+  explicit NodeArrayObject(Nodes list) : ArrayObject(nullptr, list.addresses()), nodes(std::move(list)) {}
+  const Nodes nodes;
+};
+
+template <typename Value>
+Array* valueArray(DeviceObject& device, ArrayObject*& made, const std::optional<std::vector<Value>>& values) {
+  if (!values) return nullptr;
+  if (made == nullptr) {
+    std::vector<void*> addresses;
+    for (const Value& value : *values) addresses.push_back(const_cast<Value*>(&value));
+    made = make<ArrayObject>(&device, std::move(addresses));
+  }
+  return handleOf<Array>(made);
+}
+
+ErrorCode fillOptional(const DeviceCtrl* handle, const char* operation, std::optional<std::string> Device::*text,
+                       int32_t capacity, wchar_t* buffer) {
+  const DeviceObject& device = resolve<DeviceObject>(handle, operation);
+  const Device* const given = Simulation::instance().rigDevice(device.number);
+  if (given == nullptr || !(given->*text)) return ErrorNotGiven;
+  return fill(*(given->*text), capacity, buffer);
+}
+
+// What stands in the way of a change, while other writers are held off.
+ErrorCode checkChangeable(Simulation& simulation, int32_t number) {
+  return simulation.exists(number) ? simulation.checkFree(number) : ErrorNoSuchDevice;
+}
+
+}  // namespace
+
+DeviceCtrl* DeviceCtrl_Create(int32_t deviceNumber, const wchar_t* description, AccessMode /*mode*/) {
+  const std::optional<int32_t> number = selectDevice(deviceNumber, description);
+  return number ? handleOf<DeviceCtrl>(make<DeviceObject>(nullptr, *number)) : nullptr;
+}
+
+Array* DeviceCtrl_getInstalledDevices() {
+  Simulation& simulation = Simulation::instance();
+  if (!simulation.hasRig()) return nullptr;
+  simulation.refresh();
+  // The list stays valid for the whole run even where a device in it is renamed: every call makes its own.
+  return handleOf<Array>(make<NodeArrayObject>(Nodes(simulation)));
+}
+
+int32_t DeviceCtrl_getDeviceNumber(DeviceCtrl* device) { return resolve<DeviceObject>(device, __func__).number; }
+
+ErrorCode DeviceCtrl_getDescription(DeviceCtrl* device, int32_t capacity, wchar_t* description) {
+  const int32_t number = resolve<DeviceObject>(device, __func__).number;
+  const Simulation& simulation = Simulation::instance();
+  if (!simulation.exists(number)) return ErrorNoSuchDevice;
+  return fill(simulation.description(number), capacity, description);
+}
+
+int32_t DeviceCtrl_getProductId(DeviceCtrl* device) {
+  return Simulation::instance().productId(resolve<DeviceObject>(device, __func__).number);
+}
+
+int32_t DeviceCtrl_getBoardId(DeviceCtrl* device) {
+  return Simulation::instance().boardId(resolve<DeviceObject>(device, __func__).number);
+}
+
+ErrorCode DeviceCtrl_getBoardVersion(DeviceCtrl* device, int32_t capacity, wchar_t* version) {
+  return fillOptional(device, __func__, &Device::boardVersion, capacity, version);
+}
+
+ErrorCode DeviceCtrl_getDriverVersion(DeviceCtrl* device, int32_t capacity, wchar_t* version) {
+  return fillOptional(device, __func__, &Device::driverVersion, capacity, version);
+}
+
+ErrorCode DeviceCtrl_getDllVersion(DeviceCtrl* device, int32_t capacity, wchar_t* version) {
+  resolve<DeviceObject>(device, __func__);
+  return fill(LibraryVersion, capacity, version);
+}
+
+ErrorCode DeviceCtrl_getLocation(DeviceCtrl* device, int32_t capacity, wchar_t* location) {
+  return fillOptional(device, __func__, &Device::location, capacity, location);
+}
+
+Array* DeviceCtrl_getBaseAddresses(DeviceCtrl* device) {
+  DeviceObject& object = resolve<DeviceObject>(device, __func__);
+  const Device* const given = Simulation::instance().rigDevice(object.number);
+  return given == nullptr ? nullptr : valueArray(object, object.baseAddresses, given->baseAddresses);
+}
+
+Array* DeviceCtrl_getInterrupts(DeviceCtrl* device) {
+  DeviceObject& object = resolve<DeviceObject>(device, __func__);
+  const Device* const given = Simulation::instance().rigDevice(object.number);
+  return given == nullptr ? nullptr : valueArray(object, object.interrupts, given->interrupts);
+}
+
+ErrorCode DeviceCtrl_setDescription(DeviceCtrl* device, int32_t count, const wchar_t* description) {
+  const int32_t number = resolve<DeviceObject>(device, __func__).number;
+  if (description == nullptr || count <= 0) return ErrorRefused;
+  const std::wstring_view wide(description, wcsnlen(description, static_cast<size_t>(count)));
+  const std::optional<std::string> text = toUtf8(wide);
+  if (!text || wide.empty() || wide.size() > LongestDescription) return ErrorRefused;
+  Simulation& simulation = Simulation::instance();
+  return simulation.change([&](std::vector<StateChange>& changes) {
+    const ErrorCode status = checkChangeable(simulation, number);
+    if (status != Success) return status;
+    const int32_t bearer = simulation.findDescription(*text);
+    if (bearer != -1 && bearer != number) return ErrorRefused;
+    changes.push_back({number, "description", *text});
+    return Success;
+  });
+}
+
+ErrorCode DeviceCtrl_setBoardId(DeviceCtrl* device, int32_t boardId) {
+  const int32_t number = resolve<DeviceObject>(device, __func__).number;
+  Simulation& simulation = Simulation::instance();
+  const Device* const given = simulation.rigDevice(number);
+  if (given == nullptr || boardId < 0 || boardId > given->highestBoardId) return ErrorRefused;
+  return simulation.change([&](std::vector<StateChange>& changes) {
+    const ErrorCode status = checkChangeable(simulation, number);
+    if (status == Success) changes.push_back({number, "board id", boardId});
+    return status;
+  });
+}
+
+void DeviceCtrl_dispose(DeviceCtrl* device) {
+  DeviceObject& object = resolve<DeviceObject>(device, __func__);
+  if (object.owner != nullptr) failHandle(__func__, "handle that belongs to its control");
+  object.disposed = true;
+}
+
+}  // namespace simulator

@@ -1,0 +1,103 @@
+// The devices as they are now: the rig, overlaid with what the state says has changed.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "simulator/rig.h"
+#include "simulator/state.h"
+#include "simulator/status.h"
+
+namespace simulator {
+
+class Simulation {
+ public:
+  /// The process's simulation, made from the environment at its first use. A rig that cannot be read is reported and
+  /// leaves no devices.
+  static Simulation& instance();
+
+  /// `rigPath` empty: the built-in rig.
+  Simulation(const std::string& rigPath, const StatePlace& statePlace);
+
+  /// Whether there is a rig at all.
+  bool hasRig() const { return hasRig_; }
+
+  /// Takes in what other processes changed. An unusable state is reported and counts as empty.
+  void refresh();
+
+  /// The numbers of all devices, in order, fusion devices included.
+  std::vector<int32_t> numbers() const;
+
+  bool exists(int32_t number) const;
+  bool isFusion(int32_t number) const { return groups_.contains(number); }
+
+  /// The lowest number of a device with exactly this description; -1 when there is none.
+  int32_t findDescription(const std::string& description);
+
+  /// What the rig says of the device; null for a fusion device that a command made, and for none.
+  const Device* rigDevice(int32_t number) const { return rig_.find(number); }
+
+  // What follows takes the number of an existing device, and chips and items that its rig gives.
+
+  /// Valid until the next change or refresh.
+  std::string_view description(int32_t number) const;
+  int32_t boardId(int32_t number) const;
+  int32_t productId(int32_t number) const;
+  uint16_t firmwareVersion(int32_t number, size_t chip) const;
+  uint32_t codeInUse(int32_t number, const std::string& item, uint32_t rigCode) const;
+
+  /// Children in order of their numbers; empty when `number` is no fusion device.
+  std::vector<int32_t> children(int32_t number) const;
+
+  /// The fusion device that the device belongs to; -1 when to none.
+  int32_t groupOf(int32_t number) const;
+
+  /// Keeps the changes that `decide` collects, all or none. `decide` sees all devices as they are now, held against
+  /// other writers; a status other than Success refuses and is returned. Returns ErrorNotKept, after a report, when the
+  /// state cannot be written.
+  ErrorCode change(const std::function<ErrorCode(std::vector<StateChange>& changes)>& decide);
+
+  /// Holds a device against other processes; ErrorDeviceBusy when one of them holds it, ErrorNotKept when the state
+  /// cannot be written.
+  ErrorCode hold(int32_t number);
+  void release(int32_t number);
+
+  /// Success when no other process holds the device, else as `hold`.
+  ErrorCode checkFree(int32_t number);
+
+ private:
+  const StateValue* changed(int32_t number, std::string_view item) const;
+  int64_t changedNumber(int32_t number, std::string_view item, int64_t otherwise) const;
+  bool belongs(int32_t number, const std::string& item, const StateValue& value) const;
+  void derive();
+  void deriveGroups();
+  bool isGroupNumber(int64_t number) const;
+  void unindex(const std::vector<StateChange>& changes);
+  void followUp(const std::vector<StateChange>& changes);
+  ErrorCode reportState(const std::string& problem) const;
+  ErrorCode guard(const std::function<ErrorCode()>& action) const;
+
+  Rig rig_;
+  bool hasRig_ = false;
+  StateFile file_;
+  State state_;
+  StateContents contents_;
+  std::string mismatch_;  ///< what of the state does not belong to this rig; empty when all does
+  std::map<int32_t, int32_t> groupOf_;
+  std::map<int32_t, std::vector<int32_t>> groups_;
+  std::optional<std::set<std::pair<std::string_view, int32_t>>> byDescription_;  ///< built when first needed
+};
+
+/// The state item that keeps the code in use of one calibration item.
+std::string calibrationItem(size_t solution, size_t section, size_t item);
+
+/// The state item that keeps a chip's version.
+std::string firmwareItem(size_t chip);
+
+}  // namespace simulator

@@ -1,0 +1,133 @@
+#include "simulator/state.h"
+
+namespace simulator {
+
+namespace {
+
+// Marks a database as ours: "VELQ".
+constexpr int64_t ApplicationId = 0x56454C51;
+constexpr const char* MakeTable =
+    "CREATE TABLE change (device INTEGER NOT NULL, item TEXT NOT NULL, value NOT NULL,"
+    " PRIMARY KEY (device, item)) WITHOUT ROWID; PRAGMA application_id = 0x56454C51";
+constexpr int LongestWaitMilliseconds = 60'000;
+
+std::string textColumn(sqlite3_stmt* statement, int column) {
+  const auto* const bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+  return std::string(bytes, static_cast<size_t>(sqlite3_column_bytes(statement, column)));
+}
+
+StateValue valueColumn(sqlite3_stmt* statement, int column) {
+  if (sqlite3_column_type(statement, column) == SQLITE_INTEGER) return sqlite3_column_int64(statement, column);
+  return textColumn(statement, column);
+}
+
+}  // namespace
+
+void apply(StateContents& contents, const StateChange& change) {
+  auto& items = contents[change.device];
+  if (std::holds_alternative<std::monostate>(change.value))
+    items.erase(change.item);
+  else
+    items[change.item] = change.value;
+}
+
+bool State::refresh(StateContents& contents) {
+  if (!database_) {
+    if (!file_.exists()) return false;
+    open();
+  }
+  const int64_t version = queryNumber(version_);
+  if (version == seenVersion_) return false;
+  load(contents);
+  seenVersion_ = version;
+  return true;
+}
+
+void State::change(StateContents& contents, const std::function<std::vector<StateChange>(bool)>& decide) {
+  file_.create();
+  if (!database_) open();
+  execute("BEGIN IMMEDIATE");
+  try {
+    const bool refreshed = refresh(contents);
+    keep(contents, decide(refreshed));
+  } catch (...) {
+    sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    throw;
+  }
+}
+
+void State::keep(StateContents& contents, const std::vector<StateChange>& changes) {
+  if (changes.empty()) return execute("ROLLBACK");
+  if (!hasTable_) execute(MakeTable);
+  for (const StateChange& change : changes) store(change);
+  execute("COMMIT");
+  hasTable_ = true;
+  for (const StateChange& change : changes) apply(contents, change);
+}
+
+void State::open() {
+  sqlite3* database = nullptr;
+  const int status = sqlite3_open_v2(file_.resolvedPath().c_str(), &database,
+                                     SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE, nullptr);
+  database_.reset(database);
+  if (status != SQLITE_OK) {
+    const std::string reason = sqlite3_errmsg(database);
+    database_.reset();
+    throw StateError("cannot be opened: " + reason);
+  }
+  sqlite3_busy_timeout(database, LongestWaitMilliseconds);
+  version_ = prepare("PRAGMA data_version");
+}
+
+void State::load(StateContents& contents) {
+  contents.clear();
+  Statement tables = prepare("SELECT count(*) FROM sqlite_schema");
+  hasTable_ = queryNumber(tables) > 0;
+  if (!hasTable_) return;
+  Statement id = prepare("PRAGMA application_id");
+  if (queryNumber(id) != ApplicationId) throw StateError("is a database, but not of this simulator");
+  const Statement rows = prepare("SELECT device, item, value FROM change");
+  int status = sqlite3_step(rows.get());
+  for (; status == SQLITE_ROW; status = sqlite3_step(rows.get()))
+    apply(contents, {sqlite3_column_int(rows.get(), 0), textColumn(rows.get(), 1), valueColumn(rows.get(), 2)});
+  if (status != SQLITE_DONE) fail("cannot be read");
+}
+
+void State::store(const StateChange& change) {
+  const bool erases = std::holds_alternative<std::monostate>(change.value);
+  Statement erase(nullptr, sqlite3_finalize);
+  if (erases) erase = prepare("DELETE FROM change WHERE device = ? AND item = ?");
+  if (!erases && !put_) put_ = prepare("INSERT OR REPLACE INTO change VALUES (?, ?, ?)");
+  sqlite3_stmt* const statement = erases ? erase.get() : put_.get();
+
+  sqlite3_bind_int(statement, 1, change.device);
+  sqlite3_bind_text(statement, 2, change.item.c_str(), -1, SQLITE_STATIC);
+  if (const auto* const number = std::get_if<int64_t>(&change.value)) sqlite3_bind_int64(statement, 3, *number);
+  if (const auto* const text = std::get_if<std::string>(&change.value))
+    sqlite3_bind_text(statement, 3, text->c_str(), -1, SQLITE_STATIC);
+  const int status = sqlite3_step(statement);
+  sqlite3_reset(statement);
+  if (status != SQLITE_DONE) fail("cannot be written");
+}
+
+void State::execute(const char* sql) {
+  if (sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) fail("cannot be written");
+}
+
+int64_t State::queryNumber(Statement& statement) {
+  const int status = sqlite3_step(statement.get());
+  const int64_t number = status == SQLITE_ROW ? sqlite3_column_int64(statement.get(), 0) : 0;
+  sqlite3_reset(statement.get());
+  if (status != SQLITE_ROW) fail("cannot be read");
+  return number;
+}
+
+State::Statement State::prepare(const char* sql) {
+  sqlite3_stmt* statement = nullptr;
+  if (sqlite3_prepare_v2(database_.get(), sql, -1, &statement, nullptr) != SQLITE_OK) fail("cannot be read");
+  return Statement(statement, sqlite3_finalize);
+}
+
+void State::fail(const std::string& what) const { throw StateError(what + ": " + sqlite3_errmsg(database_.get())); }
+
+}  // namespace simulator

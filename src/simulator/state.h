@@ -1,0 +1,70 @@
+// The state: what commands changed, kept apart from the rig in an SQLite database with one row a changed item. Deleting
+// the file is a reset. Several processes use it at once; each change is one transaction.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <variant>
+#include <vector>
+
+#include "simulator/state_file.h"
+
+namespace simulator {
+
+/// A changed value: a text in UTF-8, a number, or nothing, which takes the change back.
+using StateValue = std::variant<std::monostate, int64_t, std::string>;
+
+/// One changed item of one device, "description" or "firmware 0" for example.
+struct StateChange {
+  int32_t device;
+  std::string item;
+  StateValue value;
+};
+
+/// All changed items, by device.
+using StateContents = std::unordered_map<int32_t, std::map<std::string, StateValue, std::less<>>>;
+
+/// Puts one change into `contents`.
+void apply(StateContents& contents, const StateChange& change);
+
+class State {
+ public:
+  /// Opens nothing yet: a file that is not there is an empty state, and is made with the first change.
+  explicit State(const StateFile& file) : file_(file) {}
+
+  /// Brings `contents` up to date when another process changed anything since the last call. Returns whether it did.
+  /// Throws StateError.
+  bool refresh(StateContents& contents);
+
+  /// Holds the file against writers, brings `contents` up to date, and keeps the changes that `decide` returns, all or
+  /// none; they are in `contents` afterwards. `decide` learns whether `contents` were brought up to date. Throws
+  /// StateError; nothing is kept then.
+  void change(StateContents& contents, const std::function<std::vector<StateChange>(bool refreshed)>& decide);
+
+ private:
+  using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
+
+  void open();
+  void keep(StateContents& contents, const std::vector<StateChange>& changes);
+  void store(const StateChange& change);
+  void load(StateContents& contents);
+  void execute(const char* sql);
+  int64_t queryNumber(Statement& statement);
+  Statement prepare(const char* sql);
+  [[noreturn]] void fail(const std::string& what) const;
+
+  const StateFile& file_;
+  std::unique_ptr<sqlite3, decltype(&sqlite3_close)> database_{nullptr, sqlite3_close};
+  Statement version_{nullptr, sqlite3_finalize};
+  Statement put_{nullptr, sqlite3_finalize};
+  int64_t seenVersion_ = -1;
+  bool hasTable_ = false;
+};
+
+}  // namespace simulator

@@ -1,0 +1,57 @@
+// The file that the state is in, and the holds on devices that its byte locks are.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <stdexcept>
+#include <string>
+
+namespace simulator {
+
+/// A state file that cannot be used. what() says why, without the file's name.
+class StateError : public std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+/// Where the file is to be. An empty path stands for a place that cannot be found out; every change is refused then.
+struct StatePlace {
+  std::string path;
+  bool makesFolders;  ///< whether the folders that lead to it are made with it
+};
+
+class StateFile {
+ public:
+  explicit StateFile(StatePlace place) : place_(std::move(place)) {}
+  ~StateFile();
+  StateFile(const StateFile&) = delete;
+  StateFile& operator=(const StateFile&) = delete;
+
+  const std::string& path() const { return place_.path; }
+
+  /// Whether there is a file. Throws StateError when what is there is no regular file; symbolic links are not followed.
+  bool exists() const;
+
+  /// Makes an empty file that only its user can read, unless there is one. Throws StateError.
+  void create() const;
+
+  /// The path with the symbolic links of its folder resolved. Throws StateError.
+  std::string resolvedPath() const;
+
+  /// Holds a device against all other processes until as many calls of `release`, or the end of this process, however
+  /// it ends. Makes the file when there is none. Returns false when another process holds the device. Throws
+  /// StateError.
+  bool hold(int32_t device);
+  void release(int32_t device);
+
+  /// Whether another process holds the device. Throws StateError.
+  bool isHeldElsewhere(int32_t device);
+
+ private:
+  void openForLocks();
+
+  StatePlace place_;
+  int descriptor_ = -1;
+  std::map<int32_t, int> holds_;
+};
+
+}  // namespace simulator

@@ -1,0 +1,67 @@
+// Runs qutil as a process, on a rig, a state and a library of its own, and gathers all that it did.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+/// One run. What is empty is left out.
+struct Command {
+  std::vector<std::string> arguments;
+  std::string faults = {};     ///< VELQ_FAULTS
+  std::string input = {};      ///< standard input, a pipe; or
+  std::string keys = {};       ///< what is typed on a pseudo-terminal that standard input and output then are
+  std::string locale = "C";    ///< LC_ALL
+  std::string library = {};    ///< a folder whose libvelq.so is used in place of the simulator
+  bool probed = true;          ///< whether the probe and the sleep recorder lie over the library
+  bool expectsErrors = false;  ///< whether anything may stand on standard error
+};
+
+struct Outcome {
+  std::string output;
+  std::string errors;
+  int status = -1;                 ///< exit status; -1 when a signal ended the run
+  int signal = 0;                  ///< that signal
+  std::vector<std::string> trace;  ///< the probe's lines, and "sleep(N)" for every sleep
+
+  /// The trace's calls whose lines begin with one of `operations`, a line each.
+  std::string calls(const std::vector<std::string>& operations = {""}) const;
+
+  /// The handles of one kind that were made and never disposed of, in order, separated by blanks.
+  std::string unreleased(const std::string& kind) const;
+};
+
+/// A folder of its own for each test, with rig.json and state in it.
+class ToolTest : public testing::Test {
+ protected:
+  ToolTest();
+  ~ToolTest() override;
+
+  /// Makes the rig; without one the built-in rig is used.
+  void useRig(const std::string& json);
+  void write(const std::string& name, const std::string& content) const;
+  std::string path(const std::string& name) const { return folder_ + "/" + name; }
+
+  /// Runs to the end. Fails the test when standard error is not as `expectsErrors` says.
+  Outcome runWith(const Command& command) const;
+  Outcome run(const std::vector<std::string>& arguments) const { return runWith({.arguments = arguments}); }
+
+  /// Starts a run in the background with real sleeps and returns its process id.
+  pid_t start(const std::vector<std::string>& arguments) const;
+
+  /// Makes a firmware file with dfu-suffix and returns its path.
+  std::string firmware(const std::string& name, const std::string& product, const std::string& version) const;
+
+  std::map<std::string, std::string> environment;  ///< more variables, for all runs
+  std::string state;                               ///< VELQ_STATE, in the test's folder unless changed
+
+ private:
+  std::vector<std::string> environmentOf(const Command& command) const;
+
+  std::string folder_;
+};
+
+/// A rig with one plain device, number 0, described "Board".
+extern const char OneBoard[];

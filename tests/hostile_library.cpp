@@ -1,0 +1,2 @@
+#include <velq/library.h>
+const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() { return nullptr; }
