@@ -147,12 +147,13 @@ TEST_F(CommandLineTest, LocaleIsTheEnvironmentsInTheListingOnly) {
   const std::string heading = "Quellis devices list in system:\n";
   EXPECT_EQ(runWith({.arguments = {}, .locale = "C.UTF-8"}).output, heading + "0,Plain\n1,Mühle\n");
   EXPECT_EQ(runWith({.arguments = {}, .locale = "C"}).output, heading + "0,Plain\n1,");
-  EXPECT_EQ(runWith({.arguments = {"/dn:1"}, .locale = "C.UTF-8"}).output.substr(0, 71),
-            "Detail information of device 1 (MDevice Number: 1\nDescription: MProductID");
+  EXPECT_EQ(runWith({.arguments = {"/dn:1"}, .locale = "C.UTF-8"}).output.substr(0, 59),
+            "Detail information of device 1 (Device Number: 1\nDescription: ");
   // Matching converts in "C" in either: what could not be converted is matched as what was, here nothing.
   for (const char* locale : {"C", "C.UTF-8"}) {
     EXPECT_EQ(runWith({.arguments = {"/dd:M*"}, .locale = locale}).status, 255);
-    EXPECT_NE(runWith({.arguments = {"/dd:*", "-x"}, .locale = locale}).output.find("Find 2 devices"), std::string::npos);
+    EXPECT_NE(runWith({.arguments = {"/dd:*", "-x"}, .locale = locale}).output.find("Find 2 devices"),
+              std::string::npos);
   }
 }
 
