@@ -147,8 +147,10 @@ TEST_F(CommandLineTest, LocaleIsTheEnvironmentsInTheListingOnly) {
   const std::string heading = "Quellis devices list in system:\n";
   EXPECT_EQ(runWith({.arguments = {}, .locale = "C.UTF-8"}).output, heading + "0,Plain\n1,Mühle\n");
   EXPECT_EQ(runWith({.arguments = {}, .locale = "C"}).output, heading + "0,Plain\n1,");
-  EXPECT_EQ(runWith({.arguments = {"/dn:1"}, .locale = "C.UTF-8"}).output.substr(0, 59),
-            "Detail information of device 1 (Device Number: 1\nDescription: ");
+  // A message that holds what "C" cannot write ends there, line end and all.
+  EXPECT_TRUE(
+      runWith({.arguments = {"/dn:1"}, .locale = "C.UTF-8"})
+          .output.starts_with("Detail information of device 1 (Device Number: 1\nDescription: ProductID:0x0\n"));
   // Matching converts in "C" in either: what could not be converted is matched as what was, here nothing.
   for (const char* locale : {"C", "C.UTF-8"}) {
     EXPECT_EQ(runWith({.arguments = {"/dd:M*"}, .locale = locale}).status, 255);

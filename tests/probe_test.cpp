@@ -1,1 +1,66 @@
-#include <gtest/gtest.h>
+// The probe: every operation passes through it, injected answers are given, and nothing goes wrong in silence.
+#include "harness.h"
+
+namespace {
+
+using ProbeTest = ToolTest;
+
+TEST_F(ProbeTest, EveryFieldOfBothTablesPassesThrough) {
+  const std::vector<std::vector<std::string>> commands = {{},
+                                                          {"/dn:0", "-fw"},
+                                                          {"/dn:0", "-cd:X"},
+                                                          {"/dn:0", "-ci:1"},
+                                                          {"/dn:0", "-cali:ai.auto"},
+                                                          {"/dn:0"},
+                                                          {"/dn:0", "-fwo:" + firmware("f", "0x3216", "0x0500"), "1"},
+                                                          {"/dn:0", "-cali:ai.reverse"},
+                                                          {"/dd:R", "-fusion", "QS-2004,BID#0"},
+                                                          {"/dn:256", "-fusion", "QS-2004,BID#1"},
+                                                          {"/dn:256", "-defusion"}};
+  std::string all = "\n";
+  for (const auto& arguments : commands) all += runWith({.arguments = arguments, .input = "y\n"}).calls();
+#define VELQ_FUNCTION(result, name, parameters, arguments) \
+  EXPECT_NE(all.find("\n" #name "("), std::string::npos) << #name;
+#define VELQ_OBJECT(result, name, parameters, arguments) VELQ_FUNCTION(result, name, parameters, arguments)
+#include <velq/operations.def>
+}
+
+TEST_F(ProbeTest, InjectedAnswersAreMarkedAndThoseNeverReachedCounted) {
+  useRig(OneBoard);
+  const Outcome outcome = runWith(
+      {.arguments = {"/dn:0"},
+       .faults = " DeviceCtrl_getDeviceNumber#2=-5;DeviceCtrl_getBoardId#2-3=1 ; DeviceCtrl_getProductId = 0xffffffff; "
+                 "DeviceCtrl_getLocation=0xC0000000;CvxIsFusionDevice=0;"});
+  EXPECT_EQ(outcome.output.substr(0, outcome.output.find("Driver")),
+            "Detail information of device 0 (Board)\nDevice Number: -5\nDescription: Board\nProductID:0xFFFFFFFF\n"
+            "Board ID: 0\n");
+  EXPECT_EQ(outcome.calls({"DeviceCtrl_getDeviceNumber", "DeviceCtrl_getLocation"}),
+            "DeviceCtrl_getDeviceNumber(DeviceCtrl#1) = 0\nDeviceCtrl_getDeviceNumber(DeviceCtrl#1) = -5 (injected)\n"
+            "DeviceCtrl_getLocation(DeviceCtrl#1, 100, \"\") = 0xc0000000 (injected)\n");
+  EXPECT_EQ(outcome.trace.back(), "# faults never reached: 2; DeviceCtrl_getBoardId#2-3=1; CvxIsFusionDevice=0");
+}
+
+TEST_F(ProbeTest, BadFaultsStopTheRun) {
+  useRig(OneBoard);
+  const std::pair<const char*, const char*> cases[] = {
+      {"DeviceCtrl_getBoardID=1", "expected the name of an operation before '#' or '='"},
+      {"DeviceCtrl_getBoardId", "expected OPERATION[#FIRST[-LAST]]=ANSWER"},
+      {"CvxIsFusionDevice=0;;CvxIsFusionDevice=0", "expected OPERATION[#FIRST[-LAST]]=ANSWER"},
+      {"DeviceCtrl_getBoardId#0=1", "expected #FIRST or #FIRST-LAST, counted from 1"},
+      {"DeviceCtrl_getBoardId#3-2=1", "expected #FIRST or #FIRST-LAST, counted from 1"},
+      {"DeviceCtrl_getBoardId#x=1", "expected #FIRST or #FIRST-LAST, counted from 1"},
+      {"DeviceCtrl_getBoardId=", "expected a 32-bit number as the answer"},
+      {"DeviceCtrl_getBoardId=0x100000000", "expected a 32-bit number as the answer"},
+      {"DeviceCtrl_getBoardId=null", "expected a 32-bit number as the answer"},
+      {"DeviceCtrl_Create=0", "expected the answer null"},
+      {"DeviceCtrl_dispose=0", "expected an operation that answers something"}};
+  for (const auto& [faults, expected] : cases) {
+    const Outcome outcome = runWith({.arguments = {}, .faults = faults, .expectsErrors = true});
+    EXPECT_EQ(outcome.signal, SIGABRT) << faults;
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_TRUE(outcome.errors.starts_with("velq-probe: VELQ_FAULTS: \"")) << outcome.errors;
+    EXPECT_TRUE(outcome.errors.ends_with(std::string("\": ") + expected + "\n")) << outcome.errors;
+  }
+}
+
+}  // namespace

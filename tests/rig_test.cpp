@@ -1,1 +1,91 @@
+// Reading rigs: every kind of fault gives one line that says where.
+#include "simulator/rig.h"
+
 #include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+
+namespace simulator {
+namespace {
+
+std::string problemOf(const std::string& json) {
+  const std::string path = testing::TempDir() + "qutil-rig-" + std::to_string(getpid());
+  std::ofstream(path) << json;
+  std::string problem = "none";
+  try {
+    readRigFile(path);
+  } catch (const RigError& error) {
+    problem = error.what();
+  }
+  std::remove(path.c_str());
+  return problem;
+}
+
+std::string device(const std::string& more) {
+  return R"({"devices": [{"number": 1, "description": "D"}, {"number": 0, "description": "E")" + more + "}]}";
+}
+
+std::string chip(const std::string& fields) { return device(R"(, "firmware": [{)" + fields + "}]"); }
+
+TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
+  const std::string deep(100'000, '[');
+  const std::pair<std::string, std::string> cases[] = {
+      {"", "line 1, column 1: syntax error while parsing value - unexpected end of input;"},
+      {"{\n \"devices\": [}", "line 2, column 14: syntax error"},
+      {"{\"devices\": [{\"number\": \"\xFF\"}]}",
+       "line 1, column 26: syntax error while parsing value - invalid string:"},
+      {"[]", "the document: expected an object"},
+      {"{}", "the document: expected the key \"devices\""},
+      {"{\"devices\": 3}", "/devices: expected a list"},
+      {"{\"devices\": {\"a\": {}}}", "/devices: expected a list"},
+      {"{\"devices\": [7]}", "/devices/0: expected an object"},
+      {"{\"devices\": [[]]}", "/devices/0: expected an object"},
+      {"{\"devices\": [], \"device\": []}", "/device: unknown key; expected one of devices"},
+      {"{\"devices\": " + deep, "/devices/0: expected an object"},
+      {"{\"x\": " + deep, ": nested too deeply"},
+      {device(", \"colour\": 1"), "/devices/1/colour: unknown key; expected one of number, description, "},
+      {device(", \"number\": 2"), "/devices/1: the key \"number\" stands twice"},
+      {device("}, {\"number\": 1, \"description\": \"F\""), "/devices/2/number: 1 is the number of /devices/0 already"},
+      {device(", \"product_id\": -1"), "/devices/1/product_id: expected a number from 0 to 2147483647"},
+      {device(", \"product_id\": \"0x80000000\""), "/devices/1/product_id: expected a number from 0 to 2147483647"},
+      {device(", \"product_id\": 1.5"), "/devices/1/product_id: expected a number from 0 to 2147483647"},
+      {device(", \"board_id\": \"3\""), "/devices/1/board_id: expected a number"},
+      {device(", \"interrupts\": [1, 99999999999999999999]"), "/devices/1/interrupts/1: expected a number"},
+      {device(", \"base_addresses\": [\"0x\"]"), "/devices/1/base_addresses/0: expected a number from 0 to 0xffff"},
+      {device(", \"location\": 5"), "/devices/1/location: expected a text"},
+      {device(", \"location\": \"a\\u0000\""), "/devices/1/location: expected a text without the character U+0000"},
+      {device(", \"firmware\": {}"), "/devices/1/firmware: expected a list"},
+      {chip("\"description\": \"c\""), "/devices/1/firmware/0: expected the key \"version\""},
+      {chip("\"description\": \"c\", \"version\": 65536"),
+       "/devices/1/firmware/0/version: expected a number from 0 to 65535"},
+      {chip("\"description\": \"c\", \"version\": 1, \"progress\": []"),
+       "/devices/1/firmware/0/progress: expected at least one progress value"},
+      {device(", \"children\": [7]"), "/devices: the fusion device 0 has the child 7, which is not listed"},
+      {device(", \"children\": [0]"), "/devices: the fusion device 0 has the child 0, which is a fusion device"},
+      {device(", \"children\": [1, 1]"), "/devices: the fusion device 0 has the child 1, which belongs to a group"},
+      {device(", \"children\": []"), "/devices: the fusion device 0 has no children"},
+      {device(""), "none"},
+      {device(", \"product_id\": \"0x7fffffff\", \"base_addresses\": [\"0xffffffffffffffff\"], \"interrupts\": [-1]"),
+       "none"},
+  };
+  for (const auto& [json, expected] : cases) {
+    const std::string problem = problemOf(json);
+    EXPECT_EQ(problem.substr(0, expected.size()), expected) << json.substr(0, 200);
+    EXPECT_EQ(problem.find('\n'), std::string::npos);
+  }
+}
+
+TEST(RigTest, DevicesAreOrderedAndTheBuiltInRigIsGood) {
+  const Rig rig = readBuiltInRig();
+  ASSERT_GE(rig.devices.size(), 7U);
+  for (size_t i = 1; i < rig.devices.size(); ++i) EXPECT_LT(rig.devices[i - 1].number, rig.devices[i].number);
+  EXPECT_EQ(rig.find(4), nullptr);
+  EXPECT_EQ(rig.find(5)->description, "QE-7024 Node 3");
+  for (const Device& device : rig.devices) {
+    for (const char c : device.description) EXPECT_TRUE(c >= ' ' && c <= '~');
+  }
+}
+
+}  // namespace
+}  // namespace simulator

@@ -1,1 +1,114 @@
-#include <gtest/gtest.h>
+// The simulator as the tool sees it: bad rigs, states that cannot be used, and what is kept.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "harness.h"
+
+namespace {
+
+using SimulatorTest = ToolTest;
+
+const char Refused[] = "Change device description start!\nsetDescription error!\n";
+
+TEST_F(SimulatorTest, BadRigIsOneLineAndNoList) {
+  useRig("{\"devices\": [{\"number\": 1}]}");
+  const Outcome listed = runWith({.arguments = {}, .expectsErrors = true});
+  EXPECT_EQ(listed.output, "");
+  EXPECT_EQ(listed.status, 0);
+  EXPECT_EQ(listed.errors, "velq-sim: " + path("rig.json") + ": /devices/0: expected the key \"description\"\n");
+  EXPECT_EQ(runWith({.arguments = {"/dn:1"}, .expectsErrors = true}).output,
+            "Cannot find specifiled Quellis device 1!(Errorleve= 2)\n");
+  environment["VELQ_RIG"] = path("none");
+  EXPECT_EQ(runWith({.arguments = {}, .expectsErrors = true}).errors,
+            "velq-sim: " + path("none") + ": cannot be opened: No such file or directory\n");
+}
+
+TEST_F(SimulatorTest, UnusableStateIsOneLineAndReadingGoesOn) {
+  useRig(OneBoard);
+  write("text", "no database at all, but long enough to be taken for one");
+  std::filesystem::create_symlink(path("text"), path("link"));
+  std::filesystem::create_symlink(path("nowhere"), path("dangling"));
+  mkfifo(path("fifo").c_str(), 0600);
+  struct Case {
+    std::string file, problem;
+    bool readingComplains = true;
+  };
+  const Case cases[] = {
+      {"text", "cannot be used: file is not a database"},
+      {"link", "is a symbolic link, which is not followed"},
+      {"dangling", "is a symbolic link, which is not followed"},
+      {"fifo", "is not a regular file"},
+      {"missing/state", "cannot be made: No such file or directory", false},
+      {"text/state", "cannot be made: Not a directory", false},
+  };
+  for (const Case& test : cases) {
+    SCOPED_TRACE(test.file);
+    state = path(test.file);
+    const std::string line = "velq-sim: " + state + ": " + test.problem + "\n";
+    const Outcome read = runWith({.arguments = {"/dn:0"}, .expectsErrors = test.readingComplains});
+    EXPECT_TRUE(read.output.starts_with("Detail information of device 0 (Board)\n"));
+    EXPECT_EQ(read.errors, test.readingComplains ? line : "");
+    const Outcome changed = runWith({.arguments = {"/dn:0", "-cd:New"}, .expectsErrors = true});
+    EXPECT_EQ(changed.output, Refused);
+    EXPECT_EQ(changed.errors, line);
+  }
+  EXPECT_EQ(std::filesystem::file_size(path("text")), 55U);
+  EXPECT_FALSE(std::filesystem::exists(path("nowhere")));
+}
+
+TEST_F(SimulatorTest, StateOfAnotherRigIsLeftAlone) {
+  run({"/dn:5", "-cd:Fieldbus"});
+  run({"/dn:0", "-cd:First"});
+  const auto before = std::filesystem::last_write_time(state);
+  useRig(OneBoard);
+  const Outcome changed = runWith({.arguments = {"/dn:0", "-cd:New"}, .expectsErrors = true});
+  EXPECT_EQ(changed.output, Refused);
+  EXPECT_NE(changed.errors.find("was written for another rig (device 5 has no \"description\" here)"),
+            std::string::npos);
+  EXPECT_EQ(std::count(changed.errors.begin(), changed.errors.end(), '\n'), 1);
+  EXPECT_EQ(std::filesystem::last_write_time(state), before);
+  environment.erase("VELQ_RIG");
+  EXPECT_NE(run({}).output.find("4,Fieldbus\n"), std::string::npos);
+}
+
+TEST_F(SimulatorTest, StateIsPrivateAndWhereTheEnvironmentSays) {
+  state = "";
+  run({"/dn:0", "-cd:A"});
+  useRig(OneBoard);
+  run({"/dn:0", "-cd:B"});
+  environment["XDG_STATE_HOME"] = path("xdg");
+  environment.erase("VELQ_RIG");
+  run({"/dn:0", "-cd:C"});
+  for (const char* file : {".local/state/velq-sim/state", "rig.json.state", "xdg/velq-sim/state"}) {
+    struct stat status {};
+    ASSERT_EQ(stat(path(file).c_str(), &status), 0) << file;
+    EXPECT_EQ(status.st_mode & 07777, 0600U) << file;
+  }
+  EXPECT_FALSE(std::filesystem::exists(path("xdg/velq-sim/state-journal")));
+}
+
+TEST_F(SimulatorTest, ReadingMakesNothing) {
+  state = "";
+  run({});
+  run({"/dd:*"});
+  run({"/dn:0", "-fw"});
+  EXPECT_FALSE(std::filesystem::exists(path(".local")));
+}
+
+TEST_F(SimulatorTest, RulesForDescriptionsAndIds) {
+  const auto outputOf = [&](const char* device, const std::string& option) { return run({device, option}).output; };
+  EXPECT_EQ(outputOf("/dn:0", "-cd:QD-0096,BID#2").find("Failed"), 0U);
+  EXPECT_EQ(outputOf("/dn:2", "-cd:*"),
+            "Change device description start!\nDevice description has changed from "
+            "QD-0096,BID#2 to QD-0096,BID#2\n");
+  EXPECT_EQ(outputOf("/dn:0", "-cd:" + std::string(64, 'x')), Refused);
+  EXPECT_EQ(outputOf("/dn:0", "-cd:" + std::string(63, 'x')).find(Refused), std::string::npos);
+  EXPECT_NE(outputOf("/dn:2", "-ci:8").find("Failed to change Board ID of device 2!"), std::string::npos);
+  EXPECT_NE(outputOf("/dn:2", "-ci:7").find("success"), std::string::npos);
+  EXPECT_NE(outputOf("/dn:0", "-ci:16").find("Failed"), std::string::npos);
+  EXPECT_NE(outputOf("/dn:5", "-ci:0").find("Failed"), std::string::npos);
+}
+
+}  // namespace

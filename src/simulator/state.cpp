@@ -73,7 +73,7 @@ void State::open() {
   if (status != SQLITE_OK) {
     const std::string reason = sqlite3_errmsg(database);
     database_.reset();
-    throw StateError("cannot be opened: " + reason);
+    throw StateError("cannot be used: " + reason);
   }
   sqlite3_busy_timeout(database, LongestWaitMilliseconds);
   version_ = prepare("PRAGMA data_version");
@@ -90,7 +90,7 @@ void State::load(StateContents& contents) {
   int status = sqlite3_step(rows.get());
   for (; status == SQLITE_ROW; status = sqlite3_step(rows.get()))
     apply(contents, {sqlite3_column_int(rows.get(), 0), textColumn(rows.get(), 1), valueColumn(rows.get(), 2)});
-  if (status != SQLITE_DONE) fail("cannot be read");
+  if (status != SQLITE_DONE) fail();
 }
 
 void State::store(const StateChange& change) {
@@ -107,27 +107,27 @@ void State::store(const StateChange& change) {
     sqlite3_bind_text(statement, 3, text->c_str(), -1, SQLITE_STATIC);
   const int status = sqlite3_step(statement);
   sqlite3_reset(statement);
-  if (status != SQLITE_DONE) fail("cannot be written");
+  if (status != SQLITE_DONE) fail();
 }
 
 void State::execute(const char* sql) {
-  if (sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) fail("cannot be written");
+  if (sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) fail();
 }
 
 int64_t State::queryNumber(Statement& statement) {
   const int status = sqlite3_step(statement.get());
   const int64_t number = status == SQLITE_ROW ? sqlite3_column_int64(statement.get(), 0) : 0;
   sqlite3_reset(statement.get());
-  if (status != SQLITE_ROW) fail("cannot be read");
+  if (status != SQLITE_ROW) fail();
   return number;
 }
 
 State::Statement State::prepare(const char* sql) {
   sqlite3_stmt* statement = nullptr;
-  if (sqlite3_prepare_v2(database_.get(), sql, -1, &statement, nullptr) != SQLITE_OK) fail("cannot be read");
+  if (sqlite3_prepare_v2(database_.get(), sql, -1, &statement, nullptr) != SQLITE_OK) fail();
   return Statement(statement, sqlite3_finalize);
 }
 
-void State::fail(const std::string& what) const { throw StateError(what + ": " + sqlite3_errmsg(database_.get())); }
+void State::fail() const { throw StateError(std::string("cannot be used: ") + sqlite3_errmsg(database_.get())); }
 
 }  // namespace simulator

@@ -57,7 +57,7 @@ class State {
   void execute(const char* sql);
   int64_t queryNumber(Statement& statement);
   Statement prepare(const char* sql);
-  [[noreturn]] void fail(const std::string& what) const;
+  [[noreturn]] void fail() const;
 
   const StateFile& file_;
   std::unique_ptr<sqlite3, decltype(&sqlite3_close)> database_{nullptr, sqlite3_close};
