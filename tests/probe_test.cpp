@@ -37,6 +37,10 @@ TEST_F(ProbeTest, InjectedAnswersAreMarkedAndThoseNeverReachedCounted) {
   EXPECT_EQ(outcome.calls({"DeviceCtrl_getDeviceNumber", "DeviceCtrl_getLocation"}),
             "DeviceCtrl_getDeviceNumber(DeviceCtrl#1) = 0\nDeviceCtrl_getDeviceNumber(DeviceCtrl#1) = -5 (injected)\n"
             "DeviceCtrl_getLocation(DeviceCtrl#1, 100, \"\") = 0xc0000000 (injected)\n");
+  const std::string never = "# faults never reached: 1; CvxIsFusionDevice=0";
+  EXPECT_EQ(runWith({.arguments = {"/?"}, .faults = "CvxIsFusionDevice=0"}).trace.back(), never);
+  EXPECT_EQ(runWith({.arguments = {"/dd:(", "x"}, .faults = "CvxIsFusionDevice=0", .expectsErrors = true}).trace.back(),
+            never);
   EXPECT_EQ(outcome.trace.back(), "# faults never reached: 2; DeviceCtrl_getBoardId#2-3=1; CvxIsFusionDevice=0");
 }
 
@@ -51,6 +55,7 @@ TEST_F(ProbeTest, BadFaultsStopTheRun) {
       {"DeviceCtrl_getBoardId#x=1", "expected #FIRST or #FIRST-LAST, counted from 1"},
       {"DeviceCtrl_getBoardId=", "expected a 32-bit number as the answer"},
       {"DeviceCtrl_getBoardId=0x100000000", "expected a 32-bit number as the answer"},
+      {"DeviceCtrl_getBoardId=0x-5", "expected a 32-bit number as the answer"},
       {"DeviceCtrl_getBoardId=null", "expected a 32-bit number as the answer"},
       {"DeviceCtrl_Create=0", "expected the answer null"},
       {"DeviceCtrl_dispose=0", "expected an operation that answers something"}};
@@ -59,6 +64,7 @@ TEST_F(ProbeTest, BadFaultsStopTheRun) {
     EXPECT_EQ(outcome.signal, SIGABRT) << faults;
     EXPECT_EQ(outcome.output, "");
     EXPECT_TRUE(outcome.errors.starts_with("velq-probe: VELQ_FAULTS: \"")) << outcome.errors;
+    EXPECT_EQ(runWith({.arguments = {"/?"}, .faults = faults, .expectsErrors = true}).signal, SIGABRT);
     EXPECT_TRUE(outcome.errors.ends_with(std::string("\": ") + expected + "\n")) << outcome.errors;
   }
 }

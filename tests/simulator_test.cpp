@@ -97,6 +97,31 @@ TEST_F(SimulatorTest, ReadingMakesNothing) {
   EXPECT_FALSE(std::filesystem::exists(path(".local")));
 }
 
+// Each of these once made the state unusable, or lost what it held.
+TEST_F(SimulatorTest, GroupsLeaveNothingBehind) {
+  const std::string boards = R"({"devices": [{"number": 0, "description": "A"}, {"number": 1, "description": "B"},)";
+  useRig(boards + R"({"number": 300, "description": "Rig", "children": [0, 1]}]})");
+  run({"/dn:300", "-fusion", "A"});
+  EXPECT_NE(run({"/dn:300", "-ci:5"}).output.find("success"), std::string::npos);
+  EXPECT_NE(run({"/dn:300", "-defusion"}).output.find("successfully"), std::string::npos);
+  EXPECT_NE(run({"/dn:0", "-cd:New"}).output.find("changed from A to New"), std::string::npos);
+  EXPECT_NE(run({"/dd:Both", "-fusion", "New", "B"}).output.find("successfully"), std::string::npos);
+  useRig(boards + R"({"number": 256, "description": "Plain"}]})");
+  const Outcome listed = runWith({.arguments = {}, .expectsErrors = true});
+  EXPECT_TRUE(listed.output.ends_with("0,A\n1,B\n2,Plain\n")) << listed.output;
+}
+
+TEST_F(SimulatorTest, NothingIsReportedThatWasNotKept) {
+  state = path("missing/state");
+  const std::string file = firmware("f", "0x3216", "0x0500");
+  EXPECT_EQ(runWith({.arguments = {"/dn:0", "-cali:ai.reverse"}, .expectsErrors = true}).output,
+            "This device operation failed!\n");
+  EXPECT_TRUE(
+      runWith({.arguments = {"/dn:0", "-fwo:" + file}, .expectsErrors = true}).output.ends_with("overwrite.\n"));
+  EXPECT_EQ(runWith({.arguments = {"/dd:R", "-fusion", "QS-2004,BID#0"}, .expectsErrors = true}).output.find("Create"),
+            std::string::npos);
+}
+
 TEST_F(SimulatorTest, RulesForDescriptionsAndIds) {
   const auto outputOf = [&](const char* device, const std::string& option) { return run({device, option}).output; };
   EXPECT_EQ(outputOf("/dn:0", "-cd:QD-0096,BID#2").find("Failed"), 0U);
@@ -109,6 +134,9 @@ TEST_F(SimulatorTest, RulesForDescriptionsAndIds) {
   EXPECT_NE(outputOf("/dn:2", "-ci:7").find("success"), std::string::npos);
   EXPECT_NE(outputOf("/dn:0", "-ci:16").find("Failed"), std::string::npos);
   EXPECT_NE(outputOf("/dn:5", "-ci:0").find("Failed"), std::string::npos);
+  useRig(R"({"devices": [{"number": 0, "description": "Twin"}, {"number": 1, "description": "Twin"}]})");
+  std::remove(state.c_str());
+  for (const char* device : {"/dn:0", "/dn:1"}) EXPECT_EQ(outputOf(device, "-cd:*"), Refused);
 }
 
 }  // namespace

@@ -26,8 +26,8 @@ constexpr bool failed(ErrorCode status) { return status >= FirstFailure; }
 
 /// How a device is opened. A library may treat both alike.
 enum AccessMode : int32_t {
-  AccessFusion = 0,  ///< to form, extend or dissolve a fusion device
-  AccessDevice = 1,  ///< everything else: reading, renaming, renumbering
+  AccessFusion = 0,  ///< to form or dissolve a fusion device
+  AccessDevice = 1,  ///< everything else
 };
 
 /// The kind of scenario control that `DaqCtrlBase_Create` makes.

@@ -23,7 +23,7 @@ struct ItemState {
   std::array<uint32_t, 15> codes{};
 };
 
-// A list of library objects, each asked for anew at every use.
+// A list of library objects. Each is asked for anew at every use: libraries have come to see these calls.
 template <typename Object>
 class List {
  public:

@@ -23,7 +23,7 @@ constexpr int32_t Busy = -1002;
 constexpr int32_t StartMode = 2;
 constexpr unsigned PollSeconds = 500;
 
-// One chip's slot, asked for anew at every use, so that the library may move its items about.
+// One chip's slot. It is asked for anew at every use: libraries have come to see these calls.
 class Chip {
  public:
   Chip(Array* items, int32_t index) : items_(items), index_(index) {}

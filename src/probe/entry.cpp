@@ -1,6 +1,7 @@
 #include <dlfcn.h>
 #include <velq/library.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -22,9 +23,21 @@ std::string variable(const char* name) {
   return value == nullptr ? "" : value;
 }
 
+using Entry = decltype(&CvxQuellisLibInitialize);
+
+Entry nextEntry() { return reinterpret_cast<Entry>(dlsym(RTLD_NEXT, "CvxQuellisLibInitialize")); }
+
 struct Probe {
-  ~Probe() {
-    if (faults.isEmpty()) return;
+  Probe() {
+    if (!faults.isEmpty() && nextEntry() != nullptr) std::signal(SIGABRT, reportUnreachedAtAbort);
+  }
+  ~Probe() { reportUnreached(); }
+  Probe(const Probe&) = delete;
+  Probe& operator=(const Probe&) = delete;
+
+  // Not in programs that are no tools of the library, such as a shell that starts one.
+  void reportUnreached() {
+    if (faults.isEmpty() || nextEntry() == nullptr) return;
     const std::vector<std::string> unreached = faults.unreached();
     std::string line = "# faults never reached: " + std::to_string(unreached.size());
     for (const std::string& fault : unreached) line += "; " + fault;
@@ -34,15 +47,21 @@ struct Probe {
       fprintf(stderr, "velq-probe: %s\n", line.c_str());
   }
 
+  static void reportUnreachedAtAbort(int signal);
+
   const LibraryTable* next = nullptr;
   Faults faults{variable("VELQ_FAULTS")};
   TraceFile trace{variable("VELQ_TRACE")};
   HandleNames names;
 };
 
-Probe& theProbe() {
-  static Probe probe;
-  return probe;
+// Made when the library is loaded, so that a bad list of faults stops a command that makes no call, too.
+Probe theProbe;
+
+// An abort is a way for the tool to end, and skips destructors.
+void Probe::reportUnreachedAtAbort(int signal) {
+  std::signal(signal, SIG_DFL);
+  theProbe.reportUnreached();
 }
 
 template <auto Field, Operation Which>
@@ -50,8 +69,8 @@ struct Hook;
 
 template <typename Table>
 const Table& nextTable() {
-  if constexpr (std::is_same_v<Table, FunctionTable>) return *theProbe().next->functions;
-  if constexpr (std::is_same_v<Table, ObjectTable>) return *theProbe().next->objects;
+  if constexpr (std::is_same_v<Table, FunctionTable>) return *theProbe.next->functions;
+  if constexpr (std::is_same_v<Table, ObjectTable>) return *theProbe.next->objects;
 }
 
 // The hook for one field of a table: answers by itself or forwards, then writes its line.
@@ -61,7 +80,7 @@ struct Hook<Field, Which> {
   static constexpr std::string_view Name = factsOf(Which).name;
 
   static Result call(Parameters... parameters) {
-    const Fault* const fault = theProbe().faults.next(Which);
+    const Fault* const fault = theProbe.faults.next(Which);
     const std::tuple<Parameters...> arguments(parameters...);
     if constexpr (std::is_void_v<Result>) {
       write(arguments, "");
@@ -69,8 +88,9 @@ struct Hook<Field, Which> {
       (nextTable<Table>().*Field)(parameters...);
     } else {
       const Result result = fault != nullptr ? injected(*fault) : (nextTable<Table>().*Field)(parameters...);
-      if constexpr (Name.ends_with("_Create") && std::is_pointer_v<Result>) theProbe().names.forget(result);
-      const std::string shown = theProbe().trace.isOpen() ? showResult(theProbe().names, result, arguments) : "";
+      if constexpr (Name.ends_with("_Create") && std::is_pointer_v<Result>) theProbe.names.forget(result);
+      if constexpr (std::is_pointer_v<Result> && !std::is_same_v<Result, const wchar_t*>) adopt(result, parameters...);
+      const std::string shown = theProbe.trace.isOpen() ? showResult(theProbe.names, result, arguments) : "";
       write(arguments, " = " + shown + (fault != nullptr ? " (injected)" : ""));
       return result;
     }
@@ -84,10 +104,17 @@ struct Hook<Field, Which> {
       return static_cast<Result>(fault.answer);
   }
 
-  static void forget(const void* handle) { theProbe().names.forget(handle); }
+  static void forget(const void* handle) { theProbe.names.forget(handle); }
+
+  // What an object hands out goes with it.
+  static void adopt(const void*) {}
+  template <typename Owner, typename... Others>
+  static void adopt(const void* result, Owner owner, Others...) {
+    if constexpr (std::is_pointer_v<Owner>) theProbe.names.adopt(result, owner);
+  }
 
   static void write(const std::tuple<Parameters...>& arguments, const std::string& result) {
-    Probe& probe = theProbe();
+    Probe& probe = theProbe;
     if (!probe.trace.isOpen()) return;
     probe.trace.write(std::string(Name) + "(" + showArguments(probe.names, arguments) + ")" + result);
   }
@@ -109,9 +136,8 @@ constexpr LibraryTable Tables = {.functions = &Functions, .objects = &Objects};
 }  // namespace probe
 
 const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() {
-  using Entry = decltype(&CvxQuellisLibInitialize);
-  const auto entry = reinterpret_cast<Entry>(dlsym(RTLD_NEXT, "CvxQuellisLibInitialize"));
+  const auto entry = probe::nextEntry();
   if (entry == nullptr) probe::stop("no device library behind the probe");
-  probe::theProbe().next = entry();
+  probe::theProbe.next = entry();
   return &probe::Tables;
 }

@@ -17,7 +17,7 @@ std::string_view trim(std::string_view text) {
 
 // A whole number in decimal, or in hexadecimal behind "0x", all of `text`.
 std::optional<int64_t> parseNumber(std::string_view text) {
-  const bool isHexadecimal = text.starts_with("0x");
+  const bool isHexadecimal = text.starts_with("0x") && !text.starts_with("0x-");
   if (isHexadecimal) text.remove_prefix(2);
   int64_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, isHexadecimal ? 16 : 10);

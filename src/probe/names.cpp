@@ -1,5 +1,7 @@
 #include "probe/names.h"
 
+#include <vector>
+
 namespace probe {
 
 std::string HandleNames::nameOf(const void* handle, const char* kind) {
@@ -7,6 +9,18 @@ std::string HandleNames::nameOf(const void* handle, const char* kind) {
   const auto known = names_.find(handle);
   if (known == names_.end() || known->second.kind != kind) names_[handle] = {kind, ++counts_[kind]};
   return std::string(kind) + "#" + std::to_string(names_[handle].number);
+}
+
+void HandleNames::forget(const void* handle) {
+  names_.erase(handle);
+  std::vector<const void*> owned;
+  for (const auto& [child, owner] : owners_) {
+    if (owner == handle) owned.push_back(child);
+  }
+  for (const void* const child : owned) {
+    owners_.erase(child);
+    forget(child);
+  }
 }
 
 }  // namespace probe

@@ -30,8 +30,12 @@ class HandleNames {
   /// The name of a handle, a new one when the address has not been seen as this kind before; "null" for null.
   std::string nameOf(const void* handle, const char* kind);
 
-  /// Makes the next handle at this address a new one: the library may use an address again.
-  void forget(const void* handle) { names_.erase(handle); }
+  /// Says that `handle` was asked of `owner`.
+  void adopt(const void* handle, const void* owner) { owners_[handle] = owner; }
+
+  /// Makes the next handle at this address, and at those of all that was asked of it, a new one: the library may use an
+  /// address again.
+  void forget(const void* handle);
 
  private:
   struct Name {
@@ -39,6 +43,7 @@ class HandleNames {
     int number;
   };
   std::unordered_map<const void*, Name> names_;
+  std::unordered_map<const void*, const void*> owners_;
   std::map<std::string, int> counts_;
 };
 

@@ -39,6 +39,17 @@ void proposeBackup(SolutionObject& solution) {
   }
 }
 
+// Puts the new codes to use, or only makes sure that it could be done. A backup is in use with its second step, for
+// tools report it as restored before they make it current.
+ErrorCode keepCodes(const SolutionObject& solution, bool really) {
+  Simulation& simulation = Simulation::instance();
+  return simulation.change([&](std::vector<StateChange>& changes) {
+    const ErrorCode status = simulation.checkFree(deviceNumber(solution));
+    if (status == Success && really) changes = solution.newCodes;
+    return status;
+  });
+}
+
 }  // namespace
 
 Array* CalibrationCtrl_getSolutions(CalibrationCtrl* control) {
@@ -69,24 +80,15 @@ Array* CalibrationSolution_getSections(CalibrationSolution* solution) {
 
 ErrorCode CalibrationSolution_updateAsCurrent(CalibrationSolution* solution) {
   SolutionObject& object = resolve<SolutionObject>(solution, __func__);
-  Simulation& simulation = Simulation::instance();
-  const ErrorCode status = simulation.change([&](std::vector<StateChange>& changes) {
-    if (object.newCodes.empty()) return ErrorWrongOrder;
-    if (const ErrorCode busy = simulation.checkFree(deviceNumber(object)); busy != Success) return busy;
-    changes = object.newCodes;
-    return Success;
-  });
-  if (status == Success) object.newCodes.clear();
-  return status;
+  return object.newCodes.empty() ? ErrorWrongOrder : keepCodes(object, true);
 }
 
 ErrorCode CalibrationSolution_loadGoldenBackup(CalibrationSolution* solution, int32_t step) {
   SolutionObject& object = resolve<SolutionObject>(solution, __func__);
-  if (step != (object.backupPrepared ? 1 : 0)) return ErrorWrongOrder;
-  if (const ErrorCode status = Simulation::instance().checkFree(deviceNumber(object)); status != Success) return status;
+  if (step != 0 && (step != 1 || !object.backupPrepared)) return ErrorWrongOrder;
   object.backupPrepared = step == 0;
   if (step == 1) proposeBackup(object);
-  return Success;
+  return keepCodes(object, step == 1);
 }
 
 const wchar_t* CalibrationSection_getDescription(CalibrationSection* section) {
@@ -106,6 +108,9 @@ ErrorCode CalibrationSection_start(CalibrationSection* section) {
     control.holds.insert(number);
   }
   object.started = true;
+  if (object.items != nullptr) {
+    for (void* const item : object.items->items) static_cast<ItemObject*>(item)->polls = 0;
+  }
   return Success;
 }
 

@@ -23,11 +23,11 @@ DaqCtrlBase* DaqCtrlBase_Create(Scenario scenario) {
 ErrorCode DaqCtrlBase_setSelectedDevice(DaqCtrlBase* control, const DeviceInformation* device) {
   ControlObject& object = resolveControl(control, __func__);
   const std::optional<int32_t> number = selectDevice(device->DeviceNumber, device->Description);
-  if (!number) return ErrorNoSuchDevice;
-  object.mode = device->OpenMode;
-  object.device = make<DeviceObject>(&object, *number);
+  if (object.device != nullptr) object.device->disposed = true;
+  object.device = number ? make<DeviceObject>(&object, *number) : nullptr;
   object.items = nullptr;
-  return Success;
+  object.mode = device->OpenMode;
+  return number ? Success : ErrorNoSuchDevice;
 }
 
 ErrorCode DaqCtrlBase_getSelectedDevice(DaqCtrlBase* control, DeviceInformation* device) {

@@ -141,8 +141,7 @@ ErrorCode DeviceCtrl_setDescription(DeviceCtrl* device, int32_t count, const wch
   return simulation.change([&](std::vector<StateChange>& changes) {
     const ErrorCode status = checkChangeable(simulation, number);
     if (status != Success) return status;
-    const int32_t bearer = simulation.findDescription(*text);
-    if (bearer != -1 && bearer != number) return ErrorRefused;
+    if (simulation.isBorneByAnother(*text, number)) return ErrorRefused;
     changes.push_back({number, "description", *text});
     return Success;
   });

@@ -28,7 +28,7 @@ bool isPassword(const Chip& chip, const wchar_t* given) {
 bool keepVersion(ChipObject& chip) {
   const int32_t number = chip.control.device->number;
   const ErrorCode status = Simulation::instance().change([&](std::vector<StateChange>& changes) {
-    changes.push_back({number, firmwareItem(chip.index), int64_t{*chip.loadedVersion}});
+    changes.push_back({number, firmwareItem(chip.index), int64_t{chip.loadedVersion.value()}});
     return Success;
   });
   return status == Success;
@@ -73,13 +73,15 @@ ErrorCode FirmwareItem_loadFile(FirmwareItem* item, const wchar_t* path) {
   ChipObject& chip = resolve<ChipObject>(item, __func__);
   Simulation& simulation = Simulation::instance();
   const int32_t number = chip.control.device->number;
+  if (chip.started && !chip.finished) return ErrorWrongOrder;
+  chip.started = false;
   chip.loadedVersion.reset();
   if (const ErrorCode status = simulation.checkFree(number); status != Success) return status;
   FirmwareFile file{};
   const std::optional<std::string> narrowPath = toUtf8(path);
   const ErrorCode status = narrowPath ? readFirmwareFile(*narrowPath, file) : ErrorFileUnreadable;
   if (status != Success) return status;
-  if (file.product != static_cast<uint16_t>(simulation.productId(number))) return ErrorFirmwareWrongDevice;
+  if (file.product != simulation.productId(number)) return ErrorFirmwareWrongDevice;
   chip.loadedVersion = file.version;
   return file.version > simulation.firmwareVersion(number, chip.index) ? Success : WarningFirmwareNotNewer;
 }

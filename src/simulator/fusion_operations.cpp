@@ -9,6 +9,7 @@ namespace simulator {
 namespace {
 
 constexpr int32_t FirstNewNumber = 256;
+constexpr size_t MostChildren = 256;  // as many as tools have room for
 
 using Children = std::vector<int32_t>;
 
@@ -21,12 +22,14 @@ ErrorCode checkFusable(Simulation& simulation, const Children& children, const C
   if (children.empty()) return ErrorCannotFuse;
   const std::set<int32_t> distinct(children.begin(), children.end());
   if (distinct.size() != children.size()) return ErrorCannotFuse;
+  if (children.size() + present.size() > MostChildren) return ErrorCannotFuse;
   const int32_t model = present.empty() ? children.front() : present.front();
   for (const int32_t child : children) {
     if (!simulation.exists(child) || simulation.isFusion(child) || simulation.groupOf(child) != -1)
       return ErrorCannotFuse;
     if (simulation.productId(child) != simulation.productId(model)) return ErrorCannotFuse;
-    if (const ErrorCode status = simulation.checkFree(child); status != Success) return status;
+    // Not as busy: after any status but this one, tools take the creation for done.
+    if (simulation.checkFree(child) != Success) return ErrorCannotFuse;
   }
   return Success;
 }
@@ -107,8 +110,7 @@ ErrorCode CvxFusionDeviceRemoveChildren(int32_t fusionNumber, int32_t count, con
     }
     setGroup(changes, list, -1);
     const std::set<int32_t> gone(list.begin(), list.end());
-    if (gone.size() == simulation.children(fusionNumber).size())
-      changes.push_back({fusionNumber, "description", std::monostate()});
+    if (gone.size() == simulation.children(fusionNumber).size()) simulation.undoAll(fusionNumber, changes);
     return Success;
   });
 }

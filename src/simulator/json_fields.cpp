@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "simulator/json_place.h"
 #include "simulator/rig.h"
 #include "simulator/text.h"
 
@@ -79,7 +80,7 @@ void JsonFields::end() const {
     if (std::find(taken_.begin(), taken_.end(), key) != taken_.end()) continue;
     std::string known;
     for (const std::string& name : taken_) known += (known.empty() ? "" : ", ") + name;
-    throw RigError(object_.place() + "/" + key + ": unknown key; expected one of " + known);
+    throw RigError(object_.place() + "/" + pointerPart(key) + ": unknown key; expected one of " + known);
   }
 }
 

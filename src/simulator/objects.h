@@ -40,7 +40,7 @@ struct DeviceObject : Object {
   ArrayObject* interrupts = nullptr;
 };
 
-/// A control of either kind.
+/// A control of either kind. What is asked of it belongs to the bound device, and goes when another is bound.
 struct ControlObject : Object {
   explicit ControlObject(Automation::Velq::Scenario kind) : scenario(kind) {}
   const Automation::Velq::Scenario scenario;
@@ -52,7 +52,7 @@ struct ControlObject : Object {
 
 struct ChipObject : Object {
   ChipObject(ControlObject* asked, const Chip& given, size_t position)
-      : Object(asked), control(*asked), chip(given), index(position) {}
+      : Object(asked->device), control(*asked), chip(given), index(position) {}
   ControlObject& control;
   const Chip& chip;
   const size_t index;
@@ -65,7 +65,7 @@ struct ChipObject : Object {
 
 struct SolutionObject : Object {
   SolutionObject(ControlObject* asked, const Solution& given, size_t position)
-      : Object(asked), control(*asked), solution(given), index(position) {}
+      : Object(asked->device), control(*asked), solution(given), index(position) {}
   ControlObject& control;
   const Solution& solution;
   const size_t index;

@@ -9,7 +9,8 @@
 #include <unordered_map>
 
 #include "simulator/builtin_rig.h"
-#include "simulator/json_fields.h"
+#include "simulator/json_place.h"
+#include "simulator/rig_device.h"
 
 namespace simulator {
 
@@ -17,101 +18,8 @@ namespace {
 
 using nlohmann::json;
 
-constexpr int DeepestNesting = 10;
-
-std::string textOr(JsonFields& fields, const char* key, const char* otherwise) {
-  const auto value = fields.optional(key);
-  return value ? value->text() : otherwise;
-}
-
-std::optional<std::string> optionalText(JsonFields& fields, const char* key) {
-  const auto value = fields.optional(key);
-  return value ? std::optional(value->text()) : std::nullopt;
-}
-
-uint32_t readCode(const JsonValue& value) { return static_cast<uint32_t>(value.number(0, UINT32_MAX)); }
-
-Chip readChip(const JsonValue& value) {
-  JsonFields fields(value);
-  Chip chip{.description = fields.required("description").text(),
-            .version = static_cast<uint16_t>(fields.required("version").number(0, 0xFFFF)),
-            .notice = textOr(fields, "notice", "Restart the device after the overwrite."),
-            .password = optionalText(fields, "password"),
-            .progress = {0, 25, 50, 75, 100}};
-  if (const auto progress = fields.optional("progress")) {
-    chip.progress = progress->list<int32_t>([](const JsonValue& element) { return element.int32(); });
-    if (chip.progress.empty()) progress->fail("at least one progress value");
-  }
-  fields.end();
-  return chip;
-}
-
-AdjustingCode readItem(const JsonValue& value) {
-  JsonFields fields(value);
-  AdjustingCode item{.name = fields.required("name").text(),
-                     .inUse = readCode(fields.required("in_use")),
-                     .backup = readCode(fields.required("backup")),
-                     .walk = {},
-                     .fails = false};
-  const JsonValue walk = fields.required("walk");
-  item.walk = walk.list<uint32_t>(readCode);
-  if (item.walk.empty()) walk.fail("at least one adjusting code");
-  if (const auto fails = fields.optional("fails")) item.fails = fails->boolean();
-  fields.end();
-  return item;
-}
-
-Section readSection(const JsonValue& value) {
-  JsonFields fields(value);
-  Section section{.description = fields.required("description").text(),
-                  .instruction = fields.required("instruction").text(),
-                  .items = fields.required("items").list<AdjustingCode>(readItem)};
-  fields.end();
-  return section;
-}
-
-Solution readSolution(const JsonValue& value) {
-  JsonFields fields(value);
-  Solution solution{.name = fields.required("name").text(),
-                    .description = fields.required("description").text(),
-                    .instruction = fields.required("instruction").text(),
-                    .sections = fields.required("sections").list<Section>(readSection)};
-  fields.end();
-  return solution;
-}
-
-int32_t readInt32(const JsonValue& value) { return value.int32(); }
-int32_t readDeviceNumber(const JsonValue& value) { return value.int32(0); }
-uint64_t readAddress(const JsonValue& value) { return value.unsigned64(); }
-
-template <typename Element>
-std::unique_ptr<std::vector<Element>> optionalList(JsonFields& fields, const char* key,
-                                                   Element (*read)(const JsonValue&)) {
-  const auto value = fields.optional(key);
-  return value ? std::make_unique<std::vector<Element>>(value->list<Element>(read)) : nullptr;
-}
-
-Device readDevice(const JsonValue& value) {
-  JsonFields fields(value);
-  Device device;
-  device.number = readDeviceNumber(fields.required("number"));
-  device.description = fields.required("description").text(255);
-  device.children = optionalList(fields, "children", readDeviceNumber);
-  if (const auto id = fields.optional("product_id")) device.productId = id->int32(0);
-  if (const auto id = fields.optional("board_id")) device.boardId = id->int32(0);
-  if (const auto highest = fields.optional("highest_board_id")) device.highestBoardId = highest->int32(-1);
-  device.boardVersion = optionalText(fields, "board_version");
-  device.driverVersion = optionalText(fields, "driver_version");
-  device.location = optionalText(fields, "location");
-  if (const auto list = fields.optional("base_addresses")) device.baseAddresses = list->list<uint64_t>(readAddress);
-  if (const auto list = fields.optional("interrupts")) device.interrupts = list->list<int32_t>(readInt32);
-  device.firmware = optionalList(fields, "firmware", readChip);
-  device.calibration = optionalList(fields, "calibration", readSolution);
-  fields.end();
-  return device;
-}
-
-std::string devicePlace(size_t index) { return "/devices/" + std::to_string(index); }
+constexpr size_t DeepestNesting = 10;
+constexpr size_t MostChildren = 256;
 
 // Takes the devices out of the document one by one while it is parsed, so that a large rig never stands in memory as
 // JSON.
@@ -124,74 +32,77 @@ class RigParser {
       document = json::parse(std::forward<Input>(input), [this](int depth, json::parse_event_t event, json& parsed) {
         return step(depth, event, parsed);
       });
-    } catch (const json::parse_error& error) {
+    } catch (const json::exception& error) {
       const std::string_view what = error.what();
-      const size_t place = what.find("line ");
-      throw RigError(std::string(what.substr(place == std::string_view::npos ? 0 : place)));
+      const size_t line = what.find("line ");
+      throw RigError(line == std::string_view::npos ? place_.pointer() + ": expected a number of 64 bits"
+                                                    : std::string(what.substr(line)));
     }
     JsonFields fields(JsonValue(document, ""));
-    if (!fields.required("devices").json().is_array()) JsonValue(document["devices"], "/devices").fail("a list");
+    fields.required("devices");
     fields.end();
+    rememberPlaces();
+    for (const Device& device : rig_.devices) checkGroup(device);
     order();
-    checkGroups();
     return std::move(rig_);
   }
 
  private:
-  bool step(int depth, json::parse_event_t event, const json& parsed) {
-    if (depth > DeepestNesting) throw RigError(here() + ": nested too deeply");
-    if (event == json::parse_event_t::object_start) keys_[depth].clear();
-    if (event == json::parse_event_t::key) {
-      const auto& key = parsed.get_ref<const std::string&>();
-      if (depth == 1) inDevices_ = key == "devices";
-      if (!keys_[depth - 1].insert(key).second) throw RigError(here() + ": the key \"" + key + "\" stands twice");
-    }
+  using Event = json::parse_event_t;
+
+  // False for a value that has been taken over.
+  bool step(int depth, Event event, const json& parsed) {
+    if (!place_.follow(event, parsed)) throw RigError(place_.pointer() + ": the key stands twice");
+    if (place_.depth() > DeepestNesting)
+      throw RigError(place_.pointer() + ": expected at most " + std::to_string(DeepestNesting) + " levels");
+    if (depth == 1 && event == Event::key) inDevices_ = parsed == "devices";
     if (!inDevices_) return true;
-    if (depth == 1 && event == json::parse_event_t::object_start) throw RigError("/devices: expected a list");
-    if (depth != 2) return true;
-    if (event == json::parse_event_t::value || event == json::parse_event_t::array_start)
-      throw RigError(here() + ": expected an object");
-    if (event != json::parse_event_t::object_end) return true;
-    rig_.devices.push_back(readDevice(JsonValue(parsed, here())));
+    if (depth == 1 && (event == Event::value || event == Event::object_start))
+      throw RigError(place_.pointer() + ": expected a list");
+    if (depth == 2 && (event == Event::value || event == Event::array_start))
+      throw RigError(place_.pointer() + ": expected an object");
+    if (depth != 2 || event != Event::object_end) return true;
+    rig_.devices.push_back(readDevice(JsonValue(parsed, place_.pointer())));
     return false;
   }
 
-  std::string here() const { return inDevices_ ? devicePlace(rig_.devices.size()) : ""; }
+  static std::string devicePlace(size_t index) { return "/devices/" + std::to_string(index); }
+
+  void rememberPlaces() {
+    for (size_t i = 0; i < rig_.devices.size(); ++i) {
+      const auto [first, isNew] = places_.emplace(rig_.devices[i].number, i);
+      if (!isNew)
+        throw RigError(devicePlace(i) + "/number: expected another number than that of " + devicePlace(first->second));
+    }
+  }
+
+  void checkGroup(const Device& group) {
+    if (!group.children) return;
+    const std::string place = devicePlace(places_.at(group.number)) + "/children";
+    const std::vector<int32_t>& children = *group.children;
+    if (children.empty() || children.size() > MostChildren) throw RigError(place + ": expected 1 to 256 children");
+    for (size_t i = 0; i < children.size(); ++i) {
+      const std::string childPlace = place + "/" + std::to_string(i) + ": expected ";
+      const auto child = places_.find(children[i]);
+      if (child == places_.end()) throw RigError(childPlace + "the number of a device that is listed");
+      const Device& device = rig_.devices[child->second];
+      if (device.children) throw RigError(childPlace + "a device that is no fusion device");
+      if (!taken_.insert(device.number).second) throw RigError(childPlace + "a device that belongs to no group yet");
+      if (device.productId != rig_.devices[places_.at(children.front())].productId)
+        throw RigError(childPlace + "a device with the product id of the first child");
+    }
+  }
 
   void order() {
-    std::unordered_map<int32_t, size_t> places;
-    for (size_t i = 0; i < rig_.devices.size(); ++i) {
-      const auto [first, isNew] = places.emplace(rig_.devices[i].number, i);
-      if (!isNew)
-        throw RigError(devicePlace(i) + "/number: " + std::to_string(first->first) + " is the number of " +
-                       devicePlace(first->second) + " already");
-    }
     const auto byNumber = [](const Device& a, const Device& b) { return a.number < b.number; };
     std::sort(rig_.devices.begin(), rig_.devices.end(), byNumber);
   }
 
-  void checkGroups() {
-    std::set<int32_t> taken;
-    for (Device& group : rig_.devices) {
-      if (!group.children) continue;
-      const std::string place = "/devices: the fusion device " + std::to_string(group.number);
-      if (group.children->empty()) throw RigError(place + " has no children");
-      for (const int32_t number : *group.children) {
-        const std::string childPlace = place + " has the child " + std::to_string(number) + ", ";
-        const Device* const child = rig_.find(number);
-        if (child == nullptr) throw RigError(childPlace + "which is not listed");
-        if (child->children) throw RigError(childPlace + "which is a fusion device");
-        if (!taken.insert(number).second) throw RigError(childPlace + "which belongs to a group already");
-        const Device* const first = rig_.find(group.children->front());
-        if (child->productId != first->productId) throw RigError(childPlace + "which has another product id");
-      }
-      group.productId = rig_.find(group.children->front())->productId;
-    }
-  }
-
   Rig rig_;
+  JsonPlace place_;
   bool inDevices_ = false;
-  std::set<std::string> keys_[DeepestNesting + 1];
+  std::unordered_map<int32_t, size_t> places_;  ///< positions in the file, by number
+  std::set<int32_t> taken_;                     ///< children of any group
 };
 
 }  // namespace

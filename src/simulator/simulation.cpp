@@ -31,8 +31,6 @@ void Simulation::refresh() {
     if (state_.refresh(contents_)) derive();
   } catch (const StateError& error) {
     reportState(error.what());
-    contents_.clear();
-    derive();
   }
 }
 
@@ -61,6 +59,19 @@ int32_t Simulation::findDescription(const std::string& description) {
   }
   const auto found = byDescription_->lower_bound({description, INT32_MIN});
   return found != byDescription_->end() && found->first == description ? found->second : -1;
+}
+
+bool Simulation::isBorneByAnother(const std::string& description, int32_t number) {
+  const int32_t first = findDescription(description);
+  if (first != number) return first != -1;
+  const auto next = byDescription_->upper_bound({description, number});
+  return next != byDescription_->end() && next->first == description;
+}
+
+void Simulation::undoAll(int32_t number, std::vector<StateChange>& changes) const {
+  const auto items = contents_.find(number);
+  if (items == contents_.end()) return;
+  for (const auto& [item, value] : items->second) changes.push_back({number, item, std::monostate()});
 }
 
 std::string_view Simulation::description(int32_t number) const {
@@ -121,7 +132,8 @@ ErrorCode Simulation::change(const std::function<ErrorCode(std::vector<StateChan
 }
 
 ErrorCode Simulation::hold(int32_t number) {
-  return guard([&] { return file_.hold(number) ? Success : ErrorDeviceBusy; });
+  const ErrorCode status = change([](std::vector<StateChange>&) { return Success; });
+  return status != Success ? status : guard([&] { return file_.hold(number) ? Success : ErrorDeviceBusy; });
 }
 
 void Simulation::release(int32_t number) { file_.release(number); }
@@ -172,16 +184,22 @@ bool Simulation::isGroupNumber(int64_t number) const {
 void Simulation::derive() {
   byDescription_.reset();
   deriveGroups();
-  mismatch_.clear();
-  for (auto device = contents_.begin(); device != contents_.end(); ++device) {
-    std::erase_if(device->second, [&](const auto& entry) {
-      if (belongs(device->first, entry.first, entry.second)) return false;
-      mismatch_ = "was written for another rig (device " + std::to_string(device->first) + " has no \"" + entry.first +
-                  "\" here) and is left as it is; name another file with VELQ_STATE, or delete this one";
-      return true;
-    });
+  mismatch_ = findMismatch();
+  if (mismatch_.empty()) return;
+  reportState(mismatch_);
+  contents_.clear();
+  deriveGroups();
+}
+
+std::string Simulation::findMismatch() const {
+  for (const auto& [number, items] : contents_) {
+    for (const auto& [item, value] : items) {
+      if (belongs(number, item, value)) continue;
+      return "was written for another rig (device " + std::to_string(number) + " has no \"" + item +
+             "\" here) and is not used; name another file with VELQ_STATE, or delete this one";
+    }
   }
-  if (!mismatch_.empty()) reportState(mismatch_);
+  return "";
 }
 
 void Simulation::deriveGroups() {
@@ -193,8 +211,8 @@ void Simulation::deriveGroups() {
   }
   for (const auto& [number, items] : contents_) {
     const auto group = items.find("fusion");
-    const auto* const value = group == items.end() ? nullptr : std::get_if<int64_t>(&group->second);
-    if (value != nullptr && rig_.find(number) != nullptr) groupOf_[number] = static_cast<int32_t>(*value);
+    if (group != items.end() && belongs(number, group->first, group->second))
+      groupOf_[number] = static_cast<int32_t>(std::get<int64_t>(group->second));
   }
   std::erase_if(groupOf_, [](const auto& entry) { return entry.second < 0; });
   for (const auto& [child, group] : groupOf_) groups_[group].push_back(child);

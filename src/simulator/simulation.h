@@ -58,13 +58,19 @@ class Simulation {
   /// The fusion device that the device belongs to; -1 when to none.
   int32_t groupOf(int32_t number) const;
 
+  /// Whether a device other than `number` has exactly this description.
+  bool isBorneByAnother(const std::string& description, int32_t number);
+
+  /// Adds to `changes` what takes back all that was changed of the device.
+  void undoAll(int32_t number, std::vector<StateChange>& changes) const;
+
   /// Keeps the changes that `decide` collects, all or none. `decide` sees all devices as they are now, held against
   /// other writers; a status other than Success refuses and is returned. Returns ErrorNotKept, after a report, when the
   /// state cannot be written.
   ErrorCode change(const std::function<ErrorCode(std::vector<StateChange>& changes)>& decide);
 
-  /// Holds a device against other processes; ErrorDeviceBusy when one of them holds it, ErrorNotKept when the state
-  /// cannot be written.
+  /// Holds a device against other processes, once it is sure that the state can be written. ErrorDeviceBusy when one of
+  /// them holds it, ErrorNotKept when the state cannot be written.
   ErrorCode hold(int32_t number);
   void release(int32_t number);
 
@@ -76,6 +82,7 @@ class Simulation {
   int64_t changedNumber(int32_t number, std::string_view item, int64_t otherwise) const;
   bool belongs(int32_t number, const std::string& item, const StateValue& value) const;
   void derive();
+  std::string findMismatch() const;
   void deriveGroups();
   bool isGroupNumber(int64_t number) const;
   void unindex(const std::vector<StateChange>& changes);
@@ -88,7 +95,7 @@ class Simulation {
   StateFile file_;
   State state_;
   StateContents contents_;
-  std::string mismatch_;  ///< what of the state does not belong to this rig; empty when all does
+  std::string mismatch_;  ///< how the state shows that it is not of this rig; empty when it is
   std::map<int32_t, int32_t> groupOf_;
   std::map<int32_t, std::vector<int32_t>> groups_;
   std::optional<std::set<std::pair<std::string_view, int32_t>>> byDescription_;  ///< built when first needed

@@ -1,5 +1,7 @@
 #include "simulator/state.h"
 
+#include <utility>
+
 namespace simulator {
 
 namespace {
@@ -36,22 +38,24 @@ bool State::refresh(StateContents& contents) {
     if (!file_.exists()) return false;
     open();
   }
+  // Not known until all is read: after a failure the next call starts over.
+  const int64_t seen = std::exchange(seenVersion_, -1);
   const int64_t version = queryNumber(version_);
-  if (version == seenVersion_) return false;
-  load(contents);
+  if (version != seen) load(contents);
   seenVersion_ = version;
-  return true;
+  return version != seen;
 }
 
 void State::change(StateContents& contents, const std::function<std::vector<StateChange>(bool)>& decide) {
   file_.create();
   if (!database_) open();
-  execute("BEGIN IMMEDIATE");
   try {
+    execute("BEGIN IMMEDIATE");
     const bool refreshed = refresh(contents);
     keep(contents, decide(refreshed));
   } catch (...) {
-    sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    // Rolls back, and lets the next call find a file that was deleted and made again meanwhile.
+    close();
     throw;
   }
 }
@@ -79,18 +83,26 @@ void State::open() {
   version_ = prepare("PRAGMA data_version");
 }
 
+void State::close() {
+  put_.reset();
+  version_.reset();
+  database_.reset();
+  seenVersion_ = -1;
+}
+
 void State::load(StateContents& contents) {
-  contents.clear();
+  StateContents loaded;
   Statement tables = prepare("SELECT count(*) FROM sqlite_schema");
   hasTable_ = queryNumber(tables) > 0;
-  if (!hasTable_) return;
+  if (!hasTable_) return contents.clear();
   Statement id = prepare("PRAGMA application_id");
   if (queryNumber(id) != ApplicationId) throw StateError("is a database, but not of this simulator");
   const Statement rows = prepare("SELECT device, item, value FROM change");
   int status = sqlite3_step(rows.get());
   for (; status == SQLITE_ROW; status = sqlite3_step(rows.get()))
-    apply(contents, {sqlite3_column_int(rows.get(), 0), textColumn(rows.get(), 1), valueColumn(rows.get(), 2)});
+    apply(loaded, {sqlite3_column_int(rows.get(), 0), textColumn(rows.get(), 1), valueColumn(rows.get(), 2)});
   if (status != SQLITE_DONE) fail();
+  contents = std::move(loaded);
 }
 
 void State::store(const StateChange& change) {

@@ -51,6 +51,7 @@ class State {
   using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
 
   void open();
+  void close();
   void keep(StateContents& contents, const std::vector<StateChange>& changes);
   void store(const StateChange& change);
   void load(StateContents& contents);

@@ -1,6 +1,7 @@
 #include "simulator/text.h"
 
-#include <set>
+#include <functional>
+#include <map>
 
 namespace simulator {
 
@@ -63,8 +64,9 @@ size_t characterCount(std::string_view text) {
 }
 
 const wchar_t* lasting(std::string_view text) {
-  static std::set<std::wstring> texts;
-  return texts.insert(fromUtf8(text)).first->c_str();
+  static std::map<std::string, std::wstring, std::less<>> texts;
+  const auto known = texts.find(text);
+  return (known != texts.end() ? known : texts.emplace(text, fromUtf8(text)).first)->second.c_str();
 }
 
 ErrorCode fill(std::string_view text, int32_t capacity, wchar_t* buffer) {
