@@ -7,7 +7,9 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -93,6 +95,7 @@ void runOnTerminal(const Command& command, const std::vector<std::string>& varia
   Pipe err;
   int terminal = -1;
   const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (process < 0) FAIL() << "no pseudo-terminal: " << std::strerror(errno);
   if (process == 0) {
     termios settings{};
     tcgetattr(0, &settings);
