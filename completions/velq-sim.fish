@@ -1,0 +1,55 @@
+# Completion of velq-sim for fish.
+
+# Stores what stands before the cursor: the options' own part in `own`, the command in `command`, which stays empty while
+# the cursor is among the options.
+function __velq_sim_split --no-scope-shadowing
+    set own (commandline -opc)[1]
+    set command
+    set -l words (commandline -opc)[2..]
+    while set -q words[1]
+        switch $words[1]
+            case --rig --state --trace --faults --check
+                set -a own $words[1] $words[2]
+                set -e words[1]
+            case --
+            case '-*'
+                set -a own $words[1]
+            case '*'
+                set command $words
+                return
+        end
+        set -e words[1]
+    end
+end
+
+function __velq_sim_has_no_command
+    set -l own
+    set -l command
+    __velq_sim_split
+    not set -q command[1]
+end
+
+# Completes the command as if it stood alone. The devices of a qutil are then those of this velq-sim; of its options only
+# the two that say which are passed on, so that no key press resets or traces anything.
+function __velq_sim_command
+    set -l own
+    set -l command
+    __velq_sim_split
+    set -lx __qutil_through $own[1]
+    for i in (seq 2 (count $own))
+        string match -qr -- '^--(rig|state)=' $own[$i]; and set -a __qutil_through $own[$i]
+        contains -- $own[$i] --rig --state; and set -a __qutil_through $own[$i] $own[(math $i + 1)]
+    end
+    complete -C (string join -- ' ' (string escape -- $command) (commandline -ct))
+end
+
+complete -c velq-sim -f
+complete -c velq-sim -n __velq_sim_has_no_command -l rig -rF -d 'take the devices from this rig'
+complete -c velq-sim -n __velq_sim_has_no_command -l state -rF -d 'keep what commands change in this file'
+complete -c velq-sim -n __velq_sim_has_no_command -l reset -d 'forget what commands have changed'
+complete -c velq-sim -n __velq_sim_has_no_command -l trace -rF -d 'append a line for every library call to this file'
+complete -c velq-sim -n __velq_sim_has_no_command -l faults -x -d 'let library calls fail'
+complete -c velq-sim -n __velq_sim_has_no_command -l check -rF -d 'only read this rig and say whether it is good'
+complete -c velq-sim -n __velq_sim_has_no_command -l help -d 'show help'
+complete -c velq-sim -n __velq_sim_has_no_command -l version -d 'show the version'
+complete -c velq-sim -a '(__velq_sim_command)'

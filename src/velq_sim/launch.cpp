@@ -1,0 +1,83 @@
+#include "velq_sim/launch.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+#include "velq_sim/failure.h"
+
+namespace velq_sim {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+void setVariable(const char* name, const std::string& value) {
+  if (setenv(name, value.c_str(), 1) != 0) throw Failure(Failed, std::string(name) + ": " + std::strerror(errno));
+}
+
+void exportText(const char* name, const std::string& value) {
+  if (!value.empty()) setVariable(name, value);
+}
+
+void exportPath(const char* name, const std::string& path) {
+  if (!path.empty()) setVariable(name, fs::absolute(path));
+}
+
+// Before what a list of the dynamic linker, or PATH, holds already.
+void putFirst(const char* name, const std::string& entry) {
+  const std::string others = variable(name);
+  setVariable(name, others.empty() ? entry : entry + ":" + others);
+}
+
+fs::path programFolder() { return fs::read_symlink("/proc/self/exe").parent_path(); }
+
+// Without this check a command would go on with the library of the system, and so with real hardware.
+void require(const fs::path& library) {
+  if (access(library.c_str(), R_OK) != 0) throw Failure(Failed, library.string() + ": " + std::strerror(errno));
+}
+
+void putLibrariesFirst() {
+  const fs::path folder = (programFolder() / LIBRARIES_FROM_PROGRAM).lexically_normal();
+  if (folder.string().find_first_of(":;") != std::string::npos)
+    throw Failure(Failed,
+                  folder.string() + ": the dynamic linker finds nothing in a folder with ':' or ';' in its name");
+  require(folder / SIMULATOR_LIBRARY);
+  putFirst("LD_LIBRARY_PATH", folder);
+  if (variable("VELQ_TRACE").empty() && variable("VELQ_FAULTS").empty()) return;
+  require(folder / PROBE_LIBRARY);
+  // By its bare name, found through LD_LIBRARY_PATH: LD_PRELOAD has no way to write a blank in a path.
+  putFirst("LD_PRELOAD", PROBE_LIBRARY);
+}
+
+// Scripts, too, find the qutil of a build tree. Where PATH has the folder, its order is the user's and stays.
+void putProgramsFirst() {
+  const std::string folder = programFolder();
+  if ((":" + variable("PATH") + ":").find(":" + folder + ":") == std::string::npos) putFirst("PATH", folder);
+}
+
+}  // namespace
+
+void exportRequest(const Request& request) {
+  exportPath("VELQ_RIG", request.rig);
+  exportPath("VELQ_STATE", request.state);
+  exportPath("VELQ_TRACE", request.trace);
+  exportText("VELQ_FAULTS", request.faults);
+}
+
+void launch(char** command) {
+  putLibrariesFirst();
+  putProgramsFirst();
+  execvp(*command, command);
+  throw Failure(errno == ENOENT ? NotFound : CannotRun, std::string(*command) + ": " + std::strerror(errno));
+}
+
+}  // namespace velq_sim

@@ -1,0 +1,51 @@
+// Runs a command on the simulator.
+#include <cstdio>
+
+#include "simulator/rig.h"
+#include "velq_sim/failure.h"
+#include "velq_sim/launch.h"
+#include "velq_sim/options.h"
+#include "velq_sim/reset.h"
+
+using namespace velq_sim;
+
+namespace {
+
+simulator::Rig readRig(const std::string& path) {
+  try {
+    return simulator::readRigFile(path);
+  } catch (const simulator::RigError& error) {
+    throw Failure(Failed, path + ": " + error.what());
+  }
+}
+
+void perform(const Request& request) {
+  if (request.help) {
+    printf("%s", helpText().c_str());
+  } else if (request.version) {
+    puts("velq-sim " VERSION);
+  } else if (!request.check.empty()) {
+    printf("%s: a good rig with %zu devices\n", request.check.c_str(), readRig(request.check).devices.size());
+  } else {
+    // Ahead of the command, which would go on without devices.
+    if (!request.rig.empty()) readRig(request.rig);
+    exportRequest(request);
+    if (request.reset) resetState();
+    if (*request.command != nullptr) launch(request.command);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    perform(parse(argv + (argc > 0 ? 1 : 0)));
+    return 0;
+  } catch (const Failure& failure) {
+    fprintf(stderr, "velq-sim: %s\n", failure.what());
+    return failure.status();
+  } catch (const std::exception& error) {
+    fprintf(stderr, "velq-sim: %s\n", error.what());
+    return Failed;
+  }
+}

@@ -1,0 +1,47 @@
+#include "velq_sim/reset.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <string_view>
+
+#include "simulator/environment.h"
+#include "velq_sim/failure.h"
+
+namespace velq_sim {
+
+namespace {
+
+// A mistyped --state must not cost a file of another kind. Only the beginning is looked at: a state that is damaged
+// further on is what a reset is for. A state that a command made and had nothing to keep in is empty.
+bool isState(const std::string& path) {
+  constexpr size_t IdOffset = 68;
+  char header[IdOffset + 4] = {};
+  std::ifstream file(path, std::ios::binary);
+  if (!file.is_open()) return false;
+  file.read(header, sizeof header);
+  if (file.gcount() == 0) return true;
+  return std::string_view(header).starts_with("SQLite format 3") && std::string_view(&header[IdOffset], 4) == "VELQ";
+}
+
+}  // namespace
+
+void resetState() {
+  const simulator::StateFile file(simulator::statePlaceFromEnvironment());
+  const std::string& path = file.path();
+  if (path.empty())
+    throw Failure(Failed, "--reset: neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where the state is");
+  try {
+    if (!file.exists()) return;
+  } catch (const simulator::StateError& error) {
+    throw Failure(Failed, path + ": " + error.what());
+  }
+  if (!isState(path)) throw Failure(Failed, path + ": is no state of the simulator, so it is not deleted");
+  if (unlink(path.c_str()) != 0) throw Failure(Failed, path + ": cannot be deleted: " + std::strerror(errno));
+  // What a killed command may have left. It must not meet the next state.
+  unlink((path + "-journal").c_str());
+}
+
+}  // namespace velq_sim
