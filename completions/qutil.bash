@@ -32,7 +32,7 @@ _qutil_unquote() {
   for ((i = 0; i < ${#word}; ++i)); do
     character=${word:i:1}
     if [[ $character == \\ && $quote != \' ]]; then
-      plain+=${word:++i:1}
+      plain+=${word: ++i:1}
     elif [[ $character == "$quote" ]]; then
       quote='' kept=$before
     elif [[ ! $quote && $character == [\'\"] ]]; then

@@ -40,7 +40,8 @@ function __velq_sim_command
         string match -qr -- '^--(rig|state)=' $own[$i]; and set -a __qutil_through $own[$i]
         contains -- $own[$i] --rig --state; and set -a __qutil_through $own[$i] $own[(math $i + 1)]
     end
-    complete -C (string join -- ' ' (string escape -- $command) (commandline -ct))
+    set -l line (string escape -- $command) (commandline -ct)
+    complete --do-complete="$line"
 end
 
 complete -c velq-sim -f

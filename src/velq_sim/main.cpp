@@ -25,7 +25,7 @@ void perform(const Request& request) {
   } else if (request.version) {
     puts("velq-sim " VERSION);
   } else if (!request.check.empty()) {
-    printf("%s: a good rig with %zu devices\n", request.check.c_str(), readRig(request.check).devices.size());
+    printf("%s: good, number of devices: %zu\n", request.check.c_str(), readRig(request.check).devices.size());
   } else {
     // Ahead of the command, which would go on without devices.
     if (!request.rig.empty()) readRig(request.rig);

@@ -1,0 +1,98 @@
+#!/usr/bin/zsh -f
+# Presses Tab in a real shell and looks at what qutil makes of the completed line: completion_test.zsh SHELL PREFIX RIG.
+# A case is what is typed and what then has to stand in qutil's output, of which only the telling lines are kept.
+zmodload zsh/zpty
+setopt no_unset
+
+shell=$1 prefix=$2
+folder=$(mktemp -d)
+trap 'zpty -d; rm -rf $folder' EXIT
+export VELQ_RIG=$3 VELQ_STATE=$folder/state LD_LIBRARY_PATH=$prefix/lib/velq-sim PATH=$prefix/bin:$PATH
+export HOME=$folder ZDOTDIR=$folder XDG_CONFIG_HOME=$folder XDG_DATA_DIRS=$prefix/share:/usr/share TERM=dumb LC_ALL=C.UTF-8
+cd $folder
+touch 'not firmware'
+
+mkdir fish
+print -r 'set fish_greeting; function fish_prompt; echo "<ready>"; end; set -g fish_autosuggestion_enabled 0' >fish/config.fish
+print -r 'source /usr/share/bash-completion/bash_completion; PS1="<ready>"; bind "set enable-bracketed-paste off"' >.bashrc
+print -r 'fpath=('$prefix'/share/zsh/vendor-completions $fpath); autoload -Uz compinit; compinit -D; PS1="<ready>"' >.zshrc
+zpty shell "stty cols 200; $shell -i"
+zpty -r shell seen '*<ready>*'
+
+failures=0
+fail() {
+  print -r -- "$shell: $1"
+  failures=$((failures + 1))
+}
+
+# Types $1 and what follows, and gathers what the shell writes until it has made the file "done", for at most five seconds.
+enter() {
+  local chunk i
+  screen=
+  rm -f out done
+  zpty -w -n shell "$1; : >done"$'\n'
+  for i in {1..100}; do
+    sleep 0.05
+    while zpty -r -t shell chunk; do screen+=$chunk; done
+    [[ -e done ]] && return
+  done
+}
+
+# Completes $1, runs it, and expects $2 of it.
+try() {
+  enter "$1"$'\t'"| grep -a '^Detail\|fused\|: This' >out"
+  local got=$(cat out 2>/dev/null)
+  [[ $got == "$2" ]] || fail "\"$1\" and Tab: expected \"$2\", got \"$got\" after \"$screen\""
+}
+
+# Lists what can follow $1, and expects all of the words $2... in it. The line itself is then no more than a comment.
+list() {
+  local begin=$1 word
+  if [[ $shell == fish ]]; then
+    screen=$(fish -c 'complete -C "$argv"' -- "$begin")
+  else
+    enter "$begin"$'\t\t\x15:'
+  fi
+  for word in "${@:2}"; do
+    print -r -- "${screen//\\/}" | grep -qP "(?<![^\s:])\Q$word\E(?!\S)" || fail "\"$begin\" and Tab: \"$word\" is not in \"$screen\""
+  done
+}
+
+detail='Detail information of device'
+quoted='It'\''s "quoted" `so` $HOME \ it'
+try 'qutil /dn:2' "$detail 29 (AnyXthingY)"
+try 'qutil /dd:Pl' "$detail 3 (Plain,BID#0)"
+try 'qutil /dd:Two' "$detail 4 (Two blanks here)"
+try 'qutil /dd:Two\ bl' "$detail 4 (Two blanks here)"
+try "qutil '/dd:Two bl" "$detail 4 (Two blanks here)"
+try 'qutil "/dd:Two bl' "$detail 4 (Two blanks here)"
+try 'qutil /dd:It' "$detail 7 ($quoted)"
+try "qutil '/dd:It" "$detail 7 ($quoted)"
+try 'qutil "/dd:It' "$detail 7 ($quoted)"
+try 'qutil /dd:AnyX' "$detail 29 (AnyXthingY)"
+try 'qutil /dd:Rack' "$detail 11 (Rack: 2=b@c)"
+try 'qutil /dd:Rack:\ 2=' "$detail 11 (Rack: 2=b@c)"
+try 'qutil "/dd:Rack: 2' "$detail 11 (Rack: 2=b@c)"
+try 'qutil /dd:Odd' "$detail 15 (Odd/dn:4)"
+try 'qutil /dd:\#' "$detail 16 (#hash ~tilde; a&b <c> !x)"
+if [[ $shell == fish ]]; then
+  # What does not begin with what is typed cannot be offered here, so a pattern's own character has to be typed as one.
+  try "qutil '/dd:Any\\\\x" "$detail 8 (Any*thing?)"
+  try "qutil '/dd:Rev \\\\(1\\\\." "$detail 12 (Rev (1.5) [a|b]{2}^+)"
+else
+  try 'qutil /dd:Any\*' "$detail 8 (Any*thing?)"
+  try 'qutil /dd:Rev\ \(1.' "$detail 12 (Rev (1.5) [a|b]{2}^+)"
+fi
+try 'qutil /dn:15 -det' "$detail 15 (Odd/dn:4)"
+try 'qutil /dn:15 -fwo:not' 'Error: This Firmware is not for the Device!'
+try 'qutil /dd:New -fusion Two' 'New fused devices:Two blanks here'
+try 'qutil /dd:Rev\ \(105\)\ -fusion Any*' ''
+print '{"devices": [{"number": 30, "description": "Only here"}]}' >'its own.json'
+try 'velq-sim --reset --rig its\ own.json qutil /dd:On' "$detail 30 (Only here)"
+try 'velq-sim --state=mine qutil /dn:2' "$detail 29 (AnyXthingY)"
+
+list 'qutil /dn:3 -' $(qutil '/?' | sed -n 's/^\(-[a-z.:]*\).*/\1/p')
+list 'qutil /' '/?' /dn: /dd:
+list 'qutil /dn:' 3 4 7 8 11 12 13 15 16 29
+list 'velq-sim --' $(velq-sim --help | sed -n 's/^  \(--[a-z]*\).*/\1/p')
+exit $((failures > 0))

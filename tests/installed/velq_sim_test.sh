@@ -1,0 +1,84 @@
+#!/bin/sh
+# Runs velq-sim from a tree: velq_sim_test.sh PREFIX, where PREFIX/bin holds it.
+set -u
+prefix=$1
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+cd "$folder" || exit 1
+export HOME="$folder" ASAN_OPTIONS=verify_asan_link_order=0
+unset VELQ_RIG VELQ_STATE VELQ_TRACE VELQ_FAULTS LD_LIBRARY_PATH LD_PRELOAD XDG_STATE_HOME
+failures=0
+
+# Runs velq-sim with the arguments behind the first two and expects its exit status, and a line that matches somewhere in its output. "-" stands
+# for no output at all.
+expect() {
+  status=$1 line=$2
+  shift 2
+  "$prefix/bin/velq-sim" "$@" >out 2>&1
+  got=$?
+  [ $got = "$status" ] && case $line in
+    -) [ ! -s out ] ;;
+    *) grep -qx -- "$line" out ;;
+  esac && return
+  echo "velq-sim $*: expected $status and \"$line\", got $got and:" && cat out
+  failures=$((failures + 1))
+}
+
+echo '{"devices": [{"number": 4, "description": "Board"}]}' >rig.json
+echo '{"devices": [{"number": 4}]}' >bad.json
+
+# Wrong usage
+expect 2 'velq-sim: no command is given; see velq-sim --help'
+expect 2 'velq-sim: no command is given; see velq-sim --help' --trace t --
+expect 2 'velq-sim: unknown option "--rigs"; see velq-sim --help' --rigs rig.json qutil
+expect 2 'velq-sim: --rig needs a value; see velq-sim --help' --rig
+expect 2 'velq-sim: --rig needs a value; see velq-sim --help' --rig= qutil
+expect 2 'velq-sim: --rig is given twice; see velq-sim --help' --rig a --rig=b qutil
+expect 2 'velq-sim: --reset is given twice; see velq-sim --help' --reset --reset
+expect 2 'velq-sim: --reset takes no value; see velq-sim --help' --reset=x
+expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json qutil
+expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json --reset
+
+# Rigs
+expect 0 'rig.json: good, number of devices: 1' --check rig.json
+expect 1 'velq-sim: bad.json: /devices/0: expected the key "description"' --check bad.json
+expect 1 'velq-sim: none.json: cannot be opened: No such file or directory' --rig none.json sh -c 'echo not reached'
+expect 0 '0,Board' --rig rig.json sh -c 'cd / && qutil'
+
+# The command, its exit status, and what it finds
+expect 0 'DLL version: 1.0-sim' qutil /dn:0
+expect 0 'DLL version: 1.0-sim' -- "$prefix/bin/qutil" /dn:0
+expect 7 - sh -c 'exit 7'
+expect 127 'velq-sim: no-such-command: No such file or directory' no-such-command
+expect 126 'velq-sim: ./rig.json: Permission denied' ./rig.json
+(PATH="/opt:$prefix/bin:$PATH" && expect 0 "$PATH" sh -c 'echo "$PATH"'; exit $failures) || failures=1
+(export LD_LIBRARY_PATH=/opt LD_PRELOAD=libm.so.6
+ expect 0 '/.*/velq-sim:/opt,libm.so.6' sh -c 'echo "$LD_LIBRARY_PATH,$LD_PRELOAD"'
+ expect 0 '/.*/velq-sim:/opt,libvelq-probe.so:libm.so.6' --trace t sh -c 'echo "$LD_LIBRARY_PATH,$LD_PRELOAD"'
+ exit $failures) || failures=1
+
+# The probe
+expect 2 'No Quellis device in system!(Errorlevel = 2)' --faults Array_getLength=0 qutil
+expect 0 '0,Board' --rig rig.json --trace trace sh -c 'cd / && qutil'
+grep -qx 'Array_getLength(Array#1) = 1' trace || { echo "no trace" && failures=1; }
+
+# The state
+expect 0 'Device description has changed from Board to New' --rig rig.json qutil /dn:4 -cd:New
+expect 0 '0,New' --rig rig.json qutil
+expect 0 - --rig rig.json --reset
+expect 0 - --rig rig.json --reset
+expect 0 'Device description has changed from QA-1808,BID#1 to Old' --state=mine qutil /dn:1 -cd:Old
+expect 0 '1,QA-1808,BID#1' --state mine --reset qutil
+expect 1 'velq-sim: .*/rig.json: is no state of the simulator, so it is not deleted' --state rig.json --reset
+ln -s rig.json link
+expect 1 'velq-sim: .*/link: is a symbolic link, which is not followed' --state link --reset
+(unset HOME; expect 1 'velq-sim: --reset: neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where the state is' --reset; exit $failures) || failures=1
+
+# Without the simulator a command must not meet the library of the system, and a folder's name may hold a blank.
+cp -r "$prefix" 'another folder'
+prefix="$folder/another folder"
+expect 0 '0,Board' --rig rig.json --trace 'a trace' qutil
+[ -s 'a trace' ] || { echo "no trace from a folder with a blank" && failures=1; }
+rm -r 'another folder'/lib*
+expect 1 "velq-sim: $prefix/.*/libvelq.so: No such file or directory" sh -c 'echo not reached'
+exit $((failures > 0))
