@@ -1,14 +1,14 @@
 #!/usr/bin/zsh -f
-# Presses Tab in a real shell and looks at what qutil makes of the completed line: completion_test.zsh SHELL PREFIX RIG.
-# A case is what is typed and what then has to stand in qutil's output, of which only the telling lines are kept.
+# Presses Tab in a real shell and looks at what qutil makes of the completed line: completion_test.zsh SHELL PREFIX, run
+# through velq-sim on rig.json. A case is what is typed and what then has to stand in qutil's output, of which only the telling lines are kept.
 zmodload zsh/zpty
 setopt no_unset
 
 shell=$1 prefix=$2
 folder=$(mktemp -d)
 trap 'zpty -d; rm -rf $folder' EXIT
-export VELQ_RIG=$3 VELQ_STATE=$folder/state LD_LIBRARY_PATH=$prefix/lib/velq-sim PATH=$prefix/bin:$PATH
-export HOME=$folder ZDOTDIR=$folder XDG_CONFIG_HOME=$folder XDG_DATA_DIRS=$prefix/share:/usr/share TERM=dumb LC_ALL=C.UTF-8
+export VELQ_STATE=$folder/state HOME=$folder ZDOTDIR=$folder
+export XDG_CONFIG_HOME=$folder XDG_DATA_DIRS=$prefix/share:/usr/share TERM=dumb LC_ALL=C.UTF-8
 cd $folder
 touch 'not firmware'
 
@@ -48,6 +48,7 @@ try() {
 # Lists what can follow $1, and expects all of the words $2... in it. The line itself is then no more than a comment.
 list() {
   local begin=$1 word
+  (( $# > 1 )) || fail "\"$begin\": nothing to look for"
   if [[ $shell == fish ]]; then
     screen=$(fish -c 'complete -C "$argv"' -- "$begin")
   else
@@ -91,8 +92,8 @@ print '{"devices": [{"number": 30, "description": "Only here"}]}' >'its own.json
 try 'velq-sim --reset --rig its\ own.json qutil /dd:On' "$detail 30 (Only here)"
 try 'velq-sim --state=mine qutil /dn:2' "$detail 29 (AnyXthingY)"
 
-list 'qutil /dn:3 -' $(qutil '/?' | sed -n 's/^\(-[a-z.:]*\).*/\1/p')
-list 'qutil /' '/?' /dn: /dd:
+list 'qutil /dn:3 -' $(qutil '/?' | grep -o '^-[a-z]*:\?[a-z.]*')
+list 'qutil /' '/?' $(qutil '/?' | grep -o '^/[a-z]*:')
 list 'qutil /dn:' 3 4 7 8 11 12 13 15 16 29
-list 'velq-sim --' $(velq-sim --help | sed -n 's/^  \(--[a-z]*\).*/\1/p')
+list 'velq-sim --' $(velq-sim --help | grep -o '^  --[a-z]*')
 exit $((failures > 0))

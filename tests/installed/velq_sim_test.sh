@@ -75,7 +75,8 @@ expect 1 'velq-sim: .*/link: is a symbolic link, which is not followed' --state 
 (unset HOME; expect 1 'velq-sim: --reset: neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where the state is' --reset; exit $failures) || failures=1
 
 # Without the simulator a command must not meet the library of the system, and a folder's name may hold a blank.
-cp -r "$prefix" 'another folder'
+mkdir 'another folder'
+cp -r "$prefix/bin" "$prefix"/lib*/ 'another folder'
 prefix="$folder/another folder"
 expect 0 '0,Board' --rig rig.json --trace 'a trace' qutil
 [ -s 'a trace' ] || { echo "no trace from a folder with a blank" && failures=1; }

@@ -1,0 +1,34 @@
+#!/bin/sh
+# Reads the manual pages as users and as their checkers do: manual_test.sh PREFIX. Every option that a program's own help shows has to stand in its
+# page, as a whole word.
+set -u
+prefix=$1
+failures=0
+
+fail() {
+  echo "$*"
+  failures=$((failures + 1))
+}
+
+# check PAGE OPTION...
+check() {
+  page=$prefix/share/man/man1/$1.gz
+  shift
+  [ $# -gt 0 ] || fail "$page: no options to look for"
+  problems=$(man --warnings -E UTF-8 -l "$page" 2>&1 >/dev/null)
+  [ -z "$problems" ] || fail "man: $problems"
+  problems=$(gzip -dc "$page" | mandoc -T lint)
+  [ -z "$problems" ] || fail "$page: $problems"
+  text=$(gzip -dc "$page" | mandoc -T ascii | sed 's/.\x08//g')
+  for option in "$@"; do
+    echo "$text" | grep -qP "(?<![\w:/.-])\Q$option\E(?![\w:])|(?<![\w:/.-])\Q$option\E(?<=:)" || fail "$page: $option is missing"
+  done
+}
+
+simulated() { "$prefix/bin/velq-sim" "$@"; }
+
+# shellcheck disable=SC2046
+check qutil.1 '/?' $(simulated qutil '/?' | grep -o '^[-/][a-z]*:\?[a-z.]*')
+# shellcheck disable=SC2046
+check velq-sim.1 $(simulated --help | grep -o '^  --[a-z]*')
+exit $((failures > 0))
