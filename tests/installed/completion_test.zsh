@@ -94,6 +94,6 @@ try 'velq-sim --state=mine qutil /dn:2' "$detail 29 (AnyXthingY)"
 
 list 'qutil /dn:3 -' $(qutil '/?' | grep -o '^-[a-z]*:\?[a-z.]*')
 list 'qutil /' '/?' $(qutil '/?' | grep -o '^/[a-z]*:')
-list 'qutil /dn:' 3 4 7 8 11 12 13 15 16 29
+list 'qutil /dn:' 3 4 7 8 10 11 12 13 15 16 29
 list 'velq-sim --' $(velq-sim --help | grep -o '^  --[a-z]*')
 exit $((failures > 0))

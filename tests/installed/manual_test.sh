@@ -1,6 +1,6 @@
 #!/bin/sh
-# Reads the manual pages as users and as their checkers do: manual_test.sh PREFIX. Every option that a program's own help shows has to stand in its
-# page, as a whole word.
+# Reads the manual pages as users and as their checkers do: manual_test.sh PREFIX. Every option that a program's own help shows has to have an
+# item in its page, as a whole word.
 set -u
 prefix=$1
 failures=0
@@ -21,7 +21,7 @@ check() {
   [ -z "$problems" ] || fail "$page: $problems"
   text=$(gzip -dc "$page" | mandoc -T ascii | sed 's/.\x08//g')
   for option in "$@"; do
-    echo "$text" | grep -qP "(?<![\w:/.-])\Q$option\E(?![\w:])|(?<![\w:/.-])\Q$option\E(?<=:)" || fail "$page: $option is missing"
+    echo "$text" | grep -qP "^ +\Q$option\E(?<=:|(?![\w:]))" || fail "$page: $option is missing"
   done
 }
 
