@@ -21,7 +21,7 @@ check() {
   [ -z "$problems" ] || fail "$page: $problems"
   text=$(gzip -dc "$page" | mandoc -T ascii | sed 's/.\x08//g')
   for option in "$@"; do
-    echo "$text" | grep -qP "^ +\Q$option\E(?<=:|(?![\w:]))" || fail "$page: $option is missing"
+    echo "$text" | grep -qP "^ +\Q$option\E(\b|\s|$)" || fail "$page: $option is missing"
   done
 }
 
