@@ -81,8 +81,7 @@ _qutil() {
   case $cword:$plain in
     1:/dn:*) for word in $(_qutil_numbers); do _qutil_offer "/dn:$word"; done ;;
     1:/dd:*)
-      word=_qutil_patterns
-      [[ ${words[2]-} == -fusion ]] && word=cat
+      if [[ ${words[2]-} == -fusion ]]; then word=cat; else word=_qutil_patterns; fi
       _qutil_offer_devices /dd: $word
       ;;
     1:*) for word in '/?' /dn: /dd: -detail; do _qutil_offer "$word"; done ;;
