@@ -25,13 +25,13 @@ fail() {
   failures=$((failures + 1))
 }
 
-# Types $1 and what follows, and gathers what the shell writes until it has made the file "done", for at most five seconds.
+# Types $1 and what follows, and gathers what the shell writes until it has made the file "done", for at most 20 seconds.
 enter() {
   local chunk i
   screen=
   rm -f out done
   zpty -w -n shell "$1; : >done"$'\n'
-  for i in {1..100}; do
+  for i in {1..400}; do
     sleep 0.05
     while zpty -r -t shell chunk; do screen+=$chunk; done
     [[ -e done ]] && return
@@ -45,7 +45,7 @@ try() {
   [[ $got == "$2" ]] || fail "\"$1\" and Tab: expected \"$2\", got \"$got\" after \"$screen\""
 }
 
-# Lists what can follow $1, and expects all of the words $2... in it. The line itself is then no more than a comment.
+# Lists what can follow $1, and expects all of the words $2... in it. The line is then wiped out.
 list() {
   local begin=$1 word
   (( $# > 1 )) || fail "\"$begin\": nothing to look for"
