@@ -179,6 +179,7 @@ Outcome ToolTest::runWith(const Command& command) const {
   (command.keys.empty() ? runOnPipes : runOnTerminal)(command, environmentOf(command), outcome);
   std::ifstream trace(path("trace"));
   for (std::string line; std::getline(trace, line);) outcome.trace.push_back(line);
+  EXPECT_EQ(outcome.calls({"unflushed"}), "");
   EXPECT_EQ(!outcome.errors.empty(), command.expectsErrors) << "standard error: " << outcome.errors;
   return outcome;
 }

@@ -90,5 +90,6 @@ constexpr LibraryTable Tables = {.functions = &Functions, .objects = &Objects};
 
 const LibraryTable* CvxQuellisLibInitialize() {
   std::wmemset(longText, L'y', std::size(longText) - 1);
+  std::wmemcpy(longText, L"AI", 2);
   return &Tables;
 }

@@ -79,6 +79,8 @@ TEST_F(LibraryTest, HostileAnswersLeaveTheToolWhole) {
     }
   }
   environment["HOSTILE"] = "rude";
+  EXPECT_TRUE(runWith({.arguments = {"/dn:0", "-cali:ai.reverse"}, .library = HOSTILE_LIBRARY_DIR})
+                  .output.starts_with("Revise AI module adjusting code of device 0(" + std::string(63, 'x') + ") "));
   EXPECT_EQ(runWith({.arguments = {"/dn:0", "-cd:*"}, .library = HOSTILE_LIBRARY_DIR}).output,
             "Change device description start!\nDevice description has changed from " + std::string(63, 'x') + " to " +
                 std::string(63, 'x') + "\n");

@@ -1,16 +1,53 @@
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <stdio_ext.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 
-// Appends "sleep(N)" to the trace, where it stands between the calls that it waited between, and the moment's standard
-// output length is left to the kernel: what was not flushed before is not there yet.
-extern "C" __attribute__((visibility("default"))) unsigned sleep(unsigned seconds) {
+// Stands before the tool's waits. A sleep is recorded in the trace, where it then stands between the calls that it
+// waited between, and returns at once. Every wait with output still in the buffer, which an operator could not read, is
+// recorded as such; the harness fails the test then.
+
+namespace {
+
+void record(const char* format, size_t value) {
   const char* const path = std::getenv("VELQ_TRACE");
-  if (path == nullptr) return 0;
+  if (path == nullptr) return;
   const int trace = open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
-  dprintf(trace, "sleep(%u)\n", seconds);
+  dprintf(trace, format, value);
   close(trace);
+}
+
+void checkFlushed() {
+  const size_t pending = __fpending(stdout);
+  if (pending > 0) record("unflushed: %zu bytes\n", pending);
+}
+
+template <typename Function>
+Function* next(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" {
+
+__attribute__((visibility("default"))) unsigned sleep(unsigned seconds) {
+  checkFlushed();
+  record("sleep(%zu)\n", seconds);
   return 0;
+}
+
+__attribute__((visibility("default"))) int tcgetattr(int terminal, termios* settings) noexcept {
+  checkFlushed();
+  return next<decltype(tcgetattr)>("tcgetattr")(terminal, settings);
+}
+
+__attribute__((visibility("default"))) int getc(FILE* stream) {
+  checkFlushed();
+  return next<decltype(getc)>("getc")(stream);
+}
 }
