@@ -1,5 +1,5 @@
-// A whole device library: one board, always there, that can be looked at and never changed. Copy this file to start a
-// library of your own.
+// A whole device library: one board, always there, that can be looked at and never changed, without firmware or
+// calibration. Copy this file to start a library of your own.
 #include <velq/library.h>
 
 #include <cwchar>
@@ -18,7 +18,7 @@ InstalledDeviceNode board = {.Private = {}, .Description = L"Minimal board"};
 uint64_t baseAddresses[] = {0xd000};
 
 // Handles are addresses that only this file understands. Of one board without state one object of each kind is enough.
-char deviceObject, controlObject, installedArray, addressArray;
+char deviceObject, installedArray, addressArray;
 
 template <typename Handle>
 Handle* handleTo(char& object) {
@@ -73,15 +73,6 @@ constexpr ObjectTable makeObjects() {
     return fill(L"1.0-min", capacity, text);
   };
   table.DeviceCtrl_getBaseAddresses = [](DeviceCtrl*) { return handleTo<Array>(addressArray); };
-  table.DaqCtrlBase_Create = [](Scenario) { return handleTo<DaqCtrlBase>(controlObject); };
-  table.DaqCtrlBase_setSelectedDevice = [](DaqCtrlBase*, const DeviceInformation* device) {
-    return names(device->DeviceNumber, device->Description) ? Success : NotSupported;
-  };
-  table.DaqCtrlBase_getSelectedDevice = [](DaqCtrlBase*, DeviceInformation* device) {
-    device->DeviceNumber = BoardNumber;
-    return fill(board.Description, 64, device->Description);
-  };
-  table.DaqCtrlBase_getDevice = [](DaqCtrlBase*) { return handleTo<DeviceCtrl>(deviceObject); };
   table.Array_getLength = [](Array*) { return 1; };
   table.Array_getItem = [](Array* array, int32_t index) -> void* {
     if (index != 0) return nullptr;

@@ -1,0 +1,65 @@
+// Ways to the devices of the library under test, and texts that name what was found there.
+#pragma once
+
+#include <velq/velq.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "compliance/findings.h"
+
+namespace compliance {
+
+using namespace Automation::Velq;
+
+/// Far from every number and description that a library may give a device.
+inline constexpr int32_t UnknownNumber = INT32_MAX;
+inline constexpr const wchar_t* UnknownDescription = L"velq-compliance: no such device";
+
+/// More characters than any text that a library fills.
+inline constexpr int32_t LargeCapacity = 4096;
+
+struct Disposer {
+  void operator()(DeviceCtrl* device) const { DeviceCtrl_dispose(device); }
+  void operator()(DaqCtrlBase* control) const { DaqCtrlBase_dispose(control); }
+};
+
+/// Null, or a device or control that is disposed of at the end of its life.
+using OpenDevice = std::unique_ptr<DeviceCtrl, Disposer>;
+using OpenControl = std::unique_ptr<DaqCtrlBase, Disposer>;
+
+OpenDevice openDevice(int32_t number, const wchar_t* description);
+inline OpenDevice openDevice(const std::wstring& description) { return openDevice(-1, description.c_str()); }
+
+/// A control of the scenario's kind, bound to the device; null when the library refuses either.
+OpenControl openControl(Scenario scenario, DeviceCtrl* device);
+
+/// The descriptions in the list of installed devices, up to the first node that is null; empty without a list.
+std::vector<std::wstring> listedDescriptions();
+
+/// The description as the device tells it, empty when it tells none.
+std::wstring descriptionOf(DeviceCtrl* device);
+
+/// The elements of an array up to its length or the first null; none of a null array.
+std::vector<void*> elementsOf(Array* array);
+
+/// Opens every listed device by its description and hands it over with words for where it is. One that does not open,
+/// and an empty list, is a finding.
+void forEachDevice(Findings& findings, const std::function<void(DeviceCtrl* device, const std::string& where)>& visit);
+
+/// The children of a fusion device; empty when it has none or tells of none.
+std::vector<int32_t> childrenOf(int32_t fusionNumber);
+
+/// "0xe0000001"
+std::string show(ErrorCode status);
+
+/// In double quotes, what is not printable ASCII as \x{..}; "null" for null.
+std::string show(const wchar_t* text);
+
+/// "device "Description""
+std::string placeOf(std::wstring_view description);
+
+}  // namespace compliance
