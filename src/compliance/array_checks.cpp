@@ -28,8 +28,7 @@ void checkInstalledDevices(const Bench&, Findings& findings) {
   if (!expectStable(devices, findings, where)) return;
   const std::vector<void*> nodes = elementsOf(devices);
   const std::vector<std::wstring> descriptions = listedDescriptions();
-  // Opens, reads and closes every device, and asks for more lists.
-  takeSnapshot();
+  forEachDevice(findings, [](DeviceCtrl* device, const std::string&) { descriptionOf(device); });
   findings.expect(elementsOf(devices) == nodes, "other addresses after other calls", where);
   findings.expect(listedDescriptions() == descriptions, "other descriptions after other calls", where);
 }

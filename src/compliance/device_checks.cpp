@@ -41,8 +41,9 @@ void checkOpenByNumber(const Bench&, Findings& findings) {
       const std::string call = asked + " with description " + show(description);
       const OpenDevice opened = openDevice(number, description);
       if (!findings.expect(opened != nullptr, call + " does not open it", where)) continue;
-      const int32_t answer = DeviceCtrl_getDeviceNumber(opened.get());
-      findings.expect(answer == number, call + " opens number " + std::to_string(answer), where);
+      const std::wstring answer = descriptionOf(opened.get());
+      findings.expect(DeviceCtrl_getDeviceNumber(opened.get()) == number && placeOf(answer) == where,
+                      call + " opens " + show(answer.c_str()), where);
     }
   });
 }

@@ -45,10 +45,10 @@ struct Answer {
 void checkAnswer(const Answer& answer, const Answer& whole, Findings& findings, const std::string& where) {
   if (!findings.expect(answer.isWithinCapacity(), "writes outside of the buffer", where)) return;
   const std::string status = "status " + show(answer.status);
-  if (failed(whole.status)) {
-    findings.expect(failed(answer.status), status + ", but a failure at capacity " + std::to_string(whole.room), where);
+  if (!findings.expect(failed(answer.status) == failed(whole.status),
+                       status + ", but " + show(whole.status) + " at capacity " + std::to_string(whole.room), where))
     return;
-  }
+  if (failed(answer.status)) return;
   if (!findings.expect(answer.isTerminated, "no terminator, " + status, where)) return;
   if (whole.text.size() < answer.room) {
     findings.expect(answer.status == Success, status + " for a text that fits", where);
