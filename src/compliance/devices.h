@@ -20,7 +20,7 @@ inline constexpr int32_t UnknownNumber = INT32_MAX;
 inline constexpr const wchar_t* UnknownDescription = L"velq-compliance: no such device";
 
 /// More characters than any text that a library fills.
-inline constexpr int32_t LargeCapacity = 4096;
+inline constexpr int32_t LargeCapacity = 1024;
 
 struct Disposer {
   void operator()(DeviceCtrl* device) const { DeviceCtrl_dispose(device); }

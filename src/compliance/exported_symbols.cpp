@@ -5,8 +5,9 @@
 
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace compliance {
 
@@ -20,9 +21,11 @@ using Symbol = ElfW(Sym);
 class Image {
  public:
   explicit Image(const std::string& path) : path_(path) {
-    std::ifstream file(path, std::ios::binary);
+    const std::ifstream file(path, std::ios::binary);
     if (!file) throw std::runtime_error(path + ": cannot be read");
-    bytes_.assign(std::istreambuf_iterator<char>(file), {});
+    std::ostringstream bytes;
+    bytes << file.rdbuf();
+    bytes_ = std::move(bytes).str();
   }
 
   template <typename Record>

@@ -8,7 +8,10 @@ namespace compliance {
 class Findings {
  public:
   /// Notes that `what` was found at `where` unless the promise holds. Returns `holds`.
-  bool expect(bool holds, const std::string& what, const std::string& where);
+  bool expect(bool holds, const std::string& what, const std::string& where) {
+    if (!holds) note(what, where);
+    return holds;
+  }
 
   bool isEmpty() const { return count_ == 0; }
 
@@ -16,6 +19,8 @@ class Findings {
   std::string summary() const;
 
  private:
+  void note(const std::string& what, const std::string& where);
+
   std::string first_;
   size_t count_ = 0;
 };

@@ -1,5 +1,4 @@
 // What firmware and calibration controls tell of a device. Nothing is loaded, started or restored here.
-#include <cwchar>
 #include <string>
 
 #include "compliance/array_checks.h"
@@ -16,11 +15,9 @@ constexpr const wchar_t* MissingFile = L"/nonexistent/velq-compliance.dfu";
 template <typename Object>
 void expectText(const wchar_t* (*getter)(Object*), Object* object, const char* what, Findings& findings,
                 const std::string& where) {
-  const wchar_t* const first = getter(object);
-  if (!findings.expect(first != nullptr, std::string(what) + " is null", where)) return;
-  const wchar_t* const again = getter(object);
-  findings.expect(again != nullptr && std::wcscmp(first, again) == 0,
-                  std::string(what) + " is another when asked for again", where);
+  const std::string text = show(getter(object));
+  findings.expect(text != "null", std::string(what) + " is null", where);
+  findings.expect(show(getter(object)) == text, std::string(what) + " is another when asked for again", where);
 }
 
 template <typename Object, typename Visit>
