@@ -31,19 +31,22 @@ def fuzz(options):
 
 def valgrind(options):
     subprocess.run([options.root / "script" / "setup", "check"], check=True)
+    subprocess.run(["cmake", "--preset", "dev", "-DQUTIL_TESTS=ON"], cwd=options.root, check=True, capture_output=True)
     tests = build(options.root, "dev") / "tests"
     with tempfile.TemporaryDirectory(prefix="qutil-valgrind-") as logs:
-        wrapper = [shutil.which("valgrind"), f"--log-file={logs}/%p", "--error-exitcode=99"]
+        suppressed = options.root / "tests" / "torture" / "valgrind.supp"
+        wrapper = [shutil.which("valgrind"), f"--suppressions={suppressed}", f"--log-file={logs}/%p", "--error-exitcode=99"]
         shards = os.cpu_count()
         environment = {**os.environ, "QUTIL_TEST_WRAPPER": " ".join(wrapper), "GTEST_TOTAL_SHARDS": str(shards)}
-        runs = [subprocess.Popen([tests / "tool_test", "--gtest_brief=1"], env={**environment, "GTEST_SHARD_INDEX": str(i)}) for i in range(shards)]
-        runs.append(subprocess.Popen([*wrapper, tests / "unit_test", "--gtest_brief=1"]))
-        if any([run.wait() for run in runs]):
-            raise Fault("tests failed")
+        runs = [subprocess.Popen([*wrapper, tests / "unit_test", "--gtest_brief=1"])]
+        for shard in range(shards):
+            command = [tests / "tool_test", "--gtest_brief=1"]
+            runs.append(subprocess.Popen(command, env={**environment, "GTEST_SHARD_INDEX": str(shard)}))
+        passed = not any([run.wait() for run in runs])
         texts = [open(entry, errors="replace").read() for entry in os.scandir(logs)]
     ended = [text for text in texts if "ERROR SUMMARY" in text]
     bad = [text for text in ended if "ERROR SUMMARY: 0 errors" not in text]
-    if bad or not ended:
+    if bad or not passed:
         raise Fault(f"{len(bad)} of {len(ended)} processes with errors\n" + "".join(bad[:1]))
     yield f"{len(ended)} processes without an error, {len(texts) - len(ended)} killed by their test"
 
