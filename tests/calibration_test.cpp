@@ -86,10 +86,12 @@ TEST_F(CalibrationTest, Failures) {
   struct Case {
     std::string faults;
     std::string output;
-    std::string sleeps;
+    std::string calls;  ///< sleeps and updates; the second answer is the end of the first line
   };
   const std::string rest = SecondSection + "Solution 2 Completed!\n" + Question + LastSolution + AnyKey +
                            "Solution 1 Completed!\n" + Question;
+  const std::string update = "CalibrationSolution_updateAsCurrent(CalibrationSolution#2) = ";
+  const std::string polls = "sleep(200)\nsleep(200)\nsleep(200)\nsleep(200)\n";
   const Case cases[] = {
       {"CalibrationCtrl_getSolutions=null", "", ""},
       {"Array_getLength=0", "", ""},
@@ -98,19 +100,22 @@ TEST_F(CalibrationTest, Failures) {
        std::string(Unsupported) +
            "Solution 1 description:Inputs\nSolution 1 instrution:Warm up\nSolution 0 Completed!\n" + Question +
            LastSolution + AnyKey + "Solution 1 Completed!\n" + Question,
-       "sleep(1000)\n"},
+       update + "0xe0000005\nsleep(1000)\n"},
       {"CalibrationSection_getItems=null", Unsupported + FirstSection + rest,
-       "sleep(1000)\nsleep(1000)\nsleep(1000)\n"},
+       "sleep(1000)\nsleep(1000)\n" + update + "0xe0000005\nsleep(1000)\n"},
       {"CalibrationSection_start=0xC0000000; CalibrationItem_getState#1=7; CalibrationItem_getState#2=0",
        Unsupported + FirstSection + "Off,code                " + Back + "0X00000000\nGain,code                " + Back +
            "0X00000000\n,OK  \n" + rest,
-       "sleep(1000)\nsleep(200)\nsleep(200)\nsleep(1000)\nsleep(1000)\n"},
+       "sleep(1000)\nsleep(200)\nsleep(200)\nsleep(1000)\n" + update + "0xe0000005\nsleep(1000)\n"},
+      {"CalibrationSolution_updateAsCurrent#1=0xC0000000", Unsupported + FirstSection + Codes + rest,
+       "sleep(1000)\n" + polls + "sleep(1000)\n" + update + "0xc0000000 (injected)\nsleep(1000)\n"},
   };
   for (const Case& test : cases) {
     SCOPED_TRACE(test.faults);
-    const Outcome outcome = runWith({.arguments = {"/dn:0", "-cali:ai.auto"}, .faults = test.faults});
+    const Outcome outcome =
+        runWith({.arguments = {"/dn:0", "-cali:ai.auto"}, .faults = test.faults, .input = "y\ny\n"});
     EXPECT_EQ(outcome.output, test.output);
-    EXPECT_EQ(outcome.calls({"sleep"}), test.sleeps);
+    EXPECT_EQ(outcome.calls({"sleep", "CalibrationSolution_update"}), test.calls);
     EXPECT_EQ(outcome.unreleased("DaqCtrlBase"), "DaqCtrlBase#1");
   }
   for (const char* fault : {"CalibrationSolution_getName#2=null", "CalibrationItem_getName#1=null"})

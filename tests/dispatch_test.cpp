@@ -59,6 +59,9 @@ TEST_F(DispatchTest, EveryRow) {
       {{"/dn:000", "-fw-cd:N"},
        "Change device description start!",
        bind + "Create getDescription setDescription dispose dispose"},
+      {{"/dn:0", "-cali:ai.auto-fwo:f", "1"}, "Start Firmware Download!", bind + "getFirmwares dispose"},
+      {{"/dn:0", "-fwx-cali:ai.auto"}, "", bind + "dispose"},
+      {{"/dn:0", "-fwx-cali:ao.reverse"}, "", bind + "dispose"},
       {{"/dn:000", "-cali:ai.auto-cd:N"}, "Failed to change Description of device 0!", "Create getDeviceNumber"},
       {{"/dn:0", "-cali:ai.auto-ci:1"}, "You should input a digit after ci:", ""},
       {{"/dn:0", "-ci:3-cd:"}, "Failed to change Description of device 0!", "Create getDeviceNumber"},
@@ -113,6 +116,7 @@ TEST_F(DispatchTest, Preparations) {
   const Case cases[] = {
       {{"/dn:9", "-fw"}, "", "N/A,Both is a SW device.\n", ", DaqCtrlBase#1", "DeviceCtrl_dispose"},
       {{"/dn:0", "-fw"}, "CvxIsFusionDevice=0; DeviceCtrl_Create=null", "", ", DaqCtrlBase#1", "DeviceCtrl_Create"},
+      {{"/dn:9", "-fwx"}, "CvxIsFusionDevice=0xA000000D", Insufficient, ", DaqCtrlBase#1", "DaqCtrlBase_dispose"},
       {{"/dn:0", "-fw"}, "DaqCtrlBase_Create#2=null", "", ", DaqCtrlBase#1", "DaqCtrlBase_Create"},
       {{"/dn:0", "-fw"},
        "DaqCtrlBase_setSelectedDevice=0xC0000000",
@@ -131,6 +135,7 @@ TEST_F(DispatchTest, Preparations) {
        "Failed to execute,Both is a SW device.(ErrorLevel = 3)\n",
        ", DaqCtrlBase#1",
        "CvxIsFusionDevice(9)"},
+      {{"/dn:9", "-cali:ai.auto"}, "CvxIsFusionDevice=0xA000000D", "", ", DaqCtrlBase#1", "DaqCtrlBase_dispose"},
       {{"/dn:0", "-cali:ao.reverse"}, "DaqCtrlBase_Create#2=null", "", ", DaqCtrlBase#1", "DaqCtrlBase_Create"},
       {{"/dn:0", "-cali:ai.reverse"},
        "DaqCtrlBase_setSelectedDevice=0xC0000000",
@@ -153,6 +158,11 @@ TEST_F(DispatchTest, Preparations) {
        ", DaqCtrlBase#1",
        "DeviceCtrl_Create(8, \"\", 0) = null"},
       {{"/dn:0", "-defusion"}, "", "Full is not a fusion device.\n", ", DaqCtrlBase#1", "CvxIsFusionDevice(0)"},
+      {{"/dn:9", "-defusion"},
+       "CvxIsFusionDevice=0xA000000D; DeviceCtrl_getDescription=0xC0000000",
+       " is not a fusion device.\n",
+       ", DaqCtrlBase#1",
+       "CvxIsFusionDevice(9)"},
       {{"/dn:9", "-defusion"},
        "CvxFusionDeviceGetChildren=0xA000000D",
        "",
@@ -182,6 +192,9 @@ TEST_F(DispatchTest, BindingFillsTheRecordOfADeviceChosenByDescription) {
   EXPECT_EQ(run({"/dd:Full", "-fw"}).output.substr(77),
             "Query firmware information Start!\nFirmware information in device:0(Full)\nChip:0\nDescription:Chip\n"
             "version:1.00\n");
+  EXPECT_NE(runWith({.arguments = {"/dd:Full", "-fw"}, .faults = "DaqCtrlBase_getSelectedDevice=0xC0000000"})
+                .output.find("Firmware information in device:-1(Full)\n"),
+            std::string::npos);
   EXPECT_EQ(run({"/dd:Both", "-defusion"}).calls({"CvxIsFusion"}), "CvxIsFusionDevice(9) = 0x00000000\n");
 }
 

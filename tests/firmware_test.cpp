@@ -12,7 +12,7 @@ class FirmwareTest : public ToolTest {
  protected:
   FirmwareTest() {
     useRig(R"({"devices": [{"number": 4, "description": "Dev", "product_id": "0x1216", "firmware": [
-      {"description": "A", "version": "0x0110", "notice": "Wait.", "progress": [0, 5, 0, -7, 60, 100]},
+      {"description": "A", "version": "0x0110", "notice": "Wait.", "progress": [0, 5, 0, -7, 99, 100]},
       {"description": "B", "version": "0x0110", "notice": "Lock.", "password": "key", "progress": [-101, 250]}]}]})");
     newer = firmware("newer", "0x1216", "0x0111");
   }
@@ -33,18 +33,23 @@ std::string overwrite(int chip, const std::string& notice) {
 TEST_F(FirmwareTest, Report) {
   const std::string first = "Firmware information in device:4(Dev)\nChip:0\nDescription:A\nversion:1.10\n";
   const std::string second = "Firmware information in device:4(Dev)\nChip:1\nDescription:B\nversion:1.10\n";
-  const std::pair<const char*, std::string> cases[] = {
-      {"", first + second},
-      {"FirmwareCtrls_getFirmwares=null", ""},
-      {"Array_getLength=0", ""},
-      {"Array_getLength=-2", ""},
-      {"DaqCtrlBase_getDevice=null", ""},
-      {"DeviceCtrl_getDescription#2=0xC0000000", first},
-      {"DeviceCtrl_getDescription#2=0xBFFFFFFF",
-       first + "Firmware information in device:4()\nChip:1\nDescription:B\nversion:1.10\n"}};
-  for (const auto& [faults, lines] : cases) {
+  struct Case {
+    std::string faults, lines;
+    int questions;  ///< asked of chips and devices
+  };
+  const Case cases[] = {{"", first + second, 6},
+                        {"FirmwareCtrls_getFirmwares=null", "", 0},
+                        {"Array_getLength=0", "", 0},
+                        {"Array_getLength=-2", "", 0},
+                        {"DaqCtrlBase_getDevice=null", "", 2},
+                        {"DeviceCtrl_getDescription#1=0xC0000000", "", 3},
+                        {"DeviceCtrl_getDescription#2=0xBFFFFFFF",
+                         first + "Firmware information in device:4()\nChip:1\nDescription:B\nversion:1.10\n", 6}};
+  for (const auto& [faults, lines, questions] : cases) {
     const Outcome outcome = runWith({.arguments = {"/dn:4", "-fw"}, .faults = faults});
     EXPECT_EQ(outcome.output, "Query firmware information Start!\n" + lines) << faults;
+    const std::string asked = outcome.calls({"FirmwareItem", "DeviceCtrl"});
+    EXPECT_EQ(std::count(asked.begin(), asked.end(), '\n'), questions) << asked;
     EXPECT_EQ(outcome.unreleased("DaqCtrlBase") + outcome.unreleased("DeviceCtrl"), "DaqCtrlBase#1");
   }
 }
@@ -52,7 +57,7 @@ TEST_F(FirmwareTest, Report) {
 TEST_F(FirmwareTest, OverwriteFollowsProgressToTheEnd) {
   const Outcome outcome = run({"/dn:4", "-fwo:" + newer});
   EXPECT_EQ(outcome.output,
-            Start + overwrite(0, "Wait.") + "Progressing:    \b\b\b\b  5%\b\b\b\b 60%\b\b\b\b100%" + Finish);
+            Start + overwrite(0, "Wait.") + "Progressing:    \b\b\b\b  5%\b\b\b\b 99%\b\b\b\b100%" + Finish);
   EXPECT_EQ(outcome.calls({"FirmwareItem", "sleep"}),
             "FirmwareItem_getVersion(FirmwareItem#1) = \"1.10\"\n"
             "FirmwareItem_loadFile(FirmwareItem#1, \"" +
@@ -65,7 +70,7 @@ TEST_F(FirmwareTest, OverwriteFollowsProgressToTheEnd) {
                 "sleep(500)\nFirmwareItem_getProgress(FirmwareItem#1) = 5\n"
                 "sleep(500)\nFirmwareItem_getProgress(FirmwareItem#1) = 0\n"
                 "sleep(500)\nFirmwareItem_getProgress(FirmwareItem#1) = -7\n"
-                "sleep(500)\nFirmwareItem_getProgress(FirmwareItem#1) = 60\n"
+                "sleep(500)\nFirmwareItem_getProgress(FirmwareItem#1) = 99\n"
                 "sleep(500)\nFirmwareItem_getProgress(FirmwareItem#1) = 100\n");
   EXPECT_NE(run({"/dn:4", "-fw"}).output.find("Description:A\nversion:1.11\n"), std::string::npos);
   EXPECT_EQ(run({"/dn:4", "-fwo:" + newer, "001", "key"}).output,
@@ -111,6 +116,7 @@ TEST_F(FirmwareTest, Failures) {
        "",
        std::string(Start) + "Error: This Firmware is not for the Device!\n" + Failed,
        "FirmwareItem_loadFile"},
+      {{option}, "FirmwareItem_confirmNotice=0xC0000000", shown, "FirmwareItem_start"},
       {{option, "1", "wrong"}, "", Start + overwrite(1, "Lock."), "FirmwareItem_start"},
       {{option}, "FirmwareItem_getProgress=-1002", shown + "Device is busy! Can't run firmware download!\n", progress},
       {{option},

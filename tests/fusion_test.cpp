@@ -87,6 +87,13 @@ TEST_F(FusionTest, LookupTakesFourBytesForACharacter) {
             "DeviceCtrl_Create(-1, \"\\x{44434241}\\x{48474645}\", 0) = null\n");
   EXPECT_EQ(run({"/dd:", "-fusion", "Board B"}).calls({"DeviceCtrl_Create(-1, \"\""}),
             "DeviceCtrl_Create(-1, \"\", 0) = null\n");
+  // One byte makes one character, so a device with a name of one letter is found.
+  run({"/dn:256", "-cd:X"});
+  const Outcome extended = run({"/dd:X", "-fusion", "Board C"});
+  EXPECT_TRUE(
+      extended.output.ends_with("Merge Board C  to fusion device X successfully.\nX fused devices:Board A Board C\n"))
+      << extended.output;
+  EXPECT_EQ(extended.trace.back(), "DeviceCtrl_dispose(DeviceCtrl#1)");
 }
 
 TEST_F(FusionTest, QueryAndMergeFailures) {
@@ -96,40 +103,66 @@ TEST_F(FusionTest, QueryAndMergeFailures) {
     std::string faults;
     std::string output;
     std::string unreleased;
+    std::string lastCall;
   };
   const std::string merged = "Merge Board C  to fusion device Rig successfully.\n";
+  const std::string notMerged = "Specified devices can not be merged!(ErroeLevel = 3)\n";
   const Case cases[] = {
-      {{"/dn:1", "-fusion"}, "", "Board B is not a fusion device.\n", ""},
-      {{"/dn:256", "-fusion"}, "DeviceCtrl_Create=null", "devCtrl is null.\n", ""},
+      {{"/dn:1", "-fusion"}, "", "Board B is not a fusion device.\n", "", "DeviceCtrl_dispose"},
+      {{"/dn:256", "-fusion"},
+       "CvxIsFusionDevice=0xA000000D",
+       "Rig is not a fusion device.\n",
+       "",
+       "DeviceCtrl_dispose"},
+      {{"/dn:256", "-fusion"}, "DeviceCtrl_Create=null", "devCtrl is null.\n", "", "DeviceCtrl_Create"},
       {{"/dn:256", "-fusion"},
        "CvxFusionDeviceGetChildren=0xA000000D",
        "QueryFusionDevInfo CvxFusionDeviceGetChildren failed!",
-       ""},
-      {{"/dn:256", "-fusion"}, "DeviceCtrl_Create#2=null", "Rig fused devices:Board B\n", "DeviceCtrl#2"},
-      {{"/dn:256", "-fusion"}, "DeviceCtrl_Create#2-3=null", "Rig fused devices:\n", ""},
+       "",
+       "CvxFusionDeviceGetChildren"},
+      {{"/dn:256", "-fusion"},
+       "DeviceCtrl_Create#2=null",
+       "Rig fused devices:Board B\n",
+       "DeviceCtrl#2",
+       "DeviceCtrl_getDescription"},
+      {{"/dn:256", "-fusion"}, "DeviceCtrl_Create#2-3=null", "Rig fused devices:\n", "", "DeviceCtrl_Create(1,"},
+      {{"/dn:256", "-fusion"},
+       "DeviceCtrl_getDescription=0xC0000000",
+       " fused devices:\n",
+       "DeviceCtrl#2 DeviceCtrl#3",
+       "DeviceCtrl_getDescription(DeviceCtrl#3"},
       {{"/dn:256", "-fusion", "Board C"},
        "CvxFusionDeviceCheckChildren=1",
-       "Specified devices can not be merged!(ErroeLevel = 3)\n",
-       "DeviceCtrl#2"},
-      {{"/dn:256", "-fusion", "Gone", "Board C"}, "", "Specified devices can not be merged!(ErroeLevel = 3)\n", ""},
+       notMerged,
+       "DeviceCtrl#2",
+       "CvxFusionDeviceCheckChildren"},
+      {{"/dn:256", "-fusion", "Gone", "Board C"}, "", notMerged, "", "CvxFusionDeviceCheckChildren(256, 2, [-1, -1])"},
       {{"/dn:256", "-fusion", "Board C"},
        "CvxFusionDeviceAddChildren=0xA000000D",
        "CvxFusionDeviceAddChildren failed!\n",
-       "DeviceCtrl#2"},
+       "DeviceCtrl#2",
+       "CvxFusionDeviceAddChildren"},
       {{"/dn:256", "-fusion", "Board C"},
        "CvxFusionDeviceAddChildren=0; CvxFusionDeviceGetChildren=1",
        "CvxFusionDeviceGetChildren failed!\n",
-       "DeviceCtrl#2"},
+       "DeviceCtrl#2",
+       "CvxFusionDeviceGetChildren"},
       {{"/dn:256", "-fusion", "Board C"},
        "CvxFusionDeviceAddChildren=0",
        merged + "Rig fused devices:Board A Board B\n",
-       "DeviceCtrl#2 DeviceCtrl#3 DeviceCtrl#4"},
+       "DeviceCtrl#2 DeviceCtrl#3 DeviceCtrl#4",
+       "DeviceCtrl_getDescription(DeviceCtrl#4"},
   };
   for (const Case& test : cases) {
     SCOPED_TRACE(testing::PrintToString(test.arguments) + test.faults);
-    const Outcome outcome = runWith({.arguments = test.arguments, .faults = test.faults});
+    Outcome outcome = runWith({.arguments = test.arguments, .faults = test.faults});
+    if (!test.faults.empty()) {
+      EXPECT_EQ(outcome.trace.back(), "# faults never reached: 0");
+      outcome.trace.pop_back();
+    }
     EXPECT_EQ(outcome.output, test.output);
     EXPECT_EQ(outcome.unreleased("DeviceCtrl"), test.unreleased);
+    EXPECT_TRUE(outcome.trace.back().starts_with(test.lastCall)) << outcome.calls();
     EXPECT_EQ(outcome.status, 0);
   }
 }

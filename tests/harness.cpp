@@ -12,6 +12,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <set>
 #include <sstream>
 
@@ -57,9 +58,14 @@ void exchange(int in, const std::string& input, int out, std::string& output, in
   }
 }
 
-[[noreturn]] void execute(std::vector<std::string> arguments, std::vector<std::string> variables) {
-  arguments.insert(arguments.begin(), QUTIL);
-  execve(QUTIL, pointers(arguments).data(), pointers(variables).data());
+[[noreturn]] void execute(const std::vector<std::string>& arguments, std::vector<std::string> variables) {
+  // A command in front, such as valgrind, its words separated by blanks.
+  const char* const wrapper = std::getenv("QUTIL_TEST_WRAPPER");
+  std::istringstream words(wrapper == nullptr ? "" : wrapper);
+  std::vector<std::string> command(std::istream_iterator<std::string>(words), {});
+  command.emplace_back(QUTIL);
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  execve(command[0].c_str(), pointers(command).data(), pointers(variables).data());
   _exit(127);
 }
 

@@ -30,11 +30,21 @@ std::string chip(const std::string& fields) { return device(R"(, "firmware": [{)
 
 TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
   const std::string deep(100'000, '[');
+  std::string many;
+  for (int i = 0; i < 256; ++i) many += "1, ";
   const std::pair<std::string, std::string> cases[] = {
       {"", "line 1, column 1: syntax error while parsing value - unexpected end of input;"},
       {"{\n \"devices\": [}", "line 2, column 14: syntax error"},
       {"{\"devices\": [{\"number\": \"\xFF\"}]}",
        "line 1, column 26: syntax error while parsing value - invalid string:"},
+      {"{\"devices\": [{\"number\": 0, \"descr",
+       "line 1, column 34: syntax error while parsing object key - invalid string"},
+      {std::string("\xFF\xFE{\0\"\0", 6), "line 1, column 1: syntax error while parsing value - invalid literal"},
+      {std::string("{\0\"\0", 4), "line 1, column 2: syntax error"},
+      {device(", \"location\": \"M\xFChle\""), "line 1, column 97: syntax error while parsing value - invalid string"},
+      {device(", \"location\": \"\xED\xA0\x80\""),
+       "line 1, column 97: syntax error while parsing value - invalid string"},
+      {device(", \"location\": \"\\ud800\""), "line 1, column 102: syntax error while parsing value - invalid string"},
       {"[]", "the document: expected an object"},
       {"{}", "the document: expected the key \"devices\""},
       {"{\"devices\": 3}", "/devices: expected a list"},
@@ -56,6 +66,11 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
       {device(", \"base_addresses\": [\"0x\"]"), "/devices/1/base_addresses/0: expected a number from 0 to 0xffff"},
       {device(", \"location\": 5"), "/devices/1/location: expected a text"},
       {device(", \"location\": \"a\\u0000\""), "/devices/1/location: expected a text without the character U+0000"},
+      {device(", \"location\": \"" + std::string(10'000'000, 'x') + "\""),
+       "/devices/1/location: expected a text of at most 1000 characters"},
+      {"{\"devices\": [{\"number\": 0, \"description\": \"" + std::string(256, 'x') + "\"}]}",
+       "/devices/0/description: expected a text of at most 255 characters"},
+      {device(", \"product_id\": " + std::string(1'000'000, '9')), "/devices/1/product_id: expected a number"},
       {device(", \"firmware\": {}"), "/devices/1/firmware: expected a list"},
       {chip("\"description\": \"c\""), "/devices/1/firmware/0: expected the key \"version\""},
       {chip("\"description\": \"c\", \"version\": 65536"),
@@ -65,6 +80,7 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
       {device(", \"children\": [7]"), "/devices/1/children/0: expected the number of a device that is listed"},
       {device(", \"children\": [0]"), "/devices/1/children/0: expected a device that is no fusion device"},
       {device(", \"children\": [1, 1]"), "/devices/1/children/1: expected a device that belongs to no group yet"},
+      {device(", \"children\": [" + many + "1]"), "/devices/1/children: expected 1 to 256 children"},
       {device(", \"children\": []"), "/devices/1/children: expected 1 to 256 children"},
       {device(", \"product_id\": 1e999"), "/devices/1/product_id: expected a number of 64 bits"},
       {device(", \"board_id\": 16"), "/devices/1/board_id: expected a number from 0 to 15"},
@@ -80,6 +96,8 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
     EXPECT_EQ(problem.substr(0, expected.size()), expected) << json.substr(0, 200);
     EXPECT_EQ(problem.find('\n'), std::string::npos);
   }
+  EXPECT_EQ(problemOf("\xEF\xBB\xBF" + device("")), "none");
+  EXPECT_THROW(readRigFile("/"), RigError);
 }
 
 TEST(RigTest, DevicesAreOrderedAndTheBuiltInRigIsGood) {

@@ -1,5 +1,6 @@
 // The simulator as the tool sees it: bad rigs, states that cannot be used, and what is kept.
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -87,6 +88,34 @@ TEST_F(SimulatorTest, StateIsPrivateAndWhereTheEnvironmentSays) {
     EXPECT_EQ(status.st_mode & 07777, 0600U) << file;
   }
   EXPECT_FALSE(std::filesystem::exists(path("xdg/velq-sim/state-journal")));
+}
+
+// Started by another user, the copy runs as its owner.
+TEST_F(SimulatorTest, SetUserIdProcessIgnoresTheEnvironment) {
+  useRig(OneBoard);
+  struct statvfs mount {};
+  ASSERT_EQ(statvfs(path("").c_str(), &mount), 0);
+  if (geteuid() != 0 || (mount.f_flag & (ST_NOSUID | ST_NOEXEC)) != 0) GTEST_SKIP() << "needs root and set-user-id";
+  std::filesystem::copy_file(QUTIL, path("qutil"));
+  chmod(path("").c_str(), 0711);
+  chmod(path("qutil").c_str(), 04755);
+  const auto output = [&](const std::string& prefix, const std::string& arguments) {
+    std::string command =
+        "VELQ_RIG=" + path("rig.json") + " VELQ_STATE=" + state + " XDG_STATE_HOME=" + path("xdg") + " ";
+    command += prefix + path("qutil") + " " + arguments + " 2>&1";
+    std::string text(4096, 0);
+    FILE* const pipe = popen(command.c_str(), "r");
+    text.resize(fread(text.data(), 1, text.size(), pipe));
+    pclose(pipe);
+    return text;
+  };
+  EXPECT_EQ(output("", "/dn:0 -cd:New").find(Refused), std::string::npos);
+  const std::string other = "setpriv --reuid=65534 --regid=65534 --clear-groups ";
+  EXPECT_TRUE(output(other, "/dn:0").starts_with("Detail information of device 0 (QA-3216,BID#0)\n"));
+  EXPECT_EQ(output(other, "/dn:0 -cd:Other"),
+            "velq-sim: the state: neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where it is to be\n" +
+                std::string(Refused));
+  EXPECT_FALSE(std::filesystem::exists(path("xdg")));
 }
 
 TEST_F(SimulatorTest, ReadingMakesNothing) {

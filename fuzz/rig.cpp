@@ -1,0 +1,39 @@
+// Reads any bytes as a rig: it is one that keeps its promises, or it is refused in one line.
+#include "simulator/rig.h"
+
+#include <algorithm>
+
+#include "input_file.h"
+
+using namespace simulator;
+
+namespace {
+
+void require(bool holds) {
+  if (!holds) std::abort();
+}
+
+void check(const Rig& rig) {
+  const auto unordered = [](const Device& a, const Device& b) { return a.number >= b.number; };
+  require(std::adjacent_find(rig.devices.begin(), rig.devices.end(), unordered) == rig.devices.end());
+  for (const Device& device : rig.devices) {
+    require(device.number >= 0 && rig.find(device.number) == &device);
+    if (!device.children) continue;
+    require(!device.children->empty());
+    for (const int32_t child : *device.children) require(rig.find(child) != nullptr && !rig.find(child)->children);
+  }
+}
+
+bool isControl(char c) { return static_cast<unsigned char>(c) < ' '; }
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  try {
+    check(readRigFile(fileOf({data, size})));
+  } catch (const RigError& error) {
+    const std::string line = error.what();
+    require(line.find(": ") != std::string::npos && std::none_of(line.begin(), line.end(), isControl));
+  }
+  return 0;
+}
