@@ -99,6 +99,8 @@ library, and a minimal library to start from.")
 # suggested: a computer with boards has no need of it, and qutil does not find it on its own.
 set(CPACK_DEBIAN_QUTIL_PACKAGE_SUGGESTS velq-sim)
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_RECOMMENDS qutil)
+# Loaded with its first use, so the dependency does not show in the library.
+set(CPACK_DEBIAN_SIMULATOR_PACKAGE_DEPENDS libsqlite3-0)
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_SUGGESTS velq-compliance)
 set(CPACK_DEBIAN_COMPLIANCE_PACKAGE_SUGGESTS libvelq-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "velq-compliance, velq-sim")

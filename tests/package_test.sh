@@ -73,7 +73,8 @@ make_root() {
     echo >>"$root/var/lib/dpkg/status"
     : >"$root/var/lib/dpkg/info/$name:$architecture.list"
   done
-  ldd build/package/bin/* "build/package/lib/${private#/usr/lib/}"/* | tr -s '[:space:]' '\n' |
+  sqlite=$(ldconfig -p | awk '/libsqlite3\.so\.0 / {print $NF; exit}')
+  { ldd build/package/bin/* "build/package/lib/${private#/usr/lib/}"/* "$sqlite"; echo "$sqlite"; } | tr -s '[:space:]' '\n' |
     grep -E '^/(usr/)?lib' | sort -u | xargs cp -L --parents -t "$root"
   # In place of a mounted /proc, which not every root may mount: where velq-sim looks for itself.
   mkdir -p "$root/proc/self"

@@ -59,6 +59,17 @@ TEST_F(SimulatorTest, UnusableStateIsOneLineAndReadingGoesOn) {
   EXPECT_FALSE(std::filesystem::exists(path("nowhere")));
 }
 
+TEST_F(SimulatorTest, WithoutSqliteOnlyChangesAreRefused) {
+  useRig(OneBoard);
+  write("libsqlite3.so.0", "no library");
+  environment["LD_LIBRARY_PATH"] = path(".");
+  run({"/dn:0"});
+  const Outcome changed = runWith({.arguments = {"/dn:0", "-cd:New"}, .expectsErrors = true});
+  EXPECT_EQ(changed.output, Refused);
+  EXPECT_EQ(changed.errors,
+            "velq-sim: " + state + ": cannot be used: " + path("./libsqlite3.so.0") + ": file too short\n");
+}
+
 TEST_F(SimulatorTest, StateOfAnotherRigIsLeftAlone) {
   run({"/dn:5", "-cd:Fieldbus"});
   run({"/dn:0", "-cd:First"});

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdio>
 
-#include "simulator/json_place.h"
 #include "simulator/rig.h"
 #include "simulator/text.h"
 
@@ -23,19 +23,36 @@ std::optional<uint64_t> hexadecimal(const nlohmann::json& value) {
 
 }  // namespace
 
+std::string pointerPart(std::string_view key) {
+  std::string part;
+  for (const char c : key) {
+    char escaped[8] = {c};
+    if (c == '~' || c == '/') snprintf(escaped, sizeof escaped, "~%d", c == '/');
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+      snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(c));
+    part += escaped;
+  }
+  return part;
+}
+
+std::string JsonValue::place() const {
+  if (parent_ == nullptr) return std::string(name_);
+  return parent_->place() + "/" + (name_.empty() ? std::to_string(index_) : std::string(name_));
+}
+
 void JsonValue::fail(const std::string& expected) const {
-  throw RigError((place_.empty() ? "the document" : place_) + ": expected " + expected);
+  throw RigError((place().empty() ? "the document" : place()) + ": expected " + expected);
 }
 
 int64_t JsonValue::number(int64_t lowest, int64_t highest) const {
-  const std::string expected = "a number from " + std::to_string(lowest) + " to " + std::to_string(highest);
+  const auto failRange = [&] { fail("a number from " + std::to_string(lowest) + " to " + std::to_string(highest)); };
   if (value_.is_number_integer() && !value_.is_number_unsigned()) {
     const auto number = value_.get<int64_t>();
     if (number >= lowest && number <= highest) return number;
-    fail(expected);
+    failRange();
   }
   const std::optional<uint64_t> number = value_.is_number_unsigned() ? value_.get<uint64_t>() : hexadecimal(value_);
-  if (!number || std::cmp_less(*number, lowest) || std::cmp_greater(*number, highest)) fail(expected);
+  if (!number || std::cmp_less(*number, lowest) || std::cmp_greater(*number, highest)) failRange();
   return static_cast<int64_t>(*number);
 }
 
@@ -49,7 +66,8 @@ std::string JsonValue::text(size_t longest) const {
   if (!value_.is_string()) fail("a text");
   const auto& text = value_.get_ref<const std::string&>();
   if (text.find('\0') != std::string::npos) fail("a text without the character U+0000");
-  if (characterCount(text) > longest) fail("a text of at most " + std::to_string(longest) + " characters");
+  if (text.size() > longest && characterCount(text) > longest)
+    fail("a text of at most " + std::to_string(longest) + " characters");
   return text;
 }
 
@@ -60,6 +78,7 @@ bool JsonValue::boolean() const {
 
 JsonFields::JsonFields(const JsonValue& object) : object_(object) {
   if (!object.json().is_object()) object.fail("an object");
+  known_.reserve(16);
 }
 
 JsonValue JsonFields::required(const char* key) {
@@ -69,18 +88,20 @@ JsonValue JsonFields::required(const char* key) {
 }
 
 std::optional<JsonValue> JsonFields::optional(const char* key) {
-  taken_.emplace_back(key);
+  known_.emplace_back(key);
   const auto found = object_.json().find(key);
   if (found == object_.json().end()) return std::nullopt;
-  return JsonValue(*found, object_.place() + "/" + key);
+  ++present_;
+  return JsonValue(*found, object_, key);
 }
 
 void JsonFields::end() const {
+  if (present_ == object_.json().size()) return;
   for (const auto& [key, value] : object_.json().items()) {
-    if (std::find(taken_.begin(), taken_.end(), key) != taken_.end()) continue;
-    std::string known;
-    for (const std::string& name : taken_) known += (known.empty() ? "" : ", ") + name;
-    throw RigError(object_.place() + "/" + pointerPart(key) + ": unknown key; expected one of " + known);
+    if (std::find(known_.begin(), known_.end(), key) != known_.end()) continue;
+    std::string names;
+    for (const std::string_view name : known_) names.append(names.empty() ? "" : ", ").append(name);
+    throw RigError(object_.place() + "/" + pointerPart(key) + ": unknown key; expected one of " + names);
   }
 }
 

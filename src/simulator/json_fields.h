@@ -3,19 +3,29 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace simulator {
 
-/// One JSON value and its place.
+/// A key as a part of a JSON pointer, on one line whatever it holds.
+std::string pointerPart(std::string_view key);
+
+/// One JSON value and its place. Keeps references to all that it is made of.
 class JsonValue {
  public:
-  /// Keeps a reference to `value`.
-  JsonValue(const nlohmann::json& value, std::string place) : value_(value), place_(std::move(place)) {}
+  /// A value that stands at the JSON pointer `place`.
+  JsonValue(const nlohmann::json& value, std::string_view place) : value_(value), name_(place) {}
+
+  /// A member or an element of `parent`.
+  JsonValue(const nlohmann::json& value, const JsonValue& parent, std::string_view key)
+      : value_(value), parent_(&parent), name_(key) {}
+  JsonValue(const nlohmann::json& value, const JsonValue& parent, size_t index)
+      : value_(value), parent_(&parent), index_(index) {}
 
   /// An integer, or a text "0x..." in hexadecimal, from `lowest` to `highest`. Throws RigError, as all functions here.
   int64_t number(int64_t lowest, int64_t highest) const;
@@ -28,40 +38,47 @@ class JsonValue {
   bool boolean() const;
 
   /// A list, its elements read by `read`.
-  template <typename Element>
-  std::vector<Element> list(const std::function<Element(const JsonValue&)>& read) const;
+  template <typename Read>
+  auto list(Read read) const -> std::vector<std::invoke_result_t<Read, const JsonValue&>>;
 
   [[noreturn]] void fail(const std::string& expected) const;
 
   const nlohmann::json& json() const { return value_; }
-  const std::string& place() const { return place_; }
+
+  /// As a JSON pointer. Made only when asked for, for of a thousand values not one is faulty.
+  std::string place() const;
 
  private:
   const nlohmann::json& value_;
-  std::string place_;
+  const JsonValue* parent_ = nullptr;
+  std::string_view name_;  ///< empty for an element
+  size_t index_ = 0;
 };
 
 /// The members of a JSON object. Each is taken once; `end` refuses what was not.
 class JsonFields {
  public:
   explicit JsonFields(const JsonValue& object);
+  JsonFields(const JsonFields&) = delete;
+  JsonFields& operator=(const JsonFields&) = delete;
 
+  /// `key` is kept, and so are the fields by the values that they give.
   JsonValue required(const char* key);
   std::optional<JsonValue> optional(const char* key);
   void end() const;
 
  private:
   const JsonValue object_;
-  std::vector<std::string> taken_;
+  std::vector<std::string_view> known_;
+  size_t present_ = 0;  ///< how many of those are there
 };
 
-template <typename Element>
-std::vector<Element> JsonValue::list(const std::function<Element(const JsonValue&)>& read) const {
+template <typename Read>
+auto JsonValue::list(Read read) const -> std::vector<std::invoke_result_t<Read, const JsonValue&>> {
   if (!value_.is_array()) fail("a list");
-  std::vector<Element> elements;
+  std::vector<std::invoke_result_t<Read, const JsonValue&>> elements;
   elements.reserve(value_.size());
-  for (size_t i = 0; i < value_.size(); ++i)
-    elements.push_back(read(JsonValue(value_[i], place_ + "/" + std::to_string(i))));
+  for (size_t i = 0; i < value_.size(); ++i) elements.push_back(read(JsonValue(value_[i], *this, i)));
   return elements;
 }
 

@@ -9,38 +9,22 @@
 #include <unordered_map>
 
 #include "simulator/builtin_rig.h"
-#include "simulator/json_place.h"
 #include "simulator/rig_device.h"
+#include "simulator/rig_document.h"
 
 namespace simulator {
 
 namespace {
 
-using nlohmann::json;
-
-constexpr size_t DeepestNesting = 10;
 constexpr size_t MostChildren = 256;
 
-// Takes the devices out of the document one by one while it is parsed, so that a large rig never stands in memory as
-// JSON.
 class RigParser {
  public:
   template <typename Input>
   Rig parse(Input&& input) {
-    json document;
-    try {
-      document = json::parse(std::forward<Input>(input), [this](int depth, json::parse_event_t event, json& parsed) {
-        return step(depth, event, parsed);
-      });
-    } catch (const json::exception& error) {
-      const std::string_view what = error.what();
-      const size_t line = what.find("line ");
-      throw RigError(line == std::string_view::npos ? place_.pointer() + ": expected a number of 64 bits"
-                                                    : std::string(what.substr(line)));
-    }
-    JsonFields fields(JsonValue(document, ""));
-    fields.required("devices");
-    fields.end();
+    RigDocument([this](const JsonValue& device) {
+      rig_.devices.push_back(readDevice(device));
+    }).parse(std::forward<Input>(input));
     rememberPlaces();
     for (const Device& device : rig_.devices) checkGroup(device);
     order();
@@ -48,24 +32,6 @@ class RigParser {
   }
 
  private:
-  using Event = json::parse_event_t;
-
-  // False for a value that has been taken over.
-  bool step(int depth, Event event, const json& parsed) {
-    if (!place_.follow(event, parsed)) throw RigError(place_.pointer() + ": the key stands twice");
-    if (place_.depth() > DeepestNesting)
-      throw RigError(place_.pointer() + ": expected at most " + std::to_string(DeepestNesting) + " levels");
-    if (depth == 1 && event == Event::key) inDevices_ = parsed == "devices";
-    if (!inDevices_) return true;
-    if (depth == 1 && (event == Event::value || event == Event::object_start))
-      throw RigError(place_.pointer() + ": expected a list");
-    if (depth == 2 && (event == Event::value || event == Event::array_start))
-      throw RigError(place_.pointer() + ": expected an object");
-    if (depth != 2 || event != Event::object_end) return true;
-    rig_.devices.push_back(readDevice(JsonValue(parsed, place_.pointer())));
-    return false;
-  }
-
   static std::string devicePlace(size_t index) { return "/devices/" + std::to_string(index); }
 
   void rememberPlaces() {
@@ -99,8 +65,6 @@ class RigParser {
   }
 
   Rig rig_;
-  JsonPlace place_;
-  bool inDevices_ = false;
   std::unordered_map<int32_t, size_t> places_;  ///< positions in the file, by number
   std::set<int32_t> taken_;                     ///< children of any group
 };

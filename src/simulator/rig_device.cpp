@@ -14,6 +14,7 @@ std::optional<std::string> optionalText(JsonFields& fields, const char* key) {
   return value ? std::optional(value->text()) : std::nullopt;
 }
 
+int32_t readInt32(const JsonValue& value) { return value.int32(); }
 uint32_t readCode(const JsonValue& value) { return static_cast<uint32_t>(value.number(0, UINT32_MAX)); }
 
 Chip readChip(const JsonValue& value) {
@@ -24,7 +25,7 @@ Chip readChip(const JsonValue& value) {
             .password = optionalText(fields, "password"),
             .progress = {0, 25, 50, 75, 100}};
   if (const auto progress = fields.optional("progress")) {
-    chip.progress = progress->list<int32_t>([](const JsonValue& element) { return element.int32(); });
+    chip.progress = progress->list(readInt32);
     if (chip.progress.empty()) progress->fail("at least one progress value");
   }
   fields.end();
@@ -39,7 +40,7 @@ AdjustingCode readItem(const JsonValue& value) {
                      .walk = {},
                      .fails = false};
   const JsonValue walk = fields.required("walk");
-  item.walk = walk.list<uint32_t>(readCode);
+  item.walk = walk.list(readCode);
   if (item.walk.empty()) walk.fail("at least one adjusting code");
   if (const auto fails = fields.optional("fails")) item.fails = fails->boolean();
   fields.end();
@@ -50,7 +51,7 @@ Section readSection(const JsonValue& value) {
   JsonFields fields(value);
   Section section{.description = fields.required("description").text(),
                   .instruction = fields.required("instruction").text(),
-                  .items = fields.required("items").list<AdjustingCode>(readItem)};
+                  .items = fields.required("items").list(readItem)};
   fields.end();
   return section;
 }
@@ -60,12 +61,11 @@ Solution readSolution(const JsonValue& value) {
   Solution solution{.name = fields.required("name").text(),
                     .description = fields.required("description").text(),
                     .instruction = fields.required("instruction").text(),
-                    .sections = fields.required("sections").list<Section>(readSection)};
+                    .sections = fields.required("sections").list(readSection)};
   fields.end();
   return solution;
 }
 
-int32_t readInt32(const JsonValue& value) { return value.int32(); }
 int32_t readDeviceNumber(const JsonValue& value) { return value.int32(0); }
 uint64_t readAddress(const JsonValue& value) { return value.unsigned64(); }
 
@@ -73,7 +73,7 @@ template <typename Element>
 std::unique_ptr<std::vector<Element>> optionalList(JsonFields& fields, const char* key,
                                                    Element (*read)(const JsonValue&)) {
   const auto value = fields.optional(key);
-  return value ? std::make_unique<std::vector<Element>>(value->list<Element>(read)) : nullptr;
+  return value ? std::make_unique<std::vector<Element>>(value->list(read)) : nullptr;
 }
 
 }  // namespace
@@ -91,8 +91,8 @@ Device readDevice(const JsonValue& value) {
   device.boardVersion = optionalText(fields, "board_version");
   device.driverVersion = optionalText(fields, "driver_version");
   device.location = optionalText(fields, "location");
-  if (const auto list = fields.optional("base_addresses")) device.baseAddresses = list->list<uint64_t>(readAddress);
-  if (const auto list = fields.optional("interrupts")) device.interrupts = list->list<int32_t>(readInt32);
+  if (const auto list = fields.optional("base_addresses")) device.baseAddresses = list->list(readAddress);
+  if (const auto list = fields.optional("interrupts")) device.interrupts = list->list(readInt32);
   device.firmware = optionalList(fields, "firmware", readChip);
   device.calibration = optionalList(fields, "calibration", readSolution);
   fields.end();

@@ -14,12 +14,12 @@ constexpr const char* MakeTable =
 constexpr int LongestWaitMilliseconds = 60'000;
 
 std::string textColumn(sqlite3_stmt* statement, int column) {
-  const auto* const bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-  return std::string(bytes, static_cast<size_t>(sqlite3_column_bytes(statement, column)));
+  const auto* const bytes = reinterpret_cast<const char*>(sqlite().column_text(statement, column));
+  return std::string(bytes, static_cast<size_t>(sqlite().column_bytes(statement, column)));
 }
 
 StateValue valueColumn(sqlite3_stmt* statement, int column) {
-  if (sqlite3_column_type(statement, column) == SQLITE_INTEGER) return sqlite3_column_int64(statement, column);
+  if (sqlite().column_type(statement, column) == SQLITE_INTEGER) return sqlite().column_int64(statement, column);
   return textColumn(statement, column);
 }
 
@@ -71,15 +71,15 @@ void State::keep(StateContents& contents, const std::vector<StateChange>& change
 
 void State::open() {
   sqlite3* database = nullptr;
-  const int status = sqlite3_open_v2(file_.resolvedPath().c_str(), &database,
-                                     SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE, nullptr);
+  const int status = sqlite().open_v2(file_.resolvedPath().c_str(), &database,
+                                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE, nullptr);
   database_.reset(database);
   if (status != SQLITE_OK) {
-    const std::string reason = sqlite3_errmsg(database);
+    const std::string reason = sqlite().errmsg(database);
     database_.reset();
     throw StateError("cannot be used: " + reason);
   }
-  sqlite3_busy_timeout(database, LongestWaitMilliseconds);
+  sqlite().busy_timeout(database, LongestWaitMilliseconds);
   version_ = prepare("PRAGMA data_version");
 }
 
@@ -92,54 +92,54 @@ void State::close() {
 
 void State::load(StateContents& contents) {
   StateContents loaded;
-  Statement tables = prepare("SELECT count(*) FROM sqlite_schema");
+  SqliteStatement tables = prepare("SELECT count(*) FROM sqlite_schema");
   hasTable_ = queryNumber(tables) > 0;
   if (!hasTable_) return contents.clear();
-  Statement id = prepare("PRAGMA application_id");
+  SqliteStatement id = prepare("PRAGMA application_id");
   if (queryNumber(id) != ApplicationId) throw StateError("is a database, but not of this simulator");
-  const Statement rows = prepare("SELECT device, item, value FROM change");
-  int status = sqlite3_step(rows.get());
-  for (; status == SQLITE_ROW; status = sqlite3_step(rows.get()))
-    apply(loaded, {sqlite3_column_int(rows.get(), 0), textColumn(rows.get(), 1), valueColumn(rows.get(), 2)});
+  const SqliteStatement rows = prepare("SELECT device, item, value FROM change");
+  int status = sqlite().step(rows.get());
+  for (; status == SQLITE_ROW; status = sqlite().step(rows.get()))
+    apply(loaded, {sqlite().column_int(rows.get(), 0), textColumn(rows.get(), 1), valueColumn(rows.get(), 2)});
   if (status != SQLITE_DONE) fail();
   contents = std::move(loaded);
 }
 
 void State::store(const StateChange& change) {
   const bool erases = std::holds_alternative<std::monostate>(change.value);
-  Statement erase(nullptr, sqlite3_finalize);
+  SqliteStatement erase;
   if (erases) erase = prepare("DELETE FROM change WHERE device = ? AND item = ?");
   if (!erases && !put_) put_ = prepare("INSERT OR REPLACE INTO change VALUES (?, ?, ?)");
   sqlite3_stmt* const statement = erases ? erase.get() : put_.get();
 
-  sqlite3_bind_int(statement, 1, change.device);
-  sqlite3_bind_text(statement, 2, change.item.c_str(), -1, SQLITE_STATIC);
-  if (const auto* const number = std::get_if<int64_t>(&change.value)) sqlite3_bind_int64(statement, 3, *number);
+  sqlite().bind_int(statement, 1, change.device);
+  sqlite().bind_text(statement, 2, change.item.c_str(), -1, SQLITE_STATIC);
+  if (const auto* const number = std::get_if<int64_t>(&change.value)) sqlite().bind_int64(statement, 3, *number);
   if (const auto* const text = std::get_if<std::string>(&change.value))
-    sqlite3_bind_text(statement, 3, text->c_str(), -1, SQLITE_STATIC);
-  const int status = sqlite3_step(statement);
-  sqlite3_reset(statement);
+    sqlite().bind_text(statement, 3, text->c_str(), -1, SQLITE_STATIC);
+  const int status = sqlite().step(statement);
+  sqlite().reset(statement);
   if (status != SQLITE_DONE) fail();
 }
 
 void State::execute(const char* sql) {
-  if (sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) fail();
+  if (sqlite().exec(database_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) fail();
 }
 
-int64_t State::queryNumber(Statement& statement) {
-  const int status = sqlite3_step(statement.get());
-  const int64_t number = status == SQLITE_ROW ? sqlite3_column_int64(statement.get(), 0) : 0;
-  sqlite3_reset(statement.get());
+int64_t State::queryNumber(SqliteStatement& statement) {
+  const int status = sqlite().step(statement.get());
+  const int64_t number = status == SQLITE_ROW ? sqlite().column_int64(statement.get(), 0) : 0;
+  sqlite().reset(statement.get());
   if (status != SQLITE_ROW) fail();
   return number;
 }
 
-State::Statement State::prepare(const char* sql) {
+SqliteStatement State::prepare(const char* sql) {
   sqlite3_stmt* statement = nullptr;
-  if (sqlite3_prepare_v2(database_.get(), sql, -1, &statement, nullptr) != SQLITE_OK) fail();
-  return Statement(statement, sqlite3_finalize);
+  if (sqlite().prepare_v2(database_.get(), sql, -1, &statement, nullptr) != SQLITE_OK) fail();
+  return SqliteStatement(statement);
 }
 
-void State::fail() const { throw StateError(std::string("cannot be used: ") + sqlite3_errmsg(database_.get())); }
+void State::fail() const { throw StateError(std::string("cannot be used: ") + sqlite().errmsg(database_.get())); }
 
 }  // namespace simulator

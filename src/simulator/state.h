@@ -2,17 +2,15 @@
 // the file is a reset. Several processes use it at once; each change is one transaction.
 #pragma once
 
-#include <sqlite3.h>
-
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <memory>
 #include <string>
 #include <unordered_map>
 #include <variant>
 #include <vector>
 
+#include "simulator/sqlite.h"
 #include "simulator/state_file.h"
 
 namespace simulator {
@@ -48,22 +46,20 @@ class State {
   void change(StateContents& contents, const std::function<std::vector<StateChange>(bool refreshed)>& decide);
 
  private:
-  using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
-
   void open();
   void close();
   void keep(StateContents& contents, const std::vector<StateChange>& changes);
   void store(const StateChange& change);
   void load(StateContents& contents);
   void execute(const char* sql);
-  int64_t queryNumber(Statement& statement);
-  Statement prepare(const char* sql);
+  int64_t queryNumber(SqliteStatement& statement);
+  SqliteStatement prepare(const char* sql);
   [[noreturn]] void fail() const;
 
   const StateFile& file_;
-  std::unique_ptr<sqlite3, decltype(&sqlite3_close)> database_{nullptr, sqlite3_close};
-  Statement version_{nullptr, sqlite3_finalize};
-  Statement put_{nullptr, sqlite3_finalize};
+  SqliteDatabase database_;
+  SqliteStatement version_;
+  SqliteStatement put_;
   int64_t seenVersion_ = -1;
   bool hasTable_ = false;
 };

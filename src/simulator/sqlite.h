@@ -1,0 +1,54 @@
+// SQLite, loaded with its first use: most runs have no state, and loading it is half of what such a run would cost.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <memory>
+
+namespace simulator {
+
+/// A function of SQLite, without its prefix.
+#define LOADED_FUNCTION(name) \
+  decltype(&sqlite3_##name) name = reinterpret_cast<decltype(&sqlite3_##name)>(find("sqlite3_" #name))
+
+/// The functions that the state uses. Making it loads the library, for good, and throws StateError when it cannot.
+class Sqlite {
+  void* const library_ = load();
+
+  static void* load();
+  void* find(const char* function) const;
+
+ public:
+  LOADED_FUNCTION(open_v2);
+  LOADED_FUNCTION(close);
+  LOADED_FUNCTION(busy_timeout);
+  LOADED_FUNCTION(errmsg);
+  LOADED_FUNCTION(exec);
+  LOADED_FUNCTION(prepare_v2);
+  LOADED_FUNCTION(finalize);
+  LOADED_FUNCTION(step);
+  LOADED_FUNCTION(reset);
+  LOADED_FUNCTION(bind_int);
+  LOADED_FUNCTION(bind_int64);
+  LOADED_FUNCTION(bind_text);
+  LOADED_FUNCTION(column_bytes);
+  LOADED_FUNCTION(column_int);
+  LOADED_FUNCTION(column_int64);
+  LOADED_FUNCTION(column_text);
+  LOADED_FUNCTION(column_type);
+};
+
+#undef LOADED_FUNCTION
+
+/// The process's SQLite. Throws as its making does.
+const Sqlite& sqlite();
+
+struct SqliteDelete {
+  void operator()(sqlite3* database) const { sqlite().close(database); }
+  void operator()(sqlite3_stmt* statement) const { sqlite().finalize(statement); }
+};
+
+using SqliteDatabase = std::unique_ptr<sqlite3, SqliteDelete>;
+using SqliteStatement = std::unique_ptr<sqlite3_stmt, SqliteDelete>;
+
+}  // namespace simulator
