@@ -15,7 +15,8 @@ using namespace Automation::Velq;
 namespace {
 
 // "%S" in a wide format takes wide text, so four bytes of the description make one character. No device bears such a
-// name, and scripts depend on that: "/dd:Name -fusion child" always makes a new fusion device, even where Name exists.
+// name, and scripts depend on that: "/dd:Name -fusion child" makes a new fusion device even where Name exists. A name
+// of one letter is found, though.
 WideText lookupText(const std::string& description) {
   std::vector<wchar_t> characters(description.size() / sizeof(wchar_t) + 2);
   std::memcpy(characters.data(), description.data(), description.size());
