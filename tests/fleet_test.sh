@@ -4,7 +4,7 @@ set -u
 qutil=$1 probe=$2
 fleet=$(cd "$(dirname "$0")/../examples/fleet" && pwd)
 work=$(mktemp -d) && trap 'rm -rf "$work"' EXIT
-export HOME="$work" LC_ALL=C.UTF-8 ANSIBLE_NOCOLOR=1
+export HOME="$work" LC_ALL=C.UTF-8 ANSIBLE_NOCOLOR=1 ASAN_OPTIONS=verify_asan_link_order=0
 cat >"$work/rig.json" <<RIG
 {"devices": [{"number": 0, "description": "Mühle"}, {"number": 2, "description": "Mill to mill"},
              {"number": 4, "description": "Pump 1"}, {"number": 7, "description": "Pump 2"}]}
@@ -25,7 +25,7 @@ holds() {
 sys.exit(lists != {"north": want, "south": want})' "$work/lists" "$1" || { cat "$work/lists"; fail "expected $1"; }
 }
 # faulty FAULTS: a qutil with these faults.
-faulty() { printf '#!/bin/sh\nexec env LD_PRELOAD=%s VELQ_FAULTS=%s %s "$@"\n' "$probe" "$1" "$qutil" >"$work/faulty"; chmod +x "$work/faulty"; }
+faulty() { printf '#!/bin/sh\nexport LD_PRELOAD=%s VELQ_FAULTS=%s\nexec %s "$@"\n' "$probe" "$1" "$qutil" >"$work/faulty"; chmod +x "$work/faulty"; }
 
 holds 'Mühle|Mill to mill|Pump 1|Pump 2'
 rename 'Pump*' "'; x *" --check && recap changed=0 || fail "a rehearsal"
