@@ -75,7 +75,7 @@ make_root() {
   done
   sqlite=$(ldconfig -p | awk '/libsqlite3\.so\.0 / {print $NF; exit}')
   { ldd build/package/bin/* "build/package/lib/${private#/usr/lib/}"/* "$sqlite"; echo "$sqlite"; } | tr -s '[:space:]' '\n' |
-    grep -E '^/(usr/)?lib' | sort -u | xargs cp -L --parents -t "$root"
+    grep -E '^/(usr/)?lib.*[^:]$' | sort -u | xargs cp -L --parents -t "$root"
   # In place of a mounted /proc, which not every root may mount: where velq-sim looks for itself.
   mkdir -p "$root/proc/self"
   ln -s /usr/bin/velq-sim "$root/proc/self/exe"
