@@ -34,7 +34,7 @@ def valgrind(options):
     subprocess.run(["cmake", "--preset", "dev", "-DQUTIL_TESTS=ON"], cwd=options.root, check=True, capture_output=True)
     tests = build(options.root, "dev") / "tests"
     with tempfile.TemporaryDirectory(prefix="qutil-valgrind-") as logs:
-        suppressed = options.root / "tests" / "torture" / "valgrind.supp"
+        suppressed = options.root / "script" / "torture-parts" / "valgrind.supp"
         wrapper = [shutil.which("valgrind"), f"--suppressions={suppressed}", f"--log-file={logs}/%p", "--error-exitcode=99"]
         shards = os.cpu_count()
         environment = {**os.environ, "QUTIL_TEST_WRAPPER": " ".join(wrapper), "GTEST_TOTAL_SHARDS": str(shards)}
