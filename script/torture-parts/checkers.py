@@ -24,7 +24,8 @@ def fuzz(options):
         command = [folder / f"fuzz_{name}", *limits, *reports, found, options.root / "fuzz" / "corpus" / name]
         run = subprocess.run(command, env={**os.environ, "LC_ALL": "C"}, capture_output=True, text=True, errors="replace")
         if run.returncode != 0:
-            raise Fault(f"{name}:\n{run.stderr}")
+            lines = [line for line in run.stderr.splitlines() if "ERROR" in line or "error" in line or "Test unit" in line]
+            raise Fault("\n".join([name, *lines]))
         executions = re.search(r"number_of_executed_units: (\d+)", run.stderr).group(1)
         yield f"{name}: {executions} executions in {options.seconds} s, no finding"
 
@@ -59,6 +60,7 @@ SHAPES = {
     "groups of alternatives": lambda n: "(b|c)" * n,
     "repetitions of repetitions": lambda n: "(" * n + "b" + "+)" * n,
 }
+LONGEST_WAIT = 20
 LONGEST_ARGUMENT = 128 * 1024 - 5
 
 
@@ -82,8 +84,15 @@ def stack(options):
             middle = (lowest + highest) // 2
             lowest, highest = (lowest, middle) if ends(make(middle)) in causes else (middle, highest)
         yield f"{what}: {lowest} are taken, {highest} {causes[ends(make(highest))]}"
-    for length in range(18, 25):
-        rig.write({0: "a" * length})
+    for pattern, description in [*(("(a+)+b", "a" * n) for n in range(20, 25)), *(("AB" + "*" * n + "x", "AB-2345") for n in range(2, 6))]:
+        rig.write({0: description})
         begin = time.monotonic()
-        rig.run("/dd:(a+)+b", "-none")
-        yield f"(a+)+b on a description of {length} letters: {time.monotonic() - begin:.2f} s"
+        process = rig.start("/dd:" + pattern, "-none")
+        try:
+            process.communicate(timeout=LONGEST_WAIT)
+            took = f"{time.monotonic() - begin:.2f} s"
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.communicate()
+            took = f"more than {LONGEST_WAIT} s"
+        yield f"{pattern} on {description}: {took}"
