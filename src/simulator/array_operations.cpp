@@ -3,13 +3,11 @@
 
 namespace simulator {
 
-int32_t Array_getLength(Array* array) {
-  return static_cast<int32_t>(resolve<ArrayObject>(array, __func__).items.size());
-}
+int32_t Array_getLength(Array* array) { return static_cast<int32_t>(resolve<ArrayObject>(array, __func__).size()); }
 
 void* Array_getItem(Array* array, int32_t index) {
-  const auto& items = resolve<ArrayObject>(array, __func__).items;
-  return index >= 0 && std::cmp_less(index, items.size()) ? items[static_cast<size_t>(index)] : nullptr;
+  const ArrayObject& object = resolve<ArrayObject>(array, __func__);
+  return index >= 0 && std::cmp_less(index, object.size()) ? object.at(static_cast<size_t>(index)) : nullptr;
 }
 
 }  // namespace simulator

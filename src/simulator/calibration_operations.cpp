@@ -10,11 +10,11 @@ namespace {
 
 // Makes the array of objects of one kind for a rig list, once.
 template <typename Kind, typename Owner, typename Given>
-Array* objectArray(Owner& owner, ArrayObject*& made, const std::vector<Given>& list) {
+Array* objectArray(Owner& owner, HandleArrayObject*& made, const std::vector<Given>& list) {
   if (made == nullptr) {
-    std::vector<void*> objects;
+    std::vector<Object*> objects;
     for (size_t i = 0; i < list.size(); ++i) objects.push_back(make<Kind>(&owner, list[i], i));
-    made = make<ArrayObject>(&owner, std::move(objects));
+    made = make<HandleArrayObject>(&owner, std::move(objects));
   }
   return handleOf<Array>(made);
 }
@@ -109,7 +109,7 @@ ErrorCode CalibrationSection_start(CalibrationSection* section) {
   }
   object.started = true;
   if (object.items != nullptr) {
-    for (void* const item : object.items->items) static_cast<ItemObject*>(item)->polls = 0;
+    for (Object* const item : object.items->items) static_cast<ItemObject*>(item)->polls = 0;
   }
   return Success;
 }

@@ -14,55 +14,52 @@ namespace {
 constexpr const char* LibraryVersion = "1.0-sim";
 constexpr size_t LongestDescription = 63;
 
-// Installed-device nodes, each as long as its description: a hundred thousand full-length records would be 29 MB.
-class Nodes {
- public:
-  explicit Nodes(const Simulation& simulation) {
-    for (const int32_t number : simulation.numbers()) {
-      offsets_.push_back(words_.size());
-      words_.insert(words_.end(), HeaderWords, 0);
+// The installed devices, each node as long as its description: a hundred thousand full-length records would be 29 MB.
+struct NodeArrayObject : ArrayObject {
+  explicit NodeArrayObject(const Simulation& simulation) {
+    const std::vector<int32_t> numbers = simulation.numbers();
+    size_t most = 0;
+    for (const int32_t number : numbers) most += HeaderWords + simulation.description(number).size() + 1;
+    words.reserve(most);
+    offsets.reserve(numbers.size());
+    for (const int32_t number : numbers) {
+      offsets.push_back(words.size());
+      words.insert(words.end(), HeaderWords, 0);
       const std::wstring description = fromUtf8(simulation.description(number));
-      words_.insert(words_.end(), description.begin(), description.end());
-      words_.push_back(0);
+      words.insert(words.end(), description.begin(), description.end());
+      words.push_back(0);
     }
-    words_.shrink_to_fit();
   }
 
-  std::vector<void*> addresses() {
-    std::vector<void*> addresses;
-    addresses.reserve(offsets_.size());
-    for (const size_t offset : offsets_) addresses.push_back(&words_[offset]);
-    return addresses;
-  }
+  size_t size() const override { return offsets.size(); }
+  void* at(size_t index) const override { return const_cast<wchar_t*>(&words[offsets[index]]); }
 
- private:
   static constexpr size_t HeaderWords = offsetof(InstalledDeviceNode, Description) / sizeof(wchar_t);
-  std::vector<wchar_t> words_;
-  std::vector<size_t> offsets_;
+  std::vector<wchar_t> words;
+  std::vector<size_t> offsets;
 };
 
-struct NodeArrayObject : ArrayObject {
-  explicit NodeArrayObject(Nodes list) : ArrayObject(nullptr, list.addresses()), nodes(std::move(list)) {}
-  const Nodes nodes;
+template <typename Value>
+struct ValueArrayObject : ArrayObject {
+  ValueArrayObject(Object* asked, const std::vector<Value>& list) : ArrayObject(asked), values(list) {}
+  size_t size() const override { return values.size(); }
+  void* at(size_t index) const override { return const_cast<Value*>(&values[index]); }
+  const std::vector<Value>& values;
 };
 
 template <typename Value>
 Array* valueArray(DeviceObject& device, ArrayObject*& made, const std::optional<std::vector<Value>>& values) {
   if (!values) return nullptr;
-  if (made == nullptr) {
-    std::vector<void*> addresses;
-    for (const Value& value : *values) addresses.push_back(const_cast<Value*>(&value));
-    made = make<ArrayObject>(&device, std::move(addresses));
-  }
+  if (made == nullptr) made = make<ValueArrayObject<Value>>(&device, *values);
   return handleOf<Array>(made);
 }
 
-ErrorCode fillOptional(const DeviceCtrl* handle, const char* operation, std::optional<std::string> Device::*text,
-                       int32_t capacity, wchar_t* buffer) {
+ErrorCode fillOptional(const DeviceCtrl* handle, const char* operation, const char* Device::*text, int32_t capacity,
+                       wchar_t* buffer) {
   const DeviceObject& device = resolve<DeviceObject>(handle, operation);
   const Device* const given = Simulation::instance().rigDevice(device.number);
-  if (given == nullptr || !(given->*text)) return ErrorNotGiven;
-  return fill(*(given->*text), capacity, buffer);
+  if (given == nullptr || given->*text == nullptr) return ErrorNotGiven;
+  return fill(given->*text, capacity, buffer);
 }
 
 // What stands in the way of a change, while other writers are held off.
@@ -82,7 +79,7 @@ Array* DeviceCtrl_getInstalledDevices() {
   if (!simulation.hasRig()) return nullptr;
   simulation.refresh();
   // The list stays valid for the whole run even where a device in it is renamed: every call makes its own.
-  return handleOf<Array>(make<NodeArrayObject>(Nodes(simulation)));
+  return handleOf<Array>(make<NodeArrayObject>(simulation));
 }
 
 int32_t DeviceCtrl_getDeviceNumber(DeviceCtrl* device) { return resolve<DeviceObject>(device, __func__).number; }

@@ -43,10 +43,10 @@ Array* FirmwareCtrls_getFirmwares(FirmwareCtrls* control) {
   const Device* const device = Simulation::instance().rigDevice(object.device->number);
   if (device == nullptr || !device->firmware) return nullptr;
   if (object.items == nullptr) {
-    std::vector<void*> chips;
+    std::vector<Object*> chips;
     for (size_t i = 0; i < device->firmware->size(); ++i)
       chips.push_back(make<ChipObject>(&object, (*device->firmware)[i], i));
-    object.items = make<ArrayObject>(&object, std::move(chips));
+    object.items = make<HandleArrayObject>(&object, std::move(chips));
   }
   return handleOf<Array>(object.items);
 }

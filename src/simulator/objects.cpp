@@ -2,28 +2,30 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <unordered_map>
+#include <deque>
 
 namespace simulator {
 
 namespace {
 
-std::unordered_map<const void*, std::unique_ptr<Object>>& allObjects() {
-  static std::unordered_map<const void*, std::unique_ptr<Object>> objects;
+std::deque<std::unique_ptr<Object>>& allObjects() {
+  static std::deque<std::unique_ptr<Object>> objects;
   return objects;
 }
 
 }  // namespace
 
 Object* keep(std::unique_ptr<Object> object) {
-  Object* const kept = object.get();
-  allObjects().emplace(kept, std::move(object));
+  allObjects().push_back(std::move(object));
+  Object* const kept = allObjects().back().get();
+  kept->ordinal = static_cast<uint32_t>(allObjects().size()) & INT32_MAX;
   return kept;
 }
 
 Object* findObject(const void* handle) {
-  const auto found = allObjects().find(handle);
-  return found == allObjects().end() ? nullptr : found->second.get();
+  const auto bits = reinterpret_cast<uintptr_t>(handle);
+  const bool known = bits != 0 && bits % HandleStep == 0 && bits / HandleStep <= allObjects().size();
+  return known ? allObjects()[bits / HandleStep - 1].get() : nullptr;
 }
 
 void failHandle(const char* operation, const char* problem) {

@@ -1,5 +1,6 @@
 // The objects behind the handles. All of them live until the library unloads, so that a handle that was disposed of is
-// known for what it is, and so that a leak checker sees the leaks of the tool alone.
+// known for what it is, and so that a leak checker sees the leaks of the tool alone. A handle is no address: it counts
+// the objects, so that any other handle can be told apart.
 #pragma once
 
 #include <velq/types.h>
@@ -24,13 +25,33 @@ struct Object {
   bool isAlive() const { return !disposed && (owner == nullptr || owner->isAlive()); }
 
   Object* const owner;  ///< null for what a tool created
-  bool disposed = false;
+  // In one word, for a tool that opens a hundred thousand devices makes three times as many objects.
+  uint32_t disposed : 1 = false;
+  uint32_t ordinal : 31 = 0;  ///< counted from 1 in the order of making; 0 only until the object is kept
 };
 
-/// The element addresses of an array.
+/// Handles look like addresses, aligned and never null.
+inline constexpr uintptr_t HandleStep = 16;
+
+/// The handle of an object, null for null.
+template <typename Handle>
+Handle* handleOf(const Object* object) {
+  return object == nullptr ? nullptr : reinterpret_cast<Handle*>(object->ordinal * HandleStep);
+}
+
+/// An array of whatever kind.
 struct ArrayObject : Object {
-  ArrayObject(Object* asked, std::vector<void*> list) : Object(asked), items(std::move(list)) {}
-  const std::vector<void*> items;
+  using Object::Object;
+  virtual size_t size() const = 0;
+  virtual void* at(size_t index) const = 0;  ///< the address of an element, 0 <= index < size()
+};
+
+/// An array of handles.
+struct HandleArrayObject : ArrayObject {
+  HandleArrayObject(Object* asked, std::vector<Object*> list) : ArrayObject(asked), items(std::move(list)) {}
+  size_t size() const override { return items.size(); }
+  void* at(size_t index) const override { return handleOf<void>(items[index]); }
+  const std::vector<Object*> items;
 };
 
 struct DeviceObject : Object {
@@ -46,8 +67,8 @@ struct ControlObject : Object {
   const Automation::Velq::Scenario scenario;
   Automation::Velq::AccessMode mode = Automation::Velq::AccessDevice;
   DeviceObject* device = nullptr;
-  ArrayObject* items = nullptr;  ///< chips or solutions
-  std::set<int32_t> holds;       ///< devices held against other processes until the control is disposed of
+  HandleArrayObject* items = nullptr;  ///< chips or solutions
+  std::set<int32_t> holds;             ///< devices held against other processes until the control is disposed of
 };
 
 struct ChipObject : Object {
@@ -69,7 +90,7 @@ struct SolutionObject : Object {
   ControlObject& control;
   const Solution& solution;
   const size_t index;
-  ArrayObject* sections = nullptr;
+  HandleArrayObject* sections = nullptr;
   std::vector<StateChange> newCodes;  ///< worked out or restored, not yet in use
   bool backupPrepared = false;        ///< by step 0
 };
@@ -80,7 +101,7 @@ struct SectionObject : Object {
   SolutionObject& solution;
   const Section& section;
   const size_t index;
-  ArrayObject* items = nullptr;
+  HandleArrayObject* items = nullptr;
   bool started = false;
 };
 
@@ -117,12 +138,6 @@ Kind& resolve(const void* handle, const char* operation) {
   auto* const wanted = dynamic_cast<Kind*>(object);
   if (wanted == nullptr) failHandle(operation, "handle of the wrong kind");
   return *wanted;
-}
-
-/// The handle of an object.
-template <typename Handle>
-Handle* handleOf(Object* object) {
-  return reinterpret_cast<Handle*>(object);
 }
 
 }  // namespace simulator

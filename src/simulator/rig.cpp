@@ -23,7 +23,7 @@ class RigParser {
   template <typename Input>
   Rig parse(Input&& input) {
     RigDocument([this](const JsonValue& device) {
-      rig_.devices.push_back(readDevice(device));
+      rig_.devices.push_back(readDevice(device, rig_.texts));
     }).parse(std::forward<Input>(input));
     rememberPlaces();
     for (const Device& device : rig_.devices) checkGroup(device);
@@ -70,6 +70,11 @@ class RigParser {
 };
 
 }  // namespace
+
+const char* RigTexts::keep(const std::string& text) {
+  const size_t size = text.size() + 1;
+  return static_cast<const char*>(std::memcpy(memory_->allocate(size, 1), text.c_str(), size));
+}
 
 const Device* Rig::find(int32_t number) const {
   const auto found = std::lower_bound(devices.begin(), devices.end(), number,

@@ -4,9 +4,11 @@
 
 #include <cstdint>
 #include <memory>
+#include <memory_resource>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace simulator {
@@ -42,16 +44,16 @@ struct Solution {
   std::vector<Section> sections;
 };
 
-/// One installed device. An absent optional is something that the device does not have.
+/// One installed device. What is null or absent is something that the device does not have. Texts are the rig's.
 struct Device {
   int32_t number;  ///< 0 and above
   int32_t productId = 0;
   int32_t boardId = 0;
   int32_t highestBoardId = 15;  ///< -1: the board id cannot be set
-  std::string description;
-  std::optional<std::string> boardVersion;
-  std::optional<std::string> driverVersion;
-  std::optional<std::string> location;
+  std::string_view description;
+  const char* boardVersion = nullptr;
+  const char* driverVersion = nullptr;
+  const char* location = nullptr;
   std::optional<std::vector<uint64_t>> baseAddresses;
   std::optional<std::vector<int32_t>> interrupts;
   std::unique_ptr<std::vector<Chip>> firmware;
@@ -59,9 +61,21 @@ struct Device {
   std::unique_ptr<std::vector<int32_t>> children;  ///< of a fusion device
 };
 
+/// The texts of the devices, one behind the other: of a large rig they would be most of its memory otherwise.
+class RigTexts {
+ public:
+  /// A terminated copy that lives as long as this object, and as what it is moved to.
+  const char* keep(const std::string& text);
+
+ private:
+  std::unique_ptr<std::pmr::monotonic_buffer_resource> memory_ =
+      std::make_unique<std::pmr::monotonic_buffer_resource>();
+};
+
 /// The devices in order of their numbers, which are distinct. Children are listed, are no fusion devices, belong to one
 /// group and share one product id.
 struct Rig {
+  RigTexts texts;
   std::vector<Device> devices;
 
   /// The device with this number; null when there is none.

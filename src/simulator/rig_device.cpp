@@ -78,19 +78,22 @@ std::unique_ptr<std::vector<Element>> optionalList(JsonFields& fields, const cha
 
 }  // namespace
 
-Device readDevice(const JsonValue& value) {
+Device readDevice(const JsonValue& value, RigTexts& texts) {
+  const auto textOrNull = [&](const std::optional<JsonValue>& field) {
+    return field ? texts.keep(field->text()) : nullptr;
+  };
   JsonFields fields(value);
   Device device;
   device.number = readDeviceNumber(fields.required("number"));
-  device.description = fields.required("description").text(255);
+  device.description = texts.keep(fields.required("description").text(255));
   device.children = optionalList(fields, "children", readDeviceNumber);
   if (const auto id = fields.optional("product_id")) device.productId = id->int32(0);
   if (const auto highest = fields.optional("highest_board_id")) device.highestBoardId = highest->int32(-1);
   const int32_t highestId = device.highestBoardId == -1 ? INT32_MAX : device.highestBoardId;
   if (const auto id = fields.optional("board_id")) device.boardId = static_cast<int32_t>(id->number(0, highestId));
-  device.boardVersion = optionalText(fields, "board_version");
-  device.driverVersion = optionalText(fields, "driver_version");
-  device.location = optionalText(fields, "location");
+  device.boardVersion = textOrNull(fields.optional("board_version"));
+  device.driverVersion = textOrNull(fields.optional("driver_version"));
+  device.location = textOrNull(fields.optional("location"));
   if (const auto list = fields.optional("base_addresses")) device.baseAddresses = list->list(readAddress);
   if (const auto list = fields.optional("interrupts")) device.interrupts = list->list(readInt32);
   device.firmware = optionalList(fields, "firmware", readChip);
