@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstring>
 #include <cwchar>
+#include <span>
 
 #include "simulator/objects.h"
 #include "simulator/operations.h"
@@ -23,7 +24,7 @@ struct NodeArrayObject : ArrayObject {
     words.reserve(most);
     offsets.reserve(numbers.size());
     for (const int32_t number : numbers) {
-      offsets.push_back(words.size());
+      offsets.push_back(static_cast<uint32_t>(words.size()));
       words.insert(words.end(), HeaderWords, 0);
       const std::wstring description = fromUtf8(simulation.description(number));
       words.insert(words.end(), description.begin(), description.end());
@@ -36,22 +37,24 @@ struct NodeArrayObject : ArrayObject {
 
   static constexpr size_t HeaderWords = offsetof(InstalledDeviceNode, Description) / sizeof(wchar_t);
   std::vector<wchar_t> words;
-  std::vector<size_t> offsets;
+  std::vector<uint32_t> offsets;
 };
 
 template <typename Value>
 struct ValueArrayObject : ArrayObject {
-  ValueArrayObject(Object* asked, const std::vector<Value>& list) : ArrayObject(asked), values(list) {}
+  ValueArrayObject(Object* asked, std::span<const Value> list) : ArrayObject(asked), values(list) {}
   size_t size() const override { return values.size(); }
   void* at(size_t index) const override { return const_cast<Value*>(&values[index]); }
-  const std::vector<Value>& values;
+  const std::span<const Value> values;
 };
 
 template <typename Value>
-Array* valueArray(DeviceObject& device, ArrayObject*& made, const std::optional<std::vector<Value>>& values) {
-  if (!values) return nullptr;
-  if (made == nullptr) made = make<ValueArrayObject<Value>>(&device, *values);
-  return handleOf<Array>(made);
+Array* valueArray(const DeviceCtrl* handle, const char* operation,
+                  std::optional<std::span<const Value>> Device::*values) {
+  DeviceObject& device = resolve<DeviceObject>(handle, operation);
+  const Device* const given = Simulation::instance().rigDevice(device.number);
+  if (given == nullptr || !(given->*values)) return nullptr;
+  return handleOf<Array>(make<ValueArrayObject<Value>>(&device, *(given->*values)));
 }
 
 ErrorCode fillOptional(const DeviceCtrl* handle, const char* operation, const char* Device::*text, int32_t capacity,
@@ -116,17 +119,9 @@ ErrorCode DeviceCtrl_getLocation(DeviceCtrl* device, int32_t capacity, wchar_t* 
   return fillOptional(device, __func__, &Device::location, capacity, location);
 }
 
-Array* DeviceCtrl_getBaseAddresses(DeviceCtrl* device) {
-  DeviceObject& object = resolve<DeviceObject>(device, __func__);
-  const Device* const given = Simulation::instance().rigDevice(object.number);
-  return given == nullptr ? nullptr : valueArray(object, object.baseAddresses, given->baseAddresses);
-}
+Array* DeviceCtrl_getBaseAddresses(DeviceCtrl* device) { return valueArray(device, __func__, &Device::baseAddresses); }
 
-Array* DeviceCtrl_getInterrupts(DeviceCtrl* device) {
-  DeviceObject& object = resolve<DeviceObject>(device, __func__);
-  const Device* const given = Simulation::instance().rigDevice(object.number);
-  return given == nullptr ? nullptr : valueArray(object, object.interrupts, given->interrupts);
-}
+Array* DeviceCtrl_getInterrupts(DeviceCtrl* device) { return valueArray(device, __func__, &Device::interrupts); }
 
 ErrorCode DeviceCtrl_setDescription(DeviceCtrl* device, int32_t count, const wchar_t* description) {
   const int32_t number = resolve<DeviceObject>(device, __func__).number;

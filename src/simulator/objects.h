@@ -57,8 +57,6 @@ struct HandleArrayObject : ArrayObject {
 struct DeviceObject : Object {
   DeviceObject(Object* asked, int32_t deviceNumber) : Object(asked), number(deviceNumber) {}
   const int32_t number;
-  ArrayObject* baseAddresses = nullptr;
-  ArrayObject* interrupts = nullptr;
 };
 
 /// A control of either kind. What is asked of it belongs to the bound device, and goes when another is bound.

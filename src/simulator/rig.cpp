@@ -23,7 +23,7 @@ class RigParser {
   template <typename Input>
   Rig parse(Input&& input) {
     RigDocument([this](const JsonValue& device) {
-      rig_.devices.push_back(readDevice(device, rig_.texts));
+      rig_.devices.push_back(readDevice(device, rig_.storage));
     }).parse(std::forward<Input>(input));
     rememberPlaces();
     for (const Device& device : rig_.devices) checkGroup(device);
@@ -71,12 +71,10 @@ class RigParser {
 
 }  // namespace
 
-const char* RigTexts::keep(const std::string& text) {
-  const size_t size = text.size() + 1;
-  return static_cast<const char*>(std::memcpy(memory_->allocate(size, 1), text.c_str(), size));
-}
-
 const Device* Rig::find(int32_t number) const {
+  // Most rigs number their devices from 0 on without a gap.
+  const auto likely = static_cast<size_t>(number);
+  if (likely < devices.size() && devices[likely].number == number) return &devices[likely];
   const auto found = std::lower_bound(devices.begin(), devices.end(), number,
                                       [](const Device& device, int32_t wanted) { return device.number < wanted; });
   return found != devices.end() && found->number == number ? &*found : nullptr;

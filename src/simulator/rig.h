@@ -6,6 +6,7 @@
 #include <memory>
 #include <memory_resource>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -44,7 +45,8 @@ struct Solution {
   std::vector<Section> sections;
 };
 
-/// One installed device. What is null or absent is something that the device does not have. Texts are the rig's.
+/// One installed device. What is null or absent is something that the device does not have. Texts and lists are the
+/// rig's.
 struct Device {
   int32_t number;  ///< 0 and above
   int32_t productId = 0;
@@ -54,18 +56,26 @@ struct Device {
   const char* boardVersion = nullptr;
   const char* driverVersion = nullptr;
   const char* location = nullptr;
-  std::optional<std::vector<uint64_t>> baseAddresses;
-  std::optional<std::vector<int32_t>> interrupts;
+  std::optional<std::span<const uint64_t>> baseAddresses;
+  std::optional<std::span<const int32_t>> interrupts;
   std::unique_ptr<std::vector<Chip>> firmware;
   std::unique_ptr<std::vector<Solution>> calibration;
   std::unique_ptr<std::vector<int32_t>> children;  ///< of a fusion device
 };
 
-/// The texts of the devices, one behind the other: of a large rig they would be most of its memory otherwise.
-class RigTexts {
+/// The texts and lists of the devices, one behind the other: of a large rig they would be most of its memory otherwise.
+/// A copy lives as long as this object, and as what it is moved to.
+class RigStorage {
  public:
-  /// A terminated copy that lives as long as this object, and as what it is moved to.
-  const char* keep(const std::string& text);
+  /// A terminated copy.
+  const char* keep(const std::string& text) { return keepList(std::span(text.c_str(), text.size() + 1)).data(); }
+
+  template <typename Value>
+  std::span<const Value> keepList(std::span<const Value> list) {
+    auto* const copy = static_cast<Value*>(memory_->allocate(list.size_bytes(), alignof(Value)));
+    std::uninitialized_copy(list.begin(), list.end(), copy);
+    return {copy, list.size()};
+  }
 
  private:
   std::unique_ptr<std::pmr::monotonic_buffer_resource> memory_ =
@@ -75,7 +85,7 @@ class RigTexts {
 /// The devices in order of their numbers, which are distinct. Children are listed, are no fusion devices, belong to one
 /// group and share one product id.
 struct Rig {
-  RigTexts texts;
+  RigStorage storage;
   std::vector<Device> devices;
 
   /// The device with this number; null when there is none.

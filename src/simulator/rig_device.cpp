@@ -78,14 +78,18 @@ std::unique_ptr<std::vector<Element>> optionalList(JsonFields& fields, const cha
 
 }  // namespace
 
-Device readDevice(const JsonValue& value, RigTexts& texts) {
+Device readDevice(const JsonValue& value, RigStorage& storage) {
   const auto textOrNull = [&](const std::optional<JsonValue>& field) {
-    return field ? texts.keep(field->text()) : nullptr;
+    return field ? storage.keep(field->text()) : nullptr;
+  };
+  const auto listOrNone = [&]<typename Value>(const std::optional<JsonValue>& field, Value (*read)(const JsonValue&)) {
+    using List = std::span<const Value>;
+    return field ? std::optional(storage.keepList(List(field->list(read)))) : std::nullopt;
   };
   JsonFields fields(value);
   Device device;
   device.number = readDeviceNumber(fields.required("number"));
-  device.description = texts.keep(fields.required("description").text(255));
+  device.description = storage.keep(fields.required("description").text(255));
   device.children = optionalList(fields, "children", readDeviceNumber);
   if (const auto id = fields.optional("product_id")) device.productId = id->int32(0);
   if (const auto highest = fields.optional("highest_board_id")) device.highestBoardId = highest->int32(-1);
@@ -94,8 +98,8 @@ Device readDevice(const JsonValue& value, RigTexts& texts) {
   device.boardVersion = textOrNull(fields.optional("board_version"));
   device.driverVersion = textOrNull(fields.optional("driver_version"));
   device.location = textOrNull(fields.optional("location"));
-  if (const auto list = fields.optional("base_addresses")) device.baseAddresses = list->list(readAddress);
-  if (const auto list = fields.optional("interrupts")) device.interrupts = list->list(readInt32);
+  device.baseAddresses = listOrNone(fields.optional("base_addresses"), readAddress);
+  device.interrupts = listOrNone(fields.optional("interrupts"), readInt32);
   device.firmware = optionalList(fields, "firmware", readChip);
   device.calibration = optionalList(fields, "calibration", readSolution);
   fields.end();

@@ -6,7 +6,7 @@
 
 namespace simulator {
 
-/// Reads a device, its texts kept in `texts`; whether its children exist is left to the caller. Throws RigError.
-Device readDevice(const JsonValue& value, RigTexts& texts);
+/// Reads a device, what it keeps put into `storage`; whether its children exist is left to the caller. Throws RigError.
+Device readDevice(const JsonValue& value, RigStorage& storage);
 
 }  // namespace simulator

@@ -69,9 +69,9 @@ bool Simulation::isBorneByAnother(const std::string& description, int32_t number
 }
 
 void Simulation::undoAll(int32_t number, std::vector<StateChange>& changes) const {
-  const auto items = contents_.find(number);
-  if (items == contents_.end()) return;
-  for (const auto& [item, value] : items->second) changes.push_back({number, item, std::monostate()});
+  auto changed = contents_.lower_bound(std::pair(number, std::string_view()));
+  for (; changed != contents_.end() && changed->first.first == number; ++changed)
+    changes.push_back({number, changed->first.second, std::monostate()});
 }
 
 std::string_view Simulation::description(int32_t number) const {
@@ -143,10 +143,8 @@ ErrorCode Simulation::checkFree(int32_t number) {
 }
 
 const StateValue* Simulation::changed(int32_t number, std::string_view item) const {
-  const auto items = contents_.find(number);
-  if (items == contents_.end()) return nullptr;
-  const auto value = items->second.find(item);
-  return value == items->second.end() ? nullptr : &value->second;
+  const auto found = contents_.find(std::pair(number, item));
+  return found == contents_.end() ? nullptr : &found->second;
 }
 
 int64_t Simulation::changedNumber(int32_t number, std::string_view item, int64_t otherwise) const {
@@ -192,12 +190,11 @@ void Simulation::derive() {
 }
 
 std::string Simulation::findMismatch() const {
-  for (const auto& [number, items] : contents_) {
-    for (const auto& [item, value] : items) {
-      if (belongs(number, item, value)) continue;
-      return "was written for another rig (device " + std::to_string(number) + " has no \"" + item +
-             "\" here) and is not used; name another file with VELQ_STATE, or delete this one";
-    }
+  for (const auto& [key, value] : contents_) {
+    const auto& [number, item] = key;
+    if (belongs(number, item, value)) continue;
+    return "was written for another rig (device " + std::to_string(number) + " has no \"" + item +
+           "\" here) and is not used; name another file with VELQ_STATE, or delete this one";
   }
   return "";
 }
@@ -209,10 +206,10 @@ void Simulation::deriveGroups() {
     if (!device.children) continue;
     for (const int32_t child : *device.children) groupOf_[child] = device.number;
   }
-  for (const auto& [number, items] : contents_) {
-    const auto group = items.find("fusion");
-    if (group != items.end() && belongs(number, group->first, group->second))
-      groupOf_[number] = static_cast<int32_t>(std::get<int64_t>(group->second));
+  for (const auto& [key, value] : contents_) {
+    const auto& [number, item] = key;
+    if (item == "fusion" && belongs(number, item, value))
+      groupOf_[number] = static_cast<int32_t>(std::get<int64_t>(value));
   }
   std::erase_if(groupOf_, [](const auto& entry) { return entry.second < 0; });
   for (const auto& [child, group] : groupOf_) groups_[group].push_back(child);

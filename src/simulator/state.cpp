@@ -26,11 +26,11 @@ StateValue valueColumn(sqlite3_stmt* statement, int column) {
 }  // namespace
 
 void apply(StateContents& contents, const StateChange& change) {
-  auto& items = contents[change.device];
+  const std::pair key(change.device, change.item);
   if (std::holds_alternative<std::monostate>(change.value))
-    items.erase(change.item);
+    contents.erase(key);
   else
-    items[change.item] = change.value;
+    contents[key] = change.value;
 }
 
 bool State::refresh(StateContents& contents) {

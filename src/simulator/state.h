@@ -6,7 +6,8 @@
 #include <functional>
 #include <map>
 #include <string>
-#include <unordered_map>
+#include <tuple>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -25,8 +26,16 @@ struct StateChange {
   StateValue value;
 };
 
-/// All changed items, by device.
-using StateContents = std::unordered_map<int32_t, std::map<std::string, StateValue, std::less<>>>;
+/// Orders pairs of a device and an item, whether the item is a std::string or a std::string_view.
+struct StateOrder {
+  using is_transparent = void;
+  bool operator()(const auto& a, const auto& b) const {
+    return std::tie(a.first, a.second) < std::tie(b.first, b.second);
+  }
+};
+
+/// All changed items, by device and item.
+using StateContents = std::map<std::pair<int32_t, std::string>, StateValue, StateOrder>;
 
 /// Puts one change into `contents`.
 void apply(StateContents& contents, const StateChange& change);
