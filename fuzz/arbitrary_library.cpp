@@ -1,5 +1,5 @@
 // A device library, to be linked in, that answers what the input says: any status, null, any number, any text.
-#include <velq/library.h>
+#include <velq/fill_missing.h>
 
 #include <algorithm>
 #include <cwchar>
@@ -58,17 +58,19 @@ int32_t number() {
   return oneOf(numbers);
 }
 
-template <typename Result, typename... Parameters>
-Result anything(Parameters...) {
-  if constexpr (std::is_same_v<Result, ErrorCode>)
-    return status();
-  else if constexpr (std::is_same_v<Result, const wchar_t*>)
-    return text();
-  else if constexpr (std::is_pointer_v<Result>)
-    return choose(7) == 7 ? nullptr : reinterpret_cast<Result>(nodes);
-  else
-    return static_cast<Result>(number());
-}
+struct Anything {
+  template <typename Result>
+  static Result give() {
+    if constexpr (std::is_same_v<Result, ErrorCode>)
+      return status();
+    else if constexpr (std::is_same_v<Result, const wchar_t*>)
+      return text();
+    else if constexpr (std::is_pointer_v<Result>)
+      return choose(7) == 7 ? nullptr : reinterpret_cast<Result>(nodes);
+    else
+      return static_cast<Result>(number());
+  }
+};
 
 // Any characters, with a terminator or without.
 ErrorCode fill(DeviceCtrl*, int32_t capacity, wchar_t* buffer) {
@@ -100,11 +102,6 @@ CalibrationState state(CalibrationItem*, int64_t* value, int32_t* detail, uint32
   return static_cast<CalibrationState>(choose(3));
 }
 
-template <typename Result, typename... Parameters>
-constexpr void fillMissing(Result (*&field)(Parameters...)) {
-  if (field == nullptr) field = anything<Result, Parameters...>;
-}
-
 constexpr ObjectTable makeObjects() {
   ObjectTable table = {};
   table.DeviceCtrl_getDescription = table.DeviceCtrl_getBoardVersion = table.DeviceCtrl_getDriverVersion = fill;
@@ -116,16 +113,14 @@ constexpr ObjectTable makeObjects() {
   table.Array_getItem = [](Array*, int32_t index) -> void* {
     return choose(31) == 31 ? nullptr : &nodes[static_cast<size_t>(index) % std::size(nodes)];
   };
-#define VELQ_OBJECT(result, name, parameters, arguments) fillMissing(table.name);
-#include <velq/operations.def>
+  fillMissing<Anything>(table);
   return table;
 }
 
 constexpr FunctionTable makeFunctions() {
   FunctionTable table = {};
   table.CvxFusionDeviceGetChildren = fillChildren;
-#define VELQ_FUNCTION(result, name, parameters, arguments) fillMissing(table.name);
-#include <velq/operations.def>
+  fillMissing<Anything>(table);
   return table;
 }
 

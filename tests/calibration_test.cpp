@@ -30,14 +30,13 @@ const std::string FirstSection =
 const std::string Codes = "Off,code                " + Back + "0X000000AB\n, ..." + Back + "0X000000CD\n, ..." + Back +
                           "0X000000EF\n,OK  \nGain,code                " + Back + "0X000000F0\n,Failed\n";
 const std::string SecondSection = "Section 1 description:Rest\nSection 1 instrution:None\nPress any key to continue\n";
-const std::string LastSolution =
-    "Solution 2 description:More\nSolution 2 instrution:\nSection 0 description:S\nSection 0 instrution:I\n";
+const std::string LastSolution = "Solution 2 description:More\nSolution 2 instrution:\nSection 0 description:S\nSection 0 instrution:I\n";
 
 TEST_F(CalibrationTest, ProcedureFromTheFirstLineToTheLast) {
   useRig(Rig);
   const Outcome outcome = runWith({.arguments = {"/dn:0", "-cali:ai.auto"}, .input = "y\nN\n"});
-  EXPECT_EQ(outcome.output, Unsupported + FirstSection + Codes + SecondSection + "Solution 2 Completed!\n" + Question +
-                                LastSolution + AnyKey + "Solution 1 Completed!\n" + Question);
+  EXPECT_EQ(outcome.output, Unsupported + FirstSection + Codes + SecondSection + "Solution 2 Completed!\n" + Question + LastSolution + AnyKey +
+                                "Solution 1 Completed!\n" + Question);
   EXPECT_EQ(outcome.calls({"CalibrationSection_start", "sleep", "CalibrationSolution_update"}),
             "CalibrationSection_start(CalibrationSection#1) = 0x00000000\nsleep(1000)\n"
             "sleep(200)\nsleep(200)\nsleep(200)\nsleep(200)\n"
@@ -66,17 +65,13 @@ TEST_F(CalibrationTest, KeysAndAnswersOnATerminal) {
   // Two keys, the answer, whose line end is the next key, and the second answer. Keys are not echoed, answers are.
   for (const char* answer : {"y", "Y", "\xD9", "\xF9"}) {
     std::remove(state.c_str());
-    const Outcome outcome =
-        runWith({.arguments = {"/dn:0", "-cali:ai.auto"}, .keys = std::string("ab") + answer + "\nn\n"});
-    EXPECT_EQ(outcome.calls({"CalibrationSolution_update"}),
-              "CalibrationSolution_updateAsCurrent(CalibrationSolution#2) = 0x00000000\n")
-        << answer;
+    const Outcome outcome = runWith({.arguments = {"/dn:0", "-cali:ai.auto"}, .keys = std::string("ab") + answer + "\nn\n"});
+    EXPECT_EQ(outcome.calls({"CalibrationSolution_update"}), "CalibrationSolution_updateAsCurrent(CalibrationSolution#2) = 0x00000000\n") << answer;
     EXPECT_EQ(outcome.status, 0);
     EXPECT_NE(outcome.output.find(LastSolution + AnyKey), std::string::npos);
   }
   for (const char* answer : {"n", " y", "\x19", "\x04"})
-    EXPECT_EQ(runWith({.arguments = {"/dn:0", "-cali:ai.auto"}, .keys = std::string("ab") + answer + "\nn\n"})
-                  .calls({"CalibrationSolution_update"}),
+    EXPECT_EQ(runWith({.arguments = {"/dn:0", "-cali:ai.auto"}, .keys = std::string("ab") + answer + "\nn\n"}).calls({"CalibrationSolution_update"}),
               "")
         << answer;
 }
@@ -88,8 +83,7 @@ TEST_F(CalibrationTest, Failures) {
     std::string output;
     std::string calls;  ///< sleeps and updates; the second answer is the end of the first line
   };
-  const std::string rest = SecondSection + "Solution 2 Completed!\n" + Question + LastSolution + AnyKey +
-                           "Solution 1 Completed!\n" + Question;
+  const std::string rest = SecondSection + "Solution 2 Completed!\n" + Question + LastSolution + AnyKey + "Solution 1 Completed!\n" + Question;
   const std::string update = "CalibrationSolution_updateAsCurrent(CalibrationSolution#2) = ";
   const std::string polls = "sleep(200)\nsleep(200)\nsleep(200)\nsleep(200)\n";
   const Case cases[] = {
@@ -97,30 +91,25 @@ TEST_F(CalibrationTest, Failures) {
       {"Array_getLength=0", "", ""},
       {"CalibrationSection_start=0xE0000019", Unsupported + FirstSection, "sleep(1000)\n"},
       {"CalibrationSolution_getSections#1=null",
-       std::string(Unsupported) +
-           "Solution 1 description:Inputs\nSolution 1 instrution:Warm up\nSolution 0 Completed!\n" + Question +
-           LastSolution + AnyKey + "Solution 1 Completed!\n" + Question,
+       std::string(Unsupported) + "Solution 1 description:Inputs\nSolution 1 instrution:Warm up\nSolution 0 Completed!\n" + Question + LastSolution +
+           AnyKey + "Solution 1 Completed!\n" + Question,
        update + "0xe0000005\nsleep(1000)\n"},
-      {"CalibrationSection_getItems=null", Unsupported + FirstSection + rest,
-       "sleep(1000)\nsleep(1000)\n" + update + "0xe0000005\nsleep(1000)\n"},
+      {"CalibrationSection_getItems=null", Unsupported + FirstSection + rest, "sleep(1000)\nsleep(1000)\n" + update + "0xe0000005\nsleep(1000)\n"},
       {"CalibrationSection_start=0xC0000000; CalibrationItem_getState#1=7; CalibrationItem_getState#2=0",
-       Unsupported + FirstSection + "Off,code                " + Back + "0X00000000\nGain,code                " + Back +
-           "0X00000000\n,OK  \n" + rest,
+       Unsupported + FirstSection + "Off,code                " + Back + "0X00000000\nGain,code                " + Back + "0X00000000\n,OK  \n" + rest,
        "sleep(1000)\nsleep(200)\nsleep(200)\nsleep(1000)\n" + update + "0xe0000005\nsleep(1000)\n"},
       {"CalibrationSolution_updateAsCurrent#1=0xC0000000", Unsupported + FirstSection + Codes + rest,
        "sleep(1000)\n" + polls + "sleep(1000)\n" + update + "0xc0000000 (injected)\nsleep(1000)\n"},
   };
   for (const Case& test : cases) {
     SCOPED_TRACE(test.faults);
-    const Outcome outcome =
-        runWith({.arguments = {"/dn:0", "-cali:ai.auto"}, .faults = test.faults, .input = "y\ny\n"});
+    const Outcome outcome = runWith({.arguments = {"/dn:0", "-cali:ai.auto"}, .faults = test.faults, .input = "y\ny\n"});
     EXPECT_EQ(outcome.output, test.output);
     EXPECT_EQ(outcome.calls({"sleep", "CalibrationSolution_update"}), test.calls);
     EXPECT_EQ(outcome.unreleased("DaqCtrlBase"), "DaqCtrlBase#1");
   }
   for (const char* fault : {"CalibrationSolution_getName#2=null", "CalibrationItem_getName#1=null"})
-    EXPECT_EQ(runWith({.arguments = {"/dn:0", "-cali:ai.auto"}, .faults = fault, .expectsErrors = true}).signal,
-              SIGABRT);
+    EXPECT_EQ(runWith({.arguments = {"/dn:0", "-cali:ai.auto"}, .faults = fault, .expectsErrors = true}).signal, SIGABRT);
 }
 
 TEST_F(CalibrationTest, BackupRestore) {
@@ -139,8 +128,7 @@ TEST_F(CalibrationTest, BackupRestore) {
       {one, "-cali:ai.reverse", "", "This device do not support the function! ErrorLevel = 3\n", ""},
       {none, "-cali:ai.reverse", "", "", ""},
       {two, "-cali:ai.reverse", "", done + done, "01u01u"},
-      {two, "-cali:ai.reverse", "CalibrationSolution_loadGoldenBackup#1=0xA000000D",
-       "This device operation failed!\n" + done, "001u"},
+      {two, "-cali:ai.reverse", "CalibrationSolution_loadGoldenBackup#1=0xA000000D", "This device operation failed!\n" + done, "001u"},
       {two, "-cali:ai.reverse", "CalibrationSolution_loadGoldenBackup#2=1", done, "0101u"},
       {two, "-cali:ai.reverse", "CalibrationCtrl_getSolutions=null", "", ""},
       {two, "-cali:ai.reverse", "CalibrationSolution_updateAsCurrent=0xC0000000", done + done, "01u01u"},
@@ -171,13 +159,11 @@ TEST_F(CalibrationTest, RunningSectionHoldsTheDevice) {
   for (int i = 0; i < 500 && blocked.trace.empty(); ++i) {
     usleep(10'000);
     const Outcome outcome = run({"/dn:0", "-cali:ai.auto"});
-    if (outcome.calls().find("CalibrationSection_start(CalibrationSection#1) = 0xe0000019") != std::string::npos)
-      blocked = outcome;
+    if (outcome.calls().find("CalibrationSection_start(CalibrationSection#1) = 0xe0000019") != std::string::npos) blocked = outcome;
   }
   EXPECT_EQ(blocked.output, Unsupported + FirstSection);
   EXPECT_EQ(blocked.calls({"sleep"}), "sleep(1000)\n");
-  EXPECT_EQ(run({"/dn:0", "-cali:ai.reverse"}).output,
-            "This device operation failed!\nThis device operation failed!\n");
+  EXPECT_EQ(run({"/dn:0", "-cali:ai.reverse"}).output, "This device operation failed!\nThis device operation failed!\n");
   kill(process, SIGKILL);
   waitpid(process, nullptr, 0);
   EXPECT_NE(run({"/dn:0", "-cali:ai.auto"}).output.find("Completed"), std::string::npos);

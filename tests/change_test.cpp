@@ -36,26 +36,23 @@ TEST_F(ChangeCases, Description) {
   const std::string start = "Change device description start!\n";
   const std::string changed = start + "Device description has changed from ABC-12 to ";
   const std::string refused = "Failed to change Description of device 0! (Errorlevel = 3)\n";
-  check(
-      R"({"devices": [{"number": 0, "description": "ABC-12"}, {"number": 1, "description": "Other"}]})",
-      {{"-cd:New", changed + "New\n", "DeviceCtrl_dispose"},
-       {"-cd:XY*", changed + "XYC-12\n", "DeviceCtrl_dispose"},
-       {"-cd:?Z?", changed + "AZC\n", "DeviceCtrl_dispose"},
-       {"-cd:*_n*e?w", changed + "ABC-12_new\n", "DeviceCtrl_dispose"},
-       {"-cd:123456789?", changed + "123456789\n", "DeviceCtrl_dispose"},
-       {"-cd:a:b", changed + "a:b\n", "DeviceCtrl_dispose"},
-       {"-cd:My-Card", refused, "DeviceCtrl_getDeviceNumber", "DeviceCtrl#1"},
-       {"-cd:a+", refused, "DeviceCtrl_getDeviceNumber", "DeviceCtrl#1"},
-       {"-cd:@", refused, "DeviceCtrl_getDeviceNumber", "DeviceCtrl#1"},
-       {"-cd:/", refused, "DeviceCtrl_getDeviceNumber", "DeviceCtrl#1"},
-       {"-cd:", start + "setDescription error!\n", "DeviceCtrl_setDescription(DeviceCtrl#1, 1, \"\")", "DeviceCtrl#1"},
-       {"-cd:Other", start + "setDescription error!\n", "DeviceCtrl_setDescription(DeviceCtrl#1, 6", "DeviceCtrl#1"},
-       {"-cd:N", start + "setDescription error!\n", "DeviceCtrl_setDescription(DeviceCtrl#1, 2, \"N\") = 0xa000000d",
-        "DeviceCtrl#1", "DeviceCtrl_setDescription=0xA000000D"},
-       {"-cd:?N", start + "Device description has changed from  to N\n", "DeviceCtrl_dispose", "",
-        "DeviceCtrl_getDescription=0xC0000000"},
-       {"-cd:N", "Failed to change Board ID of device 0! (Errorlevel = 3).\n", "DeviceCtrl_Create", "",
-        "DeviceCtrl_Create=null"}});
+  check(R"({"devices": [{"number": 0, "description": "ABC-12"}, {"number": 1, "description": "Other"}]})",
+        {{"-cd:New", changed + "New\n", "DeviceCtrl_dispose"},
+         {"-cd:XY*", changed + "XYC-12\n", "DeviceCtrl_dispose"},
+         {"-cd:?Z?", changed + "AZC\n", "DeviceCtrl_dispose"},
+         {"-cd:*_n*e?w", changed + "ABC-12_new\n", "DeviceCtrl_dispose"},
+         {"-cd:123456789?", changed + "123456789\n", "DeviceCtrl_dispose"},
+         {"-cd:a:b", changed + "a:b\n", "DeviceCtrl_dispose"},
+         {"-cd:My-Card", refused, "DeviceCtrl_getDeviceNumber", "DeviceCtrl#1"},
+         {"-cd:a+", refused, "DeviceCtrl_getDeviceNumber", "DeviceCtrl#1"},
+         {"-cd:@", refused, "DeviceCtrl_getDeviceNumber", "DeviceCtrl#1"},
+         {"-cd:/", refused, "DeviceCtrl_getDeviceNumber", "DeviceCtrl#1"},
+         {"-cd:", start + "setDescription error!\n", "DeviceCtrl_setDescription(DeviceCtrl#1, 1, \"\")", "DeviceCtrl#1"},
+         {"-cd:Other", start + "setDescription error!\n", "DeviceCtrl_setDescription(DeviceCtrl#1, 6", "DeviceCtrl#1"},
+         {"-cd:N", start + "setDescription error!\n", "DeviceCtrl_setDescription(DeviceCtrl#1, 2, \"N\") = 0xa000000d", "DeviceCtrl#1",
+          "DeviceCtrl_setDescription=0xA000000D"},
+         {"-cd:?N", start + "Device description has changed from  to N\n", "DeviceCtrl_dispose", "", "DeviceCtrl_getDescription=0xC0000000"},
+         {"-cd:N", "Failed to change Board ID of device 0! (Errorlevel = 3).\n", "DeviceCtrl_Create", "", "DeviceCtrl_Create=null"}});
   EXPECT_EQ(runWith({.arguments = {"/dn:0", "1234567-cd:N"}, .expectsErrors = true}).signal, SIGABRT);
 }
 
@@ -73,14 +70,11 @@ TEST_F(ChangeCases, BoardId) {
          {"-ci:5", failed, "DeviceCtrl_getDeviceNumber", "DeviceCtrl#1", "DeviceCtrl_setBoardId=0xC0000000"},
          {"-ci:5", success, "DeviceCtrl_dispose", "", "DeviceCtrl_setBoardId=0xBFFFFFFF"},
          {"-ci:5", success, "DeviceCtrl_dispose", "", "DeviceCtrl_setBoardId=0xA000000D"},
-         {"-ci:5", success + "update device description error!\n", set + "8, \"ABC12#5\")", "DeviceCtrl#1",
-          "DeviceCtrl_setDescription=0xA000000D"},
-         {"-ci:9", start + "Change the Board ID of device 0() success.\n", "DeviceCtrl_dispose", "",
-          "DeviceCtrl_getDescription=0xC0000000"}});
+         {"-ci:5", success + "update device description error!\n", set + "8, \"ABC12#5\")", "DeviceCtrl#1", "DeviceCtrl_setDescription=0xA000000D"},
+         {"-ci:9", start + "Change the Board ID of device 0() success.\n", "DeviceCtrl_dispose", "", "DeviceCtrl_getDescription=0xC0000000"}});
   std::remove(state.c_str());
   EXPECT_EQ(run({"/dn:0", "-ci:99999999999"}).calls({"DeviceCtrl_set"}),
-            "DeviceCtrl_setBoardId(DeviceCtrl#1, 2147483647) = 0x00000000\n" + set +
-                "17, \"ABC12#2147483647\") = 0x00000000\n");
+            "DeviceCtrl_setBoardId(DeviceCtrl#1, 2147483647) = 0x00000000\n" + set + "17, \"ABC12#2147483647\") = 0x00000000\n");
   EXPECT_NE(run({"/dn:0"}).output.find("Board ID: 2147483647\n"), std::string::npos);
 }
 
@@ -88,8 +82,7 @@ TEST_F(ChangeTest, RebuiltDescriptionIsBoundedBy128Characters) {
   useRig(R"({"devices": [{"number": 0, "description": ")" + std::string(200, 'd') + R"("}]})");
   const Outcome outcome = run({"/dn:0", "-ci:12"});
   const std::string cut(127, 'd');
-  EXPECT_NE(outcome.calls().find("setDescription(DeviceCtrl#1, 128, \"" + cut + "\")"), std::string::npos)
-      << outcome.calls();
+  EXPECT_NE(outcome.calls().find("setDescription(DeviceCtrl#1, 128, \"" + cut + "\")"), std::string::npos) << outcome.calls();
 }
 
 TEST_F(ChangeTest, DescriptionsAreConvertedInTheEnvironmentsLocale) {
@@ -97,8 +90,7 @@ TEST_F(ChangeTest, DescriptionsAreConvertedInTheEnvironmentsLocale) {
   const auto calls = [&](const char* option, const char* locale) {
     return runWith({.arguments = {"/dn:0", option}, .locale = locale}).calls({"DeviceCtrl_setDescription"});
   };
-  EXPECT_EQ(calls("-cd:*ß", "C.UTF-8"),
-            "DeviceCtrl_setDescription(DeviceCtrl#1, 9, \"M\\x{fc}hle 1\\x{df}\") = 0x00000000\n");
+  EXPECT_EQ(calls("-cd:*ß", "C.UTF-8"), "DeviceCtrl_setDescription(DeviceCtrl#1, 9, \"M\\x{fc}hle 1\\x{df}\") = 0x00000000\n");
   // Positions count bytes: the "?" takes half of a character, which ends the text.
   EXPECT_EQ(calls("-cd:M?X", "C.UTF-8"), "DeviceCtrl_setDescription(DeviceCtrl#1, 2, \"M\") = 0x00000000\n");
   EXPECT_EQ(run({"/dn:0"}).output.substr(0, 35), "Detail information of device 0 (M)\n");

@@ -17,8 +17,7 @@ struct Case {
 TEST_F(CommandLineTest, ExitStatusAndOutput) {
   useRig(OneBoard);
   const std::string list = "Quellis devices list in system:\n0,Board\n";
-  const std::string noMatch =
-      "No matched device found!Check your input and make sure the device on the PC is working normaly.\n";
+  const std::string noMatch = "No matched device found!Check your input and make sure the device on the PC is working normaly.\n";
   const std::string entered = "Device description you have entered:";
   const Case cases[] = {
       {{}, list},
@@ -57,8 +56,7 @@ TEST_F(CommandLineTest, ExitStatusAndOutput) {
 TEST_F(CommandLineTest, HelpNeedsNoLibraryCall) {
   const Outcome outcome = run({"/?"});
   EXPECT_TRUE(outcome.trace.empty());
-  EXPECT_TRUE(
-      outcome.output.starts_with("Corvane DAQ device tool help.\nUsage: qutil [/?] [/dn:Num [options] ]  [/dd:"));
+  EXPECT_TRUE(outcome.output.starts_with("Corvane DAQ device tool help.\nUsage: qutil [/?] [/dn:Num [options] ]  [/dd:"));
   EXPECT_NE(outcome.output.find("-fwo:\"FilePath\" [n [\"ActivationCode\"]]\n"), std::string::npos);
   EXPECT_TRUE(outcome.output.ends_with("-defusion        :: Dissociate the specified fusion device.\n\n"));
   EXPECT_EQ(std::count(outcome.output.begin(), outcome.output.end(), '\n'), 25);
@@ -80,9 +78,8 @@ TEST_F(CommandLineTest, NumberTexts) {
                                                        {"/dn:-99999999999999999999", "-2147483648"}};
   for (const auto& [argument, number] : cases) {
     const Outcome outcome = run({argument, "-detail"});
-    EXPECT_EQ(outcome.calls({"DeviceCtrl_Create"}).find("DeviceCtrl_Create(" + std::string(number) + ", \"\", 1)"), 0U)
-        << argument << "\n"
-        << outcome.calls();
+    EXPECT_EQ(outcome.calls({"DeviceCtrl_Create"}).find("DeviceCtrl_Create(" + std::string(number) + ", \"\", 1)"), 0U) << argument << "\n"
+                                                                                                                        << outcome.calls();
   }
 }
 
@@ -91,11 +88,8 @@ TEST_F(CommandLineTest, TooLongTextsAbort) {
   const std::string fits(256, '7');
   const std::string tooLong(257, '7');
   EXPECT_EQ(run({"/dn:" + fits}).output, "Cannot find specifiled Quellis device 2147483647!(Errorleve= 2)\n");
-  const std::vector<std::string> aborting[] = {{"/dn:" + tooLong},
-                                               {"/dd:" + tooLong, "-fusion"},
-                                               {"/dd:X", "-fusion", tooLong},
-                                               {"/dn:0", "-cd:" + tooLong},
-                                               {"/dn:0", "-ci:" + tooLong}};
+  const std::vector<std::string> aborting[] = {
+      {"/dn:" + tooLong}, {"/dd:" + tooLong, "-fusion"}, {"/dd:X", "-fusion", tooLong}, {"/dn:0", "-cd:" + tooLong}, {"/dn:0", "-ci:" + tooLong}};
   for (const auto& arguments : aborting) EXPECT_EQ(run(arguments).signal, SIGABRT) << arguments[1];
 }
 
@@ -141,8 +135,7 @@ TEST_F(CommandLineTest, LongDescriptionsAreCutTo63Characters) {
   const std::string text(70, 'd');
   useRig(R"({"devices": [{"number": 1, "description": ")" + text + R"("}]})");
   EXPECT_EQ(run({}).output, "Quellis devices list in system:\n0," + text + "\n");
-  EXPECT_EQ(run({"/dd:d*"}).calls({"DeviceCtrl_Create"}),
-            "DeviceCtrl_Create(-1, \"" + text.substr(0, 63) + "\", 1) = null\n");
+  EXPECT_EQ(run({"/dd:d*"}).calls({"DeviceCtrl_Create"}), "DeviceCtrl_Create(-1, \"" + text.substr(0, 63) + "\", 1) = null\n");
 }
 
 TEST_F(CommandLineTest, LocaleIsTheEnvironmentsInTheListingOnly) {
@@ -151,14 +144,12 @@ TEST_F(CommandLineTest, LocaleIsTheEnvironmentsInTheListingOnly) {
   EXPECT_EQ(runWith({.arguments = {}, .locale = "C.UTF-8"}).output, heading + "0,Plain\n1,Mühle\n");
   EXPECT_EQ(runWith({.arguments = {}, .locale = "C"}).output, heading + "0,Plain\n1,");
   // A message that holds what "C" cannot write ends there, line end and all.
-  EXPECT_TRUE(
-      runWith({.arguments = {"/dn:1"}, .locale = "C.UTF-8"})
-          .output.starts_with("Detail information of device 1 (Device Number: 1\nDescription: ProductID:0x0\n"));
+  EXPECT_TRUE(runWith({.arguments = {"/dn:1"}, .locale = "C.UTF-8"})
+                  .output.starts_with("Detail information of device 1 (Device Number: 1\nDescription: ProductID:0x0\n"));
   // Matching converts in "C" in either: what could not be converted is matched as what was, here nothing.
   for (const char* locale : {"C", "C.UTF-8"}) {
     EXPECT_EQ(runWith({.arguments = {"/dd:M*"}, .locale = locale}).status, 255);
-    EXPECT_NE(runWith({.arguments = {"/dd:*", "-x"}, .locale = locale}).output.find("Find 2 devices"),
-              std::string::npos);
+    EXPECT_NE(runWith({.arguments = {"/dd:*", "-x"}, .locale = locale}).output.find("Find 2 devices"), std::string::npos);
   }
 }
 

@@ -37,14 +37,14 @@ TEST_F(FirmwareTest, Report) {
     std::string faults, lines;
     int questions;  ///< asked of chips and devices
   };
-  const Case cases[] = {{"", first + second, 6},
-                        {"FirmwareCtrls_getFirmwares=null", "", 0},
-                        {"Array_getLength=0", "", 0},
-                        {"Array_getLength=-2", "", 0},
-                        {"DaqCtrlBase_getDevice=null", "", 2},
-                        {"DeviceCtrl_getDescription#1=0xC0000000", "", 3},
-                        {"DeviceCtrl_getDescription#2=0xBFFFFFFF",
-                         first + "Firmware information in device:4()\nChip:1\nDescription:B\nversion:1.10\n", 6}};
+  const Case cases[] = {
+      {"", first + second, 6},
+      {"FirmwareCtrls_getFirmwares=null", "", 0},
+      {"Array_getLength=0", "", 0},
+      {"Array_getLength=-2", "", 0},
+      {"DaqCtrlBase_getDevice=null", "", 2},
+      {"DeviceCtrl_getDescription#1=0xC0000000", "", 3},
+      {"DeviceCtrl_getDescription#2=0xBFFFFFFF", first + "Firmware information in device:4()\nChip:1\nDescription:B\nversion:1.10\n", 6}};
   for (const auto& [faults, lines, questions] : cases) {
     const Outcome outcome = runWith({.arguments = {"/dn:4", "-fw"}, .faults = faults});
     EXPECT_EQ(outcome.output, "Query firmware information Start!\n" + lines) << faults;
@@ -56,8 +56,7 @@ TEST_F(FirmwareTest, Report) {
 
 TEST_F(FirmwareTest, OverwriteFollowsProgressToTheEnd) {
   const Outcome outcome = run({"/dn:4", "-fwo:" + newer});
-  EXPECT_EQ(outcome.output,
-            Start + overwrite(0, "Wait.") + "Progressing:    \b\b\b\b  5%\b\b\b\b 99%\b\b\b\b100%" + Finish);
+  EXPECT_EQ(outcome.output, Start + overwrite(0, "Wait.") + "Progressing:    \b\b\b\b  5%\b\b\b\b 99%\b\b\b\b100%" + Finish);
   EXPECT_EQ(outcome.calls({"FirmwareItem", "sleep"}),
             "FirmwareItem_getVersion(FirmwareItem#1) = \"1.10\"\n"
             "FirmwareItem_loadFile(FirmwareItem#1, \"" +
@@ -73,8 +72,7 @@ TEST_F(FirmwareTest, OverwriteFollowsProgressToTheEnd) {
                 "sleep(500)\nFirmwareItem_getProgress(FirmwareItem#1) = 99\n"
                 "sleep(500)\nFirmwareItem_getProgress(FirmwareItem#1) = 100\n");
   EXPECT_NE(run({"/dn:4", "-fw"}).output.find("Description:A\nversion:1.11\n"), std::string::npos);
-  EXPECT_EQ(run({"/dn:4", "-fwo:" + newer, "001", "key"}).output,
-            Start + overwrite(1, "Lock.") + "Progressing:    \b\b\b\b250%" + Finish);
+  EXPECT_EQ(run({"/dn:4", "-fwo:" + newer, "001", "key"}).output, Start + overwrite(1, "Lock.") + "Progressing:    \b\b\b\b250%" + Finish);
 }
 
 TEST_F(FirmwareTest, Failures) {
@@ -87,8 +85,7 @@ TEST_F(FirmwareTest, Failures) {
   const std::string option = "-fwo:" + newer;
   const std::string older = "-fwo:" + firmware("older", "0x1216", "0x0110");
   const std::string shown = Start + overwrite(0, "Wait.");
-  const std::string warned =
-      std::string(Start) + "Warning: The loaded firmware is not newer than the existing one!\n" + Failed;
+  const std::string warned = std::string(Start) + "Warning: The loaded firmware is not newer than the existing one!\n" + Failed;
   const std::string unknown = std::string(Start) + "Error: Unknown Error is occured!\n" + Failed;
   const std::string progress = "FirmwareItem_getProgress";
   const Case cases[] = {
@@ -100,22 +97,13 @@ TEST_F(FirmwareTest, Failures) {
       {{option}, "Array_getLength=0", std::string(Start) + NoChip, ""},
       {{older}, "FirmwareItem_start=0xC0000000", warned + overwrite(0, "Wait."), "FirmwareItem_start"},
       {{option}, "FirmwareItem_loadFile=0xC0000000", unknown, "FirmwareItem_loadFile"},
-      {{option},
-       "FirmwareItem_loadFile=0xBFFFFFFF; FirmwareItem_start=0xE0000019",
-       unknown + overwrite(0, "Wait."),
-       "FirmwareItem_start"},
+      {{option}, "FirmwareItem_loadFile=0xBFFFFFFF; FirmwareItem_start=0xE0000019", unknown + overwrite(0, "Wait."), "FirmwareItem_start"},
       {{option},
        "FirmwareItem_loadFile=0xE0000019",
        std::string(Start) + "Error: The device is busy now, it can not be opened!\n" + Failed,
        "FirmwareItem_loadFile"},
-      {{"-fwo:/nowhere"},
-       "",
-       std::string(Start) + "Error: The specified file can not open!\n" + Failed,
-       "FirmwareItem_loadFile"},
-      {{"-fwo:" + path("rig.json")},
-       "",
-       std::string(Start) + "Error: This Firmware is not for the Device!\n" + Failed,
-       "FirmwareItem_loadFile"},
+      {{"-fwo:/nowhere"}, "", std::string(Start) + "Error: The specified file can not open!\n" + Failed, "FirmwareItem_loadFile"},
+      {{"-fwo:" + path("rig.json")}, "", std::string(Start) + "Error: This Firmware is not for the Device!\n" + Failed, "FirmwareItem_loadFile"},
       {{option}, "FirmwareItem_confirmNotice=0xC0000000", shown, "FirmwareItem_start"},
       {{option, "1", "wrong"}, "", Start + overwrite(1, "Lock."), "FirmwareItem_start"},
       {{option}, "FirmwareItem_getProgress=-1002", shown + "Device is busy! Can't run firmware download!\n", progress},

@@ -136,8 +136,7 @@ std::string Outcome::unreleased(const std::string& kind) const {
   for (const std::string& line : trace) {
     const size_t result = line.rfind(" = " + kind + "#");
     if (line.starts_with(kind + "_Create(") && result != std::string::npos) handles.push_back(line.substr(result + 3));
-    if (line.starts_with(kind + "_dispose("))
-      std::erase(handles, line.substr(kind.size() + 9, line.size() - kind.size() - 10));
+    if (line.starts_with(kind + "_dispose(")) std::erase(handles, line.substr(kind.size() + 9, line.size() - kind.size() - 10));
   }
   std::string list;
   for (const std::string& handle : handles) list += (list.empty() ? "" : " ") + handle;
@@ -156,9 +155,7 @@ void ToolTest::useRig(const std::string& json) {
   environment["VELQ_RIG"] = path("rig.json");
 }
 
-void ToolTest::write(const std::string& name, const std::string& content) const {
-  std::ofstream(path(name), std::ios::binary) << content;
-}
+void ToolTest::write(const std::string& name, const std::string& content) const { std::ofstream(path(name), std::ios::binary) << content; }
 
 std::vector<std::string> ToolTest::environmentOf(const Command& command) const {
   std::map<std::string, std::string> variables = environment;

@@ -1,5 +1,5 @@
 // A library that keeps no rule it can break without crossing memory of its own. HOSTILE says which.
-#include <velq/library.h>
+#include <velq/fill_missing.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -16,17 +16,17 @@ bool is(const char* behaviour) { return std::strstr(std::getenv("HOSTILE"), beha
 char object[1 << 12];
 wchar_t longText[5000];
 
-template <typename Result>
-Result answer() {
-  if constexpr (std::is_same_v<Result, ErrorCode>)
-    return Success;
-  else if constexpr (std::is_same_v<Result, const wchar_t*>)
-    return is("null") ? nullptr : longText;
-  else if constexpr (std::is_pointer_v<Result>)
-    return is("null") ? nullptr : reinterpret_cast<Result>(object);
-  else
-    return Result();
-}
+struct Anything {
+  template <typename Result>
+  static Result give() {
+    if constexpr (std::is_same_v<Result, const wchar_t*>)
+      return is("null") ? nullptr : longText;
+    else if constexpr (std::is_pointer_v<Result>)
+      return is("null") ? nullptr : reinterpret_cast<Result>(object);
+    else
+      return Result();  // of a status: Success
+  }
+};
 
 // Fills the whole capacity and leaves the terminator out.
 ErrorCode fillUnterminated(DeviceCtrl*, int32_t capacity, wchar_t* text) {
@@ -48,28 +48,15 @@ ErrorCode manyChildren(int32_t, int32_t* count, int32_t*) {
 int32_t length(Array*) { return is("negative") ? -5 : is("enormous") ? INT32_MAX : 2; }
 void* item(Array*, int32_t index) { return index < 2 ? object : nullptr; }
 
-template <typename Result, typename... Parameters>
-Result anything(Parameters...) {
-  return answer<Result>();
-}
-
-template <typename Result, typename... Parameters>
-constexpr void fillMissing(Result (*&field)(Parameters...)) {
-  if (field == nullptr) field = anything<Result, Parameters...>;
-}
-
 constexpr ObjectTable makeObjects() {
   ObjectTable table = {};
-  table.DeviceCtrl_getDescription = fillUnterminated;
-  table.DeviceCtrl_getBoardVersion = fillUnterminated;
-  table.DeviceCtrl_getDriverVersion = fillUnterminated;
-  table.DeviceCtrl_getDllVersion = fillUnterminated;
+  table.DeviceCtrl_getDescription = table.DeviceCtrl_getBoardVersion = fillUnterminated;
+  table.DeviceCtrl_getDriverVersion = table.DeviceCtrl_getDllVersion = fillUnterminated;
   table.DeviceCtrl_getLocation = fillUnterminated;
   table.DaqCtrlBase_getSelectedDevice = fillRecord;
   table.Array_getLength = length;
   table.Array_getItem = item;
-#define VELQ_OBJECT(result, name, parameters, arguments) fillMissing(table.name);
-#include <velq/operations.def>
+  fillMissing<Anything>(table);
   return table;
 }
 
@@ -77,8 +64,7 @@ constexpr FunctionTable makeFunctions() {
   FunctionTable table = {};
   table.CvxFusionDeviceGetChildren = manyChildren;
   table.CvxIsFusionDevice = [](int32_t) { return is("fusion") ? Success : ErrorDeviceBusy; };
-#define VELQ_FUNCTION(result, name, parameters, arguments) fillMissing(table.name);
-#include <velq/operations.def>
+  fillMissing<Anything>(table);
   return table;
 }
 

@@ -30,9 +30,7 @@ TEST_F(LibraryTest, OneEntryIsExportedAndTheToolNeedsIt) {
   EXPECT_NE(tool.find("(NEEDED)             Shared library: [libvelq.so]"), std::string::npos) << tool;
   EXPECT_NE(tool.find("(RUNPATH)"), std::string::npos);
   for (const char* library : {SIMULATOR, PROBE, MINIMAL_LIBRARY_DIR "/libvelq.so"})
-    EXPECT_EQ(outputOf(std::string("nm -D --defined-only --format=posix ") + library + " | cut -d' ' -f1"),
-              "CvxQuellisLibInitialize\n")
-        << library;
+    EXPECT_EQ(outputOf(std::string("nm -D --defined-only --format=posix ") + library + " | cut -d' ' -f1"), "CvxQuellisLibInitialize\n") << library;
   EXPECT_NE(outputOf("readelf -Wd " SIMULATOR).find("Library soname: [libvelq.so]"), std::string::npos);
 }
 
@@ -42,9 +40,7 @@ TEST_F(LibraryTest, BuildIsHardened) {
     EXPECT_NE(headers.find("Type:                              DYN"), std::string::npos) << file;
     EXPECT_NE(headers.find("GNU_RELRO"), std::string::npos) << file;
     EXPECT_NE(headers.find("BIND_NOW"), std::string::npos) << file;
-    EXPECT_NE(headers.find("GNU_STACK      0x000000 0x0000000000000000 0x0000000000000000 0x000000 0x000000 RW "),
-              std::string::npos)
-        << file;
+    EXPECT_NE(headers.find("GNU_STACK      0x000000 0x0000000000000000 0x0000000000000000 0x000000 0x000000 RW "), std::string::npos) << file;
     const std::string symbols = outputOf("readelf -Ws --dyn-syms " + file);
     EXPECT_NE(symbols.find("__stack_chk_fail"), std::string::npos) << file;
 #ifdef _FORTIFY_SOURCE
@@ -70,9 +66,7 @@ TEST_F(LibraryTest, HostileAnswersLeaveTheToolWhole) {
     environment["HOSTILE"] = behaviour;
     for (const auto& arguments : commands) {
       // An object's place in an array is the library's word: the tool walks to the end of what it was told.
-      if (behaviour == std::string("enormous") && arguments.size() == 2 &&
-          arguments[1].find("cali") != std::string::npos)
-        continue;
+      if (behaviour == std::string("enormous") && arguments.size() == 2 && arguments[1].find("cali") != std::string::npos) continue;
       SCOPED_TRACE(behaviour + testing::PrintToString(arguments));
       const Outcome outcome = runWith({.arguments = arguments, .library = HOSTILE_LIBRARY_DIR});
       EXPECT_EQ(outcome.signal, 0);
@@ -82,10 +76,8 @@ TEST_F(LibraryTest, HostileAnswersLeaveTheToolWhole) {
   EXPECT_TRUE(runWith({.arguments = {"/dn:0", "-cali:ai.reverse"}, .library = HOSTILE_LIBRARY_DIR})
                   .output.starts_with("Revise AI module adjusting code of device 0(" + std::string(63, 'x') + ") "));
   EXPECT_EQ(runWith({.arguments = {"/dn:0", "-cd:*"}, .library = HOSTILE_LIBRARY_DIR}).output,
-            "Change device description start!\nDevice description has changed from " + std::string(63, 'x') + " to " +
-                std::string(63, 'x') + "\n");
-  EXPECT_NE(runWith({.arguments = {"/dn:0"}, .library = HOSTILE_LIBRARY_DIR})
-                .output.find("Description: " + std::string(50, 'x') + "\n"),
+            "Change device description start!\nDevice description has changed from " + std::string(63, 'x') + " to " + std::string(63, 'x') + "\n");
+  EXPECT_NE(runWith({.arguments = {"/dn:0"}, .library = HOSTILE_LIBRARY_DIR}).output.find("Description: " + std::string(50, 'x') + "\n"),
             std::string::npos);
 }
 

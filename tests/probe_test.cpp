@@ -19,18 +19,16 @@ TEST_F(ProbeTest, EveryFieldOfBothTablesPassesThrough) {
                                                           {"/dn:256", "-defusion"}};
   std::string all = "\n";
   for (const auto& arguments : commands) all += runWith({.arguments = arguments, .input = "y\n"}).calls();
-#define VELQ_FUNCTION(result, name, parameters, arguments) \
-  EXPECT_NE(all.find("\n" #name "("), std::string::npos) << #name;
+#define VELQ_FUNCTION(result, name, parameters, arguments) EXPECT_NE(all.find("\n" #name "("), std::string::npos) << #name;
 #define VELQ_OBJECT(result, name, parameters, arguments) VELQ_FUNCTION(result, name, parameters, arguments)
 #include <velq/operations.def>
 }
 
 TEST_F(ProbeTest, InjectedAnswersAreMarkedAndThoseNeverReachedCounted) {
   useRig(OneBoard);
-  const Outcome outcome = runWith(
-      {.arguments = {"/dn:0"},
-       .faults = " DeviceCtrl_getDeviceNumber#2=-5;DeviceCtrl_getBoardId#2-3=1 ; DeviceCtrl_getProductId = 0xffffffff; "
-                 "DeviceCtrl_getLocation=0xC0000000;CvxIsFusionDevice=0;"});
+  const Outcome outcome = runWith({.arguments = {"/dn:0"},
+                                   .faults = " DeviceCtrl_getDeviceNumber#2=-5;DeviceCtrl_getBoardId#2-3=1 ; DeviceCtrl_getProductId = 0xffffffff; "
+                                             "DeviceCtrl_getLocation=0xC0000000;CvxIsFusionDevice=0;"});
   EXPECT_EQ(outcome.output.substr(0, outcome.output.find("Driver")),
             "Detail information of device 0 (Board)\nDevice Number: -5\nDescription: Board\nProductID:0xFFFFFFFF\n"
             "Board ID: 0\n");
@@ -39,26 +37,24 @@ TEST_F(ProbeTest, InjectedAnswersAreMarkedAndThoseNeverReachedCounted) {
             "DeviceCtrl_getLocation(DeviceCtrl#1, 100, \"\") = 0xc0000000 (injected)\n");
   const std::string never = "# faults never reached: 1; CvxIsFusionDevice=0";
   EXPECT_EQ(runWith({.arguments = {"/?"}, .faults = "CvxIsFusionDevice=0"}).trace.back(), never);
-  EXPECT_EQ(runWith({.arguments = {"/dd:(", "x"}, .faults = "CvxIsFusionDevice=0", .expectsErrors = true}).trace.back(),
-            never);
+  EXPECT_EQ(runWith({.arguments = {"/dd:(", "x"}, .faults = "CvxIsFusionDevice=0", .expectsErrors = true}).trace.back(), never);
   EXPECT_EQ(outcome.trace.back(), "# faults never reached: 2; DeviceCtrl_getBoardId#2-3=1; CvxIsFusionDevice=0");
 }
 
 TEST_F(ProbeTest, BadFaultsStopTheRun) {
   useRig(OneBoard);
-  const std::pair<const char*, const char*> cases[] = {
-      {"DeviceCtrl_getBoardID=1", "expected the name of an operation before '#' or '='"},
-      {"DeviceCtrl_getBoardId", "expected OPERATION[#FIRST[-LAST]]=ANSWER"},
-      {"CvxIsFusionDevice=0;;CvxIsFusionDevice=0", "expected OPERATION[#FIRST[-LAST]]=ANSWER"},
-      {"DeviceCtrl_getBoardId#0=1", "expected #FIRST or #FIRST-LAST, counted from 1"},
-      {"DeviceCtrl_getBoardId#3-2=1", "expected #FIRST or #FIRST-LAST, counted from 1"},
-      {"DeviceCtrl_getBoardId#x=1", "expected #FIRST or #FIRST-LAST, counted from 1"},
-      {"DeviceCtrl_getBoardId=", "expected a 32-bit number as the answer"},
-      {"DeviceCtrl_getBoardId=0x100000000", "expected a 32-bit number as the answer"},
-      {"DeviceCtrl_getBoardId=0x-5", "expected a 32-bit number as the answer"},
-      {"DeviceCtrl_getBoardId=null", "expected a 32-bit number as the answer"},
-      {"DeviceCtrl_Create=0", "expected the answer null"},
-      {"DeviceCtrl_dispose=0", "expected an operation that answers something"}};
+  const std::pair<const char*, const char*> cases[] = {{"DeviceCtrl_getBoardID=1", "expected the name of an operation before '#' or '='"},
+                                                       {"DeviceCtrl_getBoardId", "expected OPERATION[#FIRST[-LAST]]=ANSWER"},
+                                                       {"CvxIsFusionDevice=0;;CvxIsFusionDevice=0", "expected OPERATION[#FIRST[-LAST]]=ANSWER"},
+                                                       {"DeviceCtrl_getBoardId#0=1", "expected #FIRST or #FIRST-LAST, counted from 1"},
+                                                       {"DeviceCtrl_getBoardId#3-2=1", "expected #FIRST or #FIRST-LAST, counted from 1"},
+                                                       {"DeviceCtrl_getBoardId#x=1", "expected #FIRST or #FIRST-LAST, counted from 1"},
+                                                       {"DeviceCtrl_getBoardId=", "expected a 32-bit number as the answer"},
+                                                       {"DeviceCtrl_getBoardId=0x100000000", "expected a 32-bit number as the answer"},
+                                                       {"DeviceCtrl_getBoardId=0x-5", "expected a 32-bit number as the answer"},
+                                                       {"DeviceCtrl_getBoardId=null", "expected a 32-bit number as the answer"},
+                                                       {"DeviceCtrl_Create=0", "expected the answer null"},
+                                                       {"DeviceCtrl_dispose=0", "expected an operation that answers something"}};
   for (const auto& [faults, expected] : cases) {
     const Outcome outcome = runWith({.arguments = {}, .faults = faults, .expectsErrors = true});
     EXPECT_EQ(outcome.signal, SIGABRT) << faults;

@@ -30,10 +30,8 @@ TEST_F(HandleTest, MisuseIsOneLineAndAnAbort) {
   EXPECT_EQ(Array_getItem(addresses, -1), nullptr);
   EXPECT_DEATH(DeviceCtrl_getBoardId(nullptr), "^velq-sim: DeviceCtrl_getBoardId: null handle\n$");
   EXPECT_DEATH(DeviceCtrl_getBoardId(reinterpret_cast<DeviceCtrl*>(&foreign)), "getBoardId: foreign handle\n$");
-  EXPECT_DEATH(DeviceCtrl_getBoardId(reinterpret_cast<DeviceCtrl*>(control)),
-               "getBoardId: handle of the wrong kind\n$");
-  EXPECT_DEATH(CalibrationCtrl_getSolutions(reinterpret_cast<CalibrationCtrl*>(control)),
-               "handle of the wrong kind\n$");
+  EXPECT_DEATH(DeviceCtrl_getBoardId(reinterpret_cast<DeviceCtrl*>(control)), "getBoardId: handle of the wrong kind\n$");
+  EXPECT_DEATH(CalibrationCtrl_getSolutions(reinterpret_cast<CalibrationCtrl*>(control)), "handle of the wrong kind\n$");
   EXPECT_DEATH(DeviceCtrl_dispose(DaqCtrlBase_getDevice(control)), "handle that belongs to its control\n$");
   DeviceCtrl_dispose(device);
   EXPECT_DEATH(DeviceCtrl_dispose(device), "DeviceCtrl_dispose: handle that was disposed of\n$");
@@ -46,8 +44,7 @@ TEST_F(HandleTest, FirmwareStartNeedsAFileANoticeAndThePassword) {
   DaqCtrlBase* const control = DaqCtrlBase_Create(ScenarioFirmware);
   const DeviceInformation record{.DeviceNumber = 5, .OpenMode = AccessDevice, .ModuleIndex = 0, .Description = {}};
   DaqCtrlBase_setSelectedDevice(control, &record);
-  auto* const chip =
-      static_cast<FirmwareItem*>(Array_getItem(FirmwareCtrls_getFirmwares(static_cast<FirmwareCtrls*>(control)), 0));
+  auto* const chip = static_cast<FirmwareItem*>(Array_getItem(FirmwareCtrls_getFirmwares(static_cast<FirmwareCtrls*>(control)), 0));
   EXPECT_EQ(FirmwareItem_start(chip, 2, L"northwind"), simulator::ErrorWrongOrder);
   EXPECT_EQ(FirmwareItem_getProgress(chip), -1001);
   FirmwareItem_confirmNotice(chip);

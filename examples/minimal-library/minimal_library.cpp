@@ -1,6 +1,6 @@
 // A whole device library: one board, always there, that can be looked at and never changed, without firmware or
 // calibration. Copy this file to start a library of your own.
-#include <velq/library.h>
+#include <velq/fill_missing.h>
 
 #include <cwchar>
 #include <type_traits>
@@ -43,20 +43,17 @@ bool names(int32_t number, const wchar_t* description) {
   return number == BoardNumber;
 }
 
-// Stands in for every operation that this library does not offer: a failure status, a null or a zero, as the result's
+// What every operation answers that this library does not offer: a failure status, a null or a zero, as the result's
 // type has it.
-template <typename Result, typename... Parameters>
-Result notSupported(Parameters...) {
-  if constexpr (std::is_same_v<Result, ErrorCode>)
-    return NotSupported;
-  else
-    return Result();
-}
-
-template <typename Result, typename... Parameters>
-constexpr void refuseMissing(Result (*&field)(Parameters...)) {
-  if (field == nullptr) field = notSupported<Result, Parameters...>;
-}
+struct Refusal {
+  template <typename Result>
+  static Result give() {
+    if constexpr (std::is_same_v<Result, ErrorCode>)
+      return NotSupported;
+    else
+      return Result();
+  }
+};
 
 constexpr ObjectTable makeObjects() {
   ObjectTable table = {};
@@ -78,15 +75,13 @@ constexpr ObjectTable makeObjects() {
     if (index != 0) return nullptr;
     return isAddressArray(array) ? static_cast<void*>(&baseAddresses[0]) : &board;
   };
-#define VELQ_OBJECT(result, name, parameters, arguments) refuseMissing(table.name);
-#include <velq/operations.def>
+  fillMissing<Refusal>(table);
   return table;
 }
 
 constexpr FunctionTable makeFunctions() {
   FunctionTable table = {};
-#define VELQ_FUNCTION(result, name, parameters, arguments) refuseMissing(table.name);
-#include <velq/operations.def>
+  fillMissing<Refusal>(table);
   return table;
 }
 

@@ -1,0 +1,28 @@
+// For libraries that offer a part of the operations: answers all others in one way.
+#pragma once
+
+#include <velq/library.h>
+
+namespace Automation::Velq {
+
+/// Points `field`, when it is null, at a function that returns Answer::give<Result>() whatever it is called with.
+template <typename Answer, typename Result, typename... Parameters>
+constexpr void fillMissingField(Result (*&field)(Parameters...)) {
+  if (field == nullptr) field = [](Parameters...) -> Result { return Answer::template give<Result>(); };
+}
+
+/// Does so for every field of the table.
+template <typename Answer>
+constexpr void fillMissing(FunctionTable& table) {
+#define VELQ_FUNCTION(result, name, parameters, arguments) fillMissingField<Answer>(table.name);
+#include <velq/operations.def>
+}
+
+/// Does so for every field of the table.
+template <typename Answer>
+constexpr void fillMissing(ObjectTable& table) {
+#define VELQ_OBJECT(result, name, parameters, arguments) fillMissingField<Answer>(table.name);
+#include <velq/operations.def>
+}
+
+}  // namespace Automation::Velq
