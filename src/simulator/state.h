@@ -6,7 +6,7 @@
 #include <functional>
 #include <map>
 #include <string>
-#include <tuple>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -26,12 +26,11 @@ struct StateChange {
   StateValue value;
 };
 
-/// Orders pairs of a device and an item, whether the item is a std::string or a std::string_view.
+/// Orders by device and item, whether the item is a std::string or a std::string_view.
 struct StateOrder {
   using is_transparent = void;
-  bool operator()(const auto& a, const auto& b) const {
-    return std::tie(a.first, a.second) < std::tie(b.first, b.second);
-  }
+  using Key = std::pair<int32_t, std::string_view>;
+  bool operator()(const Key& a, const Key& b) const { return a < b; }
 };
 
 /// All changed items, by device and item.
