@@ -43,9 +43,7 @@ TEST_F(LibraryTest, BuildIsHardened) {
     EXPECT_NE(headers.find("GNU_STACK      0x000000 0x0000000000000000 0x0000000000000000 0x000000 0x000000 RW "), std::string::npos) << file;
     const std::string symbols = outputOf("readelf -Ws --dyn-syms " + file);
     EXPECT_NE(symbols.find("__stack_chk_fail"), std::string::npos) << file;
-#ifdef _FORTIFY_SOURCE
-    EXPECT_NE(symbols.find("printf_chk"), std::string::npos) << file;
-#endif
+    EXPECT_EQ(symbols.find("printf_chk") != std::string::npos, FORTIFIED) << file;
   }
 }
 
