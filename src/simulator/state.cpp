@@ -92,11 +92,13 @@ void State::close() {
 
 void State::load(StateContents& contents) {
   StateContents loaded;
-  SqliteStatement tables = prepare("SELECT count(*) FROM sqlite_schema");
-  hasTable_ = queryNumber(tables) > 0;
-  if (!hasTable_) return contents.clear();
   SqliteStatement id = prepare("PRAGMA application_id");
-  if (queryNumber(id) != ApplicationId) throw StateError("is a database, but not of this simulator");
+  hasTable_ = queryNumber(id) == ApplicationId;
+  if (!hasTable_) {
+    SqliteStatement tables = prepare("SELECT count(*) FROM sqlite_schema");
+    if (queryNumber(tables) > 0) throw StateError("is a database, but not of this simulator");
+    return contents.clear();
+  }
   const SqliteStatement rows = prepare("SELECT device, item, value FROM change");
   int status = sqlite().step(rows.get());
   for (; status == SQLITE_ROW; status = sqlite().step(rows.get()))
