@@ -15,8 +15,9 @@ class Failure(Exception):
     pass
 
 
-def build():
-    subprocess.run([ROOT / "script/setup", "bench"], check=True)
+def build(packages):
+    """Builds all that is measured, with those packages installed that script/setup has under this name."""
+    subprocess.run([ROOT / "script/setup", packages], check=True)
     subprocess.run([ROOT / "script/build", "package"], check=True)
     if not (FLOORS / "build.ninja").exists():
         subprocess.run(["cmake", "-S", ROOT / "bench", "-B", FLOORS, "-G", "Ninja"], check=True,
