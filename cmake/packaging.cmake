@@ -5,7 +5,7 @@
 #   compliance   velq-compliance  the checker
 #   development  libvelq-dev      the headers, for authors of tools and libraries; the same for every architecture
 #
-# Programs, pages and completions are installed where they are built. From the build tree of the preset "package": cpack.
+# Programs, pages and completions are installed where they are built. From the build tree of the preset "release": cpack.
 
 include(CMakePackageConfigHelpers)
 

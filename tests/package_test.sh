@@ -43,8 +43,8 @@ files_in() {
 }
 
 build() {
-  script/build package
-  (cd build/package && cpack -B "$packages") >"$work/cpack" 2>&1 || fail "cpack: $(cat "$work/cpack")"
+  script/build release
+  (cd build/release && cpack -B "$packages") >"$work/cpack" 2>&1 || fail "cpack: $(cat "$work/cpack")"
   rm -r "$packages/_CPack_Packages"
   expect packages "libvelq-dev qutil velq-compliance velq-sim" \
     "$(for file in "$packages"/*; do dpkg-deb -f "$file" Package; done | xargs)"
@@ -53,7 +53,7 @@ build() {
 
 # What `cmake --install` installs is what the packages hold, but for Debian's own files.
 check_install() {
-  DESTDIR=$work/installed cmake --install build/package >"$work/install"
+  DESTDIR=$work/installed cmake --install build/release >"$work/install"
   for file in "$packages"/*.deb; do dpkg-deb -x "$file" "$work/unpacked"; done
   expect "difference between installation and packages" "" "$(
     files_in "$work/unpacked" | grep -vE '/lintian|/(copyright|changelog.Debian.gz)$' >"$work/unpacked.list"
@@ -74,7 +74,7 @@ make_root() {
     : >"$root/var/lib/dpkg/info/$name:$architecture.list"
   done
   sqlite=$(ldconfig -p | awk '/libsqlite3\.so\.0 / {print $NF; exit}')
-  { ldd build/package/bin/* "build/package/lib/${private#/usr/lib/}"/* "$sqlite"; echo "$sqlite"; } | tr -s '[:space:]' '\n' |
+  { ldd build/release/bin/* "build/release/lib/${private#/usr/lib/}"/* "$sqlite"; echo "$sqlite"; } | tr -s '[:space:]' '\n' |
     grep -E '^/(usr/)?lib.*[^:]$' | sort -u | xargs cp -L --parents -t "$root"
   # In place of a mounted /proc, which not every root may mount: where velq-sim looks for itself.
   mkdir -p "$root/proc/self"

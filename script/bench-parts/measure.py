@@ -6,8 +6,8 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
-QUTIL = ROOT / "build/package/bin/qutil"
-EXAMPLE = ROOT / "build/package/examples/minimal-library"
+QUTIL = ROOT / "build/release/bin/qutil"
+EXAMPLE = ROOT / "build/release/examples/minimal-library"
 FLOORS = ROOT / "build/bench"
 
 
@@ -18,7 +18,7 @@ class Failure(Exception):
 def build(packages):
     """Builds all that is measured, with those packages installed that script/setup has under this name."""
     subprocess.run([ROOT / "script/setup", packages], check=True)
-    subprocess.run([ROOT / "script/build", "package"], check=True)
+    subprocess.run([ROOT / "script/build", "release"], check=True)
     if not (FLOORS / "build.ninja").exists():
         subprocess.run(["cmake", "-S", ROOT / "bench", "-B", FLOORS, "-G", "Ninja"], check=True,
                        stdout=subprocess.DEVNULL)
