@@ -92,13 +92,12 @@ void State::close() {
 
 void State::load(StateContents& contents) {
   StateContents loaded;
+  // In this order, for another process may make the table and its id between the two.
+  SqliteStatement tables = prepare("SELECT count(*) FROM sqlite_schema");
+  hasTable_ = queryNumber(tables) > 0;
+  if (!hasTable_) return contents.clear();
   SqliteStatement id = prepare("PRAGMA application_id");
-  hasTable_ = queryNumber(id) == ApplicationId;
-  if (!hasTable_) {
-    SqliteStatement tables = prepare("SELECT count(*) FROM sqlite_schema");
-    if (queryNumber(tables) > 0) throw StateError("is a database, but not of this simulator");
-    return contents.clear();
-  }
+  if (queryNumber(id) != ApplicationId) throw StateError("is a database, but not of this simulator");
   const SqliteStatement rows = prepare("SELECT device, item, value FROM change");
   int status = sqlite().step(rows.get());
   for (; status == SQLITE_ROW; status = sqlite().step(rows.get()))
