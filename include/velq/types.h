@@ -43,12 +43,31 @@ enum CalibrationState : int32_t {
   CalibrationRunning = 2,  ///< poll again
 };
 
+/// What `FirmwareItem_getProgress` answers beside percents, which are above 0.
+enum FirmwareProgress : int32_t {
+  ProgressStarted = 0,
+  ProgressKeepPolling = -101,  ///< started, too
+  ProgressAborted = -1,
+  ProgressNothingLoaded = -1001,  ///< nothing, or nothing valid
+  ProgressBusy = -1002,
+  ProgressDone = 100,  ///< or more
+};
+
+/// Characters of a record's description, the terminator included.
+inline constexpr int32_t DescriptionCapacity = 64;
+
+/// The most children that a tool makes room for, and so that a fusion device holds.
+inline constexpr int32_t MostFusionChildren = 256;
+
+/// How many adjusting codes `CalibrationItem_getState` has room for.
+inline constexpr int32_t CalibrationCodeCount = 15;
+
 /// Names one device to the library. Filled by the tool, and by `DaqCtrlBase_getSelectedDevice`.
 struct DeviceInformation {
-  int32_t DeviceNumber;     ///< 0 and above; -1: the device is chosen by `Description` alone
-  AccessMode OpenMode;      ///< how the device is to be opened
-  int32_t ModuleIndex;      ///< module within the device; always 0
-  wchar_t Description[64];  ///< always terminated, so at most 63 characters
+  int32_t DeviceNumber;                      ///< 0 and above; -1: the device is chosen by `Description` alone
+  AccessMode OpenMode;                       ///< how the device is to be opened
+  int32_t ModuleIndex;                       ///< module within the device; always 0
+  wchar_t Description[DescriptionCapacity];  ///< always terminated, so at most 63 characters
 };
 static_assert(sizeof(wchar_t) == 4 && sizeof(DeviceInformation) == 268);
 static_assert(offsetof(DeviceInformation, DeviceNumber) == 0 && offsetof(DeviceInformation, OpenMode) == 4);
@@ -58,8 +77,8 @@ static_assert(offsetof(DeviceInformation, ModuleIndex) == 8 && offsetof(DeviceIn
 /// it, so a library may lay out a node longer or shorter than this record; tools read the text from `Description` to
 /// its terminator only.
 struct InstalledDeviceNode {
-  unsigned char Private[36];  ///< the library's own
-  wchar_t Description[64];    ///< terminated
+  unsigned char Private[36];                 ///< the library's own
+  wchar_t Description[DescriptionCapacity];  ///< terminated
 };
 static_assert(offsetof(InstalledDeviceNode, Description) == 36);
 
