@@ -13,7 +13,7 @@ using namespace Automation::Velq;
 
 namespace {
 
-constexpr int32_t DescriptionCapacity = 128;
+constexpr int32_t LongestDescription = 128;
 
 std::wstring withoutBlanks(std::wstring text) {
   std::erase(text, L' ');
@@ -22,8 +22,8 @@ std::wstring withoutBlanks(std::wstring text) {
 
 ErrorCode renumberDescription(DeviceCtrl* device, const std::wstring& description, int32_t boardId) {
   const std::wstring stem = description.substr(0, description.find(L'#'));
-  TextBuffer<DescriptionCapacity> renumbered;
-  swprintf(renumbered.data(), DescriptionCapacity, L"%S#%d", stem.c_str(), boardId);
+  TextBuffer<LongestDescription> renumbered;
+  swprintf(renumbered.data(), LongestDescription, L"%S#%d", stem.c_str(), boardId);
   const auto length = static_cast<int32_t>(std::wcslen(renumbered.data()));
   return DeviceCtrl_setDescription(device, length + 1, renumbered.data());
 }
@@ -40,7 +40,7 @@ int changeBoardID(std::string option, DeviceInformation& device) {
   if (opened == nullptr) return -2;
   const int32_t boardId = parseNumber(digits);
   puts("Change device BoardID start!");
-  TextBuffer<DescriptionCapacity> current;
+  TextBuffer<LongestDescription> current;
   DeviceCtrl_getDescription(opened, current.capacity, current.data());
   if (failed(DeviceCtrl_setBoardId(opened, boardId))) {
     printf("Failed to change Board ID of device %d! (Errorlevel = %d).\n", DeviceCtrl_getDeviceNumber(opened), 3);
