@@ -1,20 +1,13 @@
 #include "compliance/devices.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cwchar>
+#include <cstddef>
 
 namespace compliance {
 
 namespace {
 
 constexpr int32_t MostChildren = 256;
-
-std::string format(const char* pattern, unsigned value) {
-  char text[16];
-  snprintf(text, sizeof text, pattern, value);
-  return text;
-}
 
 }  // namespace
 
@@ -72,19 +65,6 @@ std::vector<int32_t> childrenOf(int32_t fusionNumber) {
   const bool listed = CvxFusionDeviceGetChildren(fusionNumber, &count, children.data()) == Success;
   children.resize(listed ? static_cast<size_t>(std::clamp(count, 0, MostChildren)) : 0);
   return children;
-}
-
-std::string show(ErrorCode status) { return format("0x%08x", status); }
-
-std::string show(const wchar_t* text) {
-  if (text == nullptr) return "null";
-  std::string shown = "\"";
-  for (; *text != 0; ++text) {
-    const auto c = static_cast<unsigned>(*text);
-    if (c == '"' || c == '\\') shown += '\\';
-    shown += c >= 0x20 && c < 0x7F ? std::string(1, static_cast<char>(c)) : format("\\x{%x}", c);
-  }
-  return shown + '"';
 }
 
 std::string placeOf(std::wstring_view description) { return "device " + show(std::wstring(description).c_str()); }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "compliance/findings.h"
+#include "text/escaped.h"
 
 namespace compliance {
 
@@ -53,11 +54,9 @@ void forEachDevice(Findings& findings, const std::function<void(DeviceCtrl* devi
 /// The children of a fusion device; empty when it has none or tells of none.
 std::vector<int32_t> childrenOf(int32_t fusionNumber);
 
-/// "0xe0000001"
-std::string show(ErrorCode status);
-
-/// In double quotes, what is not printable ASCII as \x{..}; "null" for null.
-std::string show(const wchar_t* text);
+/// As reports show them.
+inline std::string show(ErrorCode status) { return text::hexadecimal(status); }
+inline std::string show(const wchar_t* wide) { return text::escaped(wide); }
 
 /// "device "Description""
 std::string placeOf(std::wstring_view description);

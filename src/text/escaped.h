@@ -1,0 +1,37 @@
+// The one form in which texts and statuses of the boundary are shown to people: in traces and in reports of checks.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+namespace text {
+
+/// "0xe0000001"
+inline std::string hexadecimal(uint32_t value) {
+  char shown[11];
+  std::snprintf(shown, sizeof shown, "0x%08x", unsigned{value});
+  return shown;
+}
+
+/// The characters before the terminator, at most `longest`, in double quotes: printable ASCII as it is but for \" and
+/// \\, everything else as \x{..}. "null" for null.
+inline std::string escaped(const wchar_t* wide, size_t longest = SIZE_MAX) {
+  if (wide == nullptr) return "null";
+  std::string shown = "\"";
+  for (size_t i = 0; i < longest && wide[i] != 0; ++i) {
+    const auto c = static_cast<unsigned>(wide[i]);
+    if (c == '"' || c == '\\') shown += '\\';
+    if (c >= 0x20 && c < 0x7F) {
+      shown += static_cast<char>(c);
+    } else {
+      char code[13];
+      std::snprintf(code, sizeof code, "\\x{%x}", c);
+      shown += code;
+    }
+  }
+  return shown + '"';
+}
+
+}  // namespace text
