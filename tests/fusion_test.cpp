@@ -151,7 +151,7 @@ TEST_F(FusionTest, NamesAreCutAndConverted) {
   std::remove(state.c_str());
   // The device's own description is converted in the environment's locale, the report printed in "C".
   const Outcome merged = runWith({.arguments = {"/dn:2", "-fusion", name}, .locale = "C.UTF-8"});
-  EXPECT_EQ(merged.output, "Merge " + name + "  to fusion device Grün successfully.\nGrün fused devices:");
+  EXPECT_EQ(merged.output, "Merge " + name + "  to fusion device Grün successfully.\n" + printed("%s fused devices:%S\n", "Grün", L"Zwölf"));
 }
 
 }  // namespace

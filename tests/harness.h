@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/types.h>
+
+#include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <string>
 #include <vector>
@@ -62,6 +66,20 @@ class ToolTest : public testing::Test {
 
   std::string folder_;
 };
+
+/// What printf() leaves of a message in the locale "C": C libraries differ in what they leave of one with a character
+/// that it cannot write.
+template <typename... Values>
+std::string printed(const char* format, Values... values) {
+  char* text = nullptr;
+  size_t size = 0;
+  FILE* const stream = open_memstream(&text, &size);
+  fprintf(stream, format, values...);
+  fclose(stream);
+  const std::string result(text, size);
+  free(text);
+  return result;
+}
 
 /// A rig with one plain device, number 0, described "Board".
 extern const char OneBoard[];

@@ -2,9 +2,12 @@
 #include "simulator/rig.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <fstream>
+#include <string>
+#include <utility>
 
 namespace simulator {
 namespace {
@@ -33,15 +36,15 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
   std::string many;
   for (int i = 0; i < 256; ++i) many += "1, ";
   const std::pair<std::string, std::string> cases[] = {
-      {"", "line 1, column 1: syntax error while parsing value - unexpected end of input;"},
+      {"", "line 1, column 1: syntax error"},
       {"{\n \"devices\": [}", "line 2, column 14: syntax error"},
-      {"{\"devices\": [{\"number\": \"\xFF\"}]}", "line 1, column 26: syntax error while parsing value - invalid string:"},
-      {"{\"devices\": [{\"number\": 0, \"descr", "line 1, column 34: syntax error while parsing object key - invalid string"},
-      {std::string("\xFF\xFE{\0\"\0", 6), "line 1, column 1: syntax error while parsing value - invalid literal"},
+      {"{\"devices\": [{\"number\": \"\xFF\"}]}", "line 1, column 26: syntax error"},
+      {"{\"devices\": [{\"number\": 0, \"descr", "line 1, column 34: syntax error"},
+      {std::string("\xFF\xFE{\0\"\0", 6), "line 1, column 1: syntax error"},
       {std::string("{\0\"\0", 4), "line 1, column 2: syntax error"},
-      {device(", \"location\": \"M\xFChle\""), "line 1, column 97: syntax error while parsing value - invalid string"},
-      {device(", \"location\": \"\xED\xA0\x80\""), "line 1, column 97: syntax error while parsing value - invalid string"},
-      {device(", \"location\": \"\\ud800\""), "line 1, column 102: syntax error while parsing value - invalid string"},
+      {device(", \"location\": \"M\xFChle\""), "line 1, column 97: syntax error"},
+      {device(", \"location\": \"\xED\xA0\x80\""), "line 1, column 97: syntax error"},
+      {device(", \"location\": \"\\ud800\""), "line 1, column 102: syntax error"},
       {"[]", "the document: expected an object"},
       {"{}", "the document: expected the key \"devices\""},
       {"{\"devices\": 3}", "/devices: expected a list"},

@@ -1,6 +1,12 @@
 // The simulator called as a library: handles are checked, states are shared between processes.
 #include <gtest/gtest.h>
+#include <unistd.h>
 #include <velq/velq.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
 
 #include "simulator/simulation.h"
 
