@@ -1,28 +1,11 @@
-// The probe: every operation passes through it, injected answers are given, and nothing goes wrong in silence.
+// The probe: injected answers are given, and nothing goes wrong in silence.
+#include <filesystem>
+
 #include "harness.h"
 
 namespace {
 
 using ProbeTest = ToolTest;
-
-TEST_F(ProbeTest, EveryFieldOfBothTablesPassesThrough) {
-  const std::vector<std::vector<std::string>> commands = {{},
-                                                          {"/dn:0", "-fw"},
-                                                          {"/dn:0", "-cd:X"},
-                                                          {"/dn:0", "-ci:1"},
-                                                          {"/dn:0", "-cali:ai.auto"},
-                                                          {"/dn:0"},
-                                                          {"/dn:0", "-fwo:" + firmware("f", "0x3216", "0x0500"), "1"},
-                                                          {"/dn:0", "-cali:ai.reverse"},
-                                                          {"/dd:R", "-fusion", "QS-2004,BID#0"},
-                                                          {"/dn:256", "-fusion", "QS-2004,BID#1"},
-                                                          {"/dn:256", "-defusion"}};
-  std::string all = "\n";
-  for (const auto& arguments : commands) all += runWith({.arguments = arguments, .input = "y\n"}).calls();
-#define VELQ_FUNCTION(result, name, parameters, arguments) EXPECT_NE(all.find("\n" #name "("), std::string::npos) << #name;
-#define VELQ_OBJECT(result, name, parameters, arguments) VELQ_FUNCTION(result, name, parameters, arguments)
-#include <velq/operations.def>
-}
 
 TEST_F(ProbeTest, InjectedAnswersAreMarkedAndThoseNeverReachedCounted) {
   useRig(OneBoard);
@@ -63,6 +46,13 @@ TEST_F(ProbeTest, BadFaultsStopTheRun) {
     EXPECT_EQ(runWith({.arguments = {"/?"}, .faults = faults, .expectsErrors = true}).signal, SIGABRT);
     EXPECT_TRUE(outcome.errors.ends_with(std::string("\": ") + expected + "\n")) << outcome.errors;
   }
+}
+
+TEST_F(ProbeTest, NeedsALibraryBehindIt) {
+  std::filesystem::copy_file(SLEEP_RECORDER, path("libvelq.so"));
+  const Outcome outcome = runWith({.arguments = {}, .library = path(""), .expectsErrors = true});
+  EXPECT_EQ(outcome.signal, SIGABRT);
+  EXPECT_EQ(outcome.errors, "velq-probe: no device library behind the probe\n");
 }
 
 }  // namespace

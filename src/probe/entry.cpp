@@ -1,20 +1,17 @@
 #include <dlfcn.h>
+#include <unistd.h>
 #include <velq/library.h>
 
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 
 #include "probe/faults.h"
 #include "probe/operation.h"
+#include "probe/problem.h"
 #include "probe/trace.h"
+#include "probe/trace_file.h"
 
 namespace probe {
-
-void stop(const std::string_view problem) {
-  fprintf(stderr, "velq-probe: %.*s\n", static_cast<int>(problem.size()), problem.data());
-  std::abort();
-}
 
 namespace {
 
@@ -29,25 +26,30 @@ Entry nextEntry() { return reinterpret_cast<Entry>(dlsym(RTLD_NEXT, "CvxQuellisL
 
 struct Probe {
   Probe() {
-    if (!faults.isEmpty() && nextEntry() != nullptr) std::signal(SIGABRT, reportUnreachedAtAbort);
+    if (isOnDuty()) std::signal(SIGABRT, reportAtAbort);
   }
-  ~Probe() { reportUnreached(); }
+  ~Probe() {
+    if (isOnDuty()) report();
+  }
   Probe(const Probe&) = delete;
   Probe& operator=(const Probe&) = delete;
 
-  // Not in programs that are no tools of the library, such as a shell that starts one.
-  void reportUnreached() {
-    if (faults.isEmpty() || nextEntry() == nullptr) return;
-    const std::vector<std::string> unreached = faults.unreached();
-    std::string line = "# faults never reached: " + std::to_string(unreached.size());
-    for (const std::string& fault : unreached) line += "; " + fault;
-    if (trace.isOpen())
-      trace.write(line);
-    else if (!unreached.empty())
-      fprintf(stderr, "velq-probe: %s\n", line.c_str());
+  // Whether faults are to be reported: not in programs that are no tools of the library, such as a shell that starts
+  // one.
+  bool isOnDuty() const { return !faults.isEmpty() && nextEntry() != nullptr; }
+
+  // Says in the trace, or else on standard error, which faults were never reached. Fit for a signal handler.
+  void report() const {
+    const Faults::Report& report = faults.report();
+    if (trace.isOpen()) {
+      writeAll(trace.descriptor(), report.line);
+    } else if (!report.isGood) {
+      writeAll(STDERR_FILENO, "velq-probe: ");
+      writeAll(STDERR_FILENO, report.line);
+    }
   }
 
-  static void reportUnreachedAtAbort(int signal);
+  static void reportAtAbort(int signal);
 
   const LibraryTable* next = nullptr;
   Faults faults{variable("VELQ_FAULTS")};
@@ -59,9 +61,9 @@ struct Probe {
 Probe theProbe;
 
 // An abort is a way for the tool to end, and skips destructors.
-void Probe::reportUnreachedAtAbort(int signal) {
+void Probe::reportAtAbort(int signal) {
   std::signal(signal, SIG_DFL);
-  theProbe.reportUnreached();
+  theProbe.report();
 }
 
 template <auto Field, Operation Which>

@@ -1,6 +1,9 @@
 #include "probe/faults.h"
 
 #include <charconv>
+#include <optional>
+
+#include "probe/problem.h"
 
 namespace probe {
 
@@ -70,27 +73,34 @@ Faults::Faults(std::string_view list) {
     const size_t end = list.find(';');
     const std::string_view entry = trim(list.substr(0, end));
     list = end == std::string_view::npos ? "" : list.substr(end + 1);
-    if (entry.empty() && trim(list).empty()) return;
-    faults_.push_back(parseFault(entry));
+    if (!entry.empty() || !trim(list).empty()) faults_.push_back(parseFault(entry));
   }
+  prepareReport();
 }
 
 const Fault* Faults::next(Operation operation) {
   const uint64_t call = ++calls_[static_cast<size_t>(operation)];
   for (Fault& fault : faults_) {
     if (fault.operation != operation || call < fault.first || call > fault.last) continue;
-    fault.reached = true;
+    if (!fault.reached) {
+      fault.reached = true;
+      prepareReport();
+    }
     return &fault;
   }
   return nullptr;
 }
 
-std::vector<std::string> Faults::unreached() const {
-  std::vector<std::string> texts;
+void Faults::prepareReport() {
+  size_t count = 0;
+  std::string texts;
   for (const Fault& fault : faults_) {
-    if (!fault.reached) texts.push_back(fault.text);
+    if (fault.reached) continue;
+    ++count;
+    texts += "; " + oneLine(fault.text);
   }
-  return texts;
+  reports_.push_back({"# faults never reached: " + std::to_string(count) + texts + "\n", count == 0});
+  report_ = &reports_.back();
 }
 
 }  // namespace probe

@@ -1,8 +1,9 @@
 // VELQ_FAULTS='OPERATION[#FIRST[-LAST]]=ANSWER; ...': calls that answer by themselves instead of reaching the library.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
-#include <optional>
+#include <list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,6 +12,7 @@
 
 namespace probe {
 
+/// One entry of the list.
 struct Fault {
   std::string text;  ///< as it was written
   Operation operation;
@@ -20,6 +22,7 @@ struct Fault {
   bool reached = false;
 };
 
+/// The list, and what has become of it so far.
 class Faults {
  public:
   /// Reads a list of faults; stops the process at an entry that is unknown or malformed.
@@ -30,11 +33,21 @@ class Faults {
 
   bool isEmpty() const { return faults_.empty(); }
 
-  /// The faults that no call has reached, as they were written.
-  std::vector<std::string> unreached() const;
+  /// A line, its end included, that counts the faults that no call has reached and names them as they were written.
+  struct Report {
+    std::string line;
+    bool isGood;  ///< whether all were reached
+  };
+
+  /// How it stands now. Fit for a signal handler: the line was made when the last fault was reached.
+  const Report& report() const { return *report_; }
 
  private:
+  void prepareReport();
+
   std::vector<Fault> faults_;
+  std::list<Report> reports_;  ///< the earlier ones, too: a signal may come while one is replaced
+  std::atomic<const Report*> report_ = nullptr;
   uint64_t calls_[OperationCount] = {};
 };
 

@@ -9,6 +9,7 @@
 
 namespace probe {
 
+/// In the order of <velq/operations.def>.
 enum class Operation : size_t {
 #define VELQ_FUNCTION(result, name, parameters, arguments) name,
 #define VELQ_OBJECT(result, name, parameters, arguments) name,
@@ -21,14 +22,16 @@ inline constexpr size_t OperationCount = static_cast<size_t>(Operation::Count);
 /// What an operation answers with.
 enum class AnswerKind { Nothing, Number, Pointer };
 
+/// The kind of an answer of type `Result`.
 template <typename Result>
 constexpr AnswerKind kindOf() {
   if (std::is_void_v<Result>) return AnswerKind::Nothing;
   return std::is_pointer_v<Result> ? AnswerKind::Pointer : AnswerKind::Number;
 }
 
+/// What has to be known of an operation apart from its arguments.
 struct OperationFacts {
-  std::string_view name;
+  std::string_view name;  ///< as a trace shows it
   AnswerKind answer;
 };
 
@@ -41,9 +44,7 @@ inline constexpr OperationFacts Facts[OperationCount] = {
 };
 }  // namespace detail
 
+/// The facts of an operation, `Count` excepted.
 constexpr const OperationFacts& factsOf(Operation operation) { return detail::Facts[static_cast<size_t>(operation)]; }
-
-/// Writes "velq-probe: ", `problem` and a line end to standard error, then aborts.
-[[noreturn]] void stop(const std::string_view problem);
 
 }  // namespace probe

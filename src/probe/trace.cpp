@@ -1,13 +1,8 @@
 #include "probe/trace.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
+#include <algorithm>
 #include <cstdio>
-#include <cstring>
-
-#include "probe/operation.h"
+#include <iterator>
 
 namespace probe {
 
@@ -23,23 +18,6 @@ std::string format(const char* pattern, unsigned value) {
 }
 
 }  // namespace
-
-TraceFile::TraceFile(const std::string& path) {
-  if (path.empty()) return;
-  descriptor_ = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-  if (descriptor_ < 0) stop("VELQ_TRACE: " + path + ": cannot be opened: " + std::strerror(errno));
-}
-
-TraceFile::~TraceFile() {
-  if (isOpen()) close(descriptor_);
-}
-
-void TraceFile::write(std::string line) {
-  if (!isOpen()) return;
-  line += '\n';
-  if (::write(descriptor_, line.data(), line.size()) != static_cast<ssize_t>(line.size()))
-    stop(std::string("VELQ_TRACE: cannot be written: ") + std::strerror(errno));
-}
 
 std::string show(const wchar_t* text, size_t longest) {
   if (text == nullptr) return "null";

@@ -1,4 +1,4 @@
-// VELQ_TRACE=FILE: one line a call, appended as a whole, so that several processes can share a file.
+// Calls as a trace shows them.
 #pragma once
 
 #include <algorithm>
@@ -10,21 +10,6 @@
 #include "probe/names.h"
 
 namespace probe {
-
-class TraceFile {
- public:
-  /// Opens or makes the file; stops the process when that fails. An empty path traces nothing.
-  explicit TraceFile(const std::string& path);
-  ~TraceFile();
-  TraceFile(const TraceFile&) = delete;
-  TraceFile& operator=(const TraceFile&) = delete;
-
-  bool isOpen() const { return descriptor_ >= 0; }
-  void write(std::string line);
-
- private:
-  int descriptor_ = -1;
-};
 
 /// Values as a trace shows them.
 std::string show(const wchar_t* text, size_t longest);
@@ -64,6 +49,7 @@ std::string showArgument(HandleNames& names, const Arguments& arguments) {
   }
 }
 
+/// All arguments, separated by commas.
 template <typename... Parameters>
 std::string showArguments(HandleNames& names, const std::tuple<Parameters...>& arguments) {
   std::string text;
@@ -74,6 +60,7 @@ std::string showArguments(HandleNames& names, const std::tuple<Parameters...>& a
   return text;
 }
 
+/// The result of the call that had `arguments`.
 template <typename Result, typename... Parameters>
 std::string showResult(HandleNames& names, const Result& result, const std::tuple<Parameters...>& arguments) {
   if constexpr (std::is_same_v<Result, void*>) {

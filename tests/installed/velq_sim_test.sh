@@ -62,6 +62,15 @@ expect 2 'No Quellis device in system!(Errorlevel = 2)' --faults Array_getLength
 expect 0 '0,Board' --rig rig.json --trace trace sh -c 'cd / && qutil'
 grep -qx 'Array_getLength(Array#1) = 1' trace || { echo "no trace" && failures=1; }
 
+mkfifo pipe
+lost='going on without a trace'
+expect 0 "velq-probe: VELQ_TRACE: .*/pipe: cannot be opened: No such device or address; $lost" --trace pipe qutil
+expect 0 "velq-probe: VELQ_TRACE: /dev/full: cannot be written: No space left on device; $lost" --trace /dev/full qutil
+expect 0 "velq-probe: VELQ_TRACE: .*/new: cannot be written: File too large; $lost" \
+  --trace new sh -c '(ulimit -f 0; qutil) 2>&1 | cat'
+expect 0 - --rig rig.json --trace closed sh -c 'qutil >&-'
+grep -q '^0,Board' closed && echo "the list in the trace" && failures=1
+
 # The state
 expect 0 'Device description has changed from Board to New' --rig rig.json qutil /dn:4 -cd:New
 expect 0 '0,New' --rig rig.json qutil
