@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "probe/problem.h"
+#include "text/one_line.h"
 
 namespace probe {
 
@@ -97,7 +98,7 @@ void Faults::prepareReport() {
   for (const Fault& fault : faults_) {
     if (fault.reached) continue;
     ++count;
-    texts += "; " + oneLine(fault.text);
+    texts += "; " + text::oneLine(fault.text);
   }
   reports_.push_back({"# faults never reached: " + std::to_string(count) + texts + "\n", count == 0});
   report_ = &reports_.back();

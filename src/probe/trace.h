@@ -2,18 +2,19 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <string>
-#include <string_view>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include "probe/names.h"
+#include "text/escaped.h"
 
 namespace probe {
 
-/// Values as a trace shows them.
-std::string show(const wchar_t* text, size_t longest);
-std::string showHex(uint32_t value);
+/// Values as a trace shows them; "null" for null. Of a list no more than fusion devices can have children.
 std::string show(const DeviceInformation* device);
 std::string show(const int32_t* values, int64_t count);
 std::string showCodes(const uint32_t* codes);
@@ -24,9 +25,9 @@ std::string showArgument(HandleNames& names, const Arguments& arguments) {
   using Type = std::tuple_element_t<Index, Arguments>;
   const auto value = std::get<Index>(arguments);
   if constexpr (std::is_same_v<Type, const wchar_t*>) {
-    return show(value, SIZE_MAX);
+    return text::escaped(value);
   } else if constexpr (std::is_same_v<Type, wchar_t*>) {
-    return show(value, static_cast<size_t>(std::max(0, std::get<Index - 1>(arguments))));
+    return text::escaped(value, static_cast<size_t>(std::max(0, std::get<Index - 1>(arguments))));
   } else if constexpr (std::is_same_v<Type, const DeviceInformation*> || std::is_same_v<Type, DeviceInformation*>) {
     return show(value);
   } else if constexpr (std::is_same_v<Type, const int32_t*>) {
@@ -43,7 +44,7 @@ std::string showArgument(HandleNames& names, const Arguments& arguments) {
   } else if constexpr (std::is_pointer_v<Type>) {
     return names.nameOf(value, kindName<std::remove_pointer_t<Type>>());
   } else if constexpr (std::is_same_v<Type, Scenario>) {
-    return showHex(value);
+    return text::hexadecimal(value);
   } else {
     return std::to_string(value);
   }
@@ -52,12 +53,12 @@ std::string showArgument(HandleNames& names, const Arguments& arguments) {
 /// All arguments, separated by commas.
 template <typename... Parameters>
 std::string showArguments(HandleNames& names, const std::tuple<Parameters...>& arguments) {
-  std::string text;
+  std::string shown;
   [&]<size_t... Index>(std::index_sequence<Index...>) {
-    ((text += (Index == 0 ? "" : ", ") + showArgument<Index>(names, arguments)), ...);
+    ((shown += (Index == 0 ? "" : ", ") + showArgument<Index>(names, arguments)), ...);
   }
   (std::index_sequence_for<Parameters...>());
-  return text;
+  return shown;
 }
 
 /// The result of the call that had `arguments`.
@@ -68,11 +69,11 @@ std::string showResult(HandleNames& names, const Result& result, const std::tupl
     if (result == nullptr) return "null";
     return names.nameOf(std::get<0>(arguments), kindName<Array>()) + "[" + std::to_string(std::get<1>(arguments)) + "]";
   } else if constexpr (std::is_same_v<Result, const wchar_t*>) {
-    return show(result, SIZE_MAX);
+    return text::escaped(result);
   } else if constexpr (std::is_pointer_v<Result>) {
     return names.nameOf(result, kindName<std::remove_pointer_t<Result>>());
   } else if constexpr (std::is_same_v<Result, ErrorCode>) {
-    return showHex(result);
+    return text::hexadecimal(result);
   } else {
     return std::to_string(result);
   }

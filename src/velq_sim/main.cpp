@@ -1,7 +1,10 @@
 // Runs a command on the simulator.
 #include <cstdio>
+#include <exception>
+#include <string>
 
 #include "simulator/rig.h"
+#include "text/one_line.h"
 #include "velq_sim/failure.h"
 #include "velq_sim/launch.h"
 #include "velq_sim/options.h"
@@ -35,6 +38,11 @@ void perform(const Request& request) {
   }
 }
 
+ExitStatus refuse(const char* problem, ExitStatus status) {
+  fprintf(stderr, "velq-sim: %s\n", text::oneLine(problem).c_str());
+  return status;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -42,10 +50,8 @@ int main(int argc, char** argv) {
     perform(parse(argv + (argc > 0 ? 1 : 0)));
     return 0;
   } catch (const Failure& failure) {
-    fprintf(stderr, "velq-sim: %s\n", failure.what());
-    return failure.status();
+    return refuse(failure.what(), failure.status());
   } catch (const std::exception& error) {
-    fprintf(stderr, "velq-sim: %s\n", error.what());
-    return Failed;
+    return refuse(error.what(), Failed);
   }
 }

@@ -31,6 +31,7 @@ echo '{"devices": [{"number": 4}]}' >bad.json
 expect 2 'velq-sim: no command is given; see velq-sim --help'
 expect 2 'velq-sim: no command is given; see velq-sim --help' --trace t --
 expect 2 'velq-sim: unknown option "--rigs"; see velq-sim --help' --rigs rig.json qutil
+expect 2 'velq-sim: unknown option "--\\x{1b}\\x{9b}"; see velq-sim --help' "$(printf -- '--\033\302\233')"
 expect 2 'velq-sim: --rig needs a value; see velq-sim --help' --rig
 expect 2 'velq-sim: --rig needs a value; see velq-sim --help' --rig= qutil
 expect 2 'velq-sim: --rig is given twice; see velq-sim --help' --rig a --rig=b qutil

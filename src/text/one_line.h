@@ -1,0 +1,31 @@
+// Text of a user's, a path or an entry of a list, within a line on standard error.
+#pragma once
+
+#include <cstddef>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace text {
+
+/// UTF-8 `bytes` with what could end the line or steer a terminal, U+0000 to U+001F and U+007F to U+009F, as \x{..}.
+inline std::string oneLine(std::string_view bytes) {
+  std::string line;
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    unsigned c = static_cast<unsigned char>(bytes[i]);
+    const unsigned next = i + 1 < bytes.size() ? static_cast<unsigned char>(bytes[i + 1]) : 0;
+    if (c == 0xC2 && next >= 0x80 && next < 0xA0) {
+      c = next;
+      ++i;
+    } else if (c >= 0x20 && c != 0x7F) {
+      line += bytes[i];
+      continue;
+    }
+    char code[13];
+    std::snprintf(code, sizeof code, "\\x{%x}", c);
+    line += code;
+  }
+  return line;
+}
+
+}  // namespace text
