@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "base/wildcard.h"
+#include "qutil/wildcard.h"
 
 namespace {
 

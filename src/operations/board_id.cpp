@@ -5,9 +5,9 @@
 #include <cstdio>
 #include <cwchar>
 
-#include "base/arguments.h"
-#include "base/conversion.h"
 #include "operations/library_text.h"
+#include "operations/number.h"
+#include "qutil/arguments.h"
 
 using namespace Automation::Velq;
 
@@ -46,6 +46,7 @@ int changeBoardID(std::string option, DeviceInformation& device) {
     printf("Failed to change Board ID of device %d! (Errorlevel = %d).\n", DeviceCtrl_getDeviceNumber(opened), 3);
     return -1;
   }
+  // Said before the description is rewritten, whether that then succeeds or not.
   const std::wstring description = withoutBlanks(current.data());
   printf("Change the Board ID of device %d(%S) success.\n", DeviceCtrl_getDeviceNumber(opened), description.c_str());
   if (renumberDescription(opened, description, boardId) != Success) {

@@ -7,7 +7,8 @@
 #include <cwchar>
 #include <string>
 
-#include "base/console.h"
+#include "operations/elements.h"
+#include "qutil/console.h"
 
 using namespace Automation::Velq;
 
@@ -20,20 +21,7 @@ constexpr unsigned PollSeconds = 200;
 struct ItemState {
   int64_t value = 0;
   int32_t detail = 0;
-  std::array<uint32_t, 15> codes{};
-};
-
-// A list of library objects. Each is asked for anew at every use: libraries have come to see these calls.
-template <typename Object>
-class List {
- public:
-  explicit List(Array* array) : array_(array), length_(array == nullptr ? 0 : Array_getLength(array)) {}
-  int32_t length() const { return length_; }
-  Object* operator[](int32_t index) const { return static_cast<Object*>(Array_getItem(array_, index)); }
-
- private:
-  Array* array_;
-  int32_t length_;
+  std::array<uint32_t, CalibrationCodeCount> codes{};
 };
 
 void showCode(uint32_t code, CalibrationState state) {
@@ -43,7 +31,7 @@ void showCode(uint32_t code, CalibrationState state) {
   printf("\b\b\b\b\b\b\b\b\b\b\b\b\b\b\b%S", text);
 }
 
-void showItem(const List<CalibrationItem>& items, int32_t index, ItemState& state) {
+void showItem(const Elements<CalibrationItem>& items, int32_t index, ItemState& state) {
   const std::wstring name = CalibrationItem_getName(items[index]);
   bool first = true;
   CalibrationState outcome = CalibrationRunning;
@@ -59,46 +47,50 @@ void showItem(const List<CalibrationItem>& items, int32_t index, ItemState& stat
 }
 
 // False when the device is busy.
-bool runSection(const List<CalibrationSection>& sections, int32_t index, ItemState& state) {
+bool runSection(const Elements<CalibrationSection>& sections, int32_t index, ItemState& state) {
   printf("Section %d description:%S\n", index, CalibrationSection_getDescription(sections[index]));
   printf("Section %d instrution:%S\n", index, CalibrationSection_getInstruction(sections[index]));
   puts("Press any key to continue");
   getch();
   const ErrorCode status = CalibrationSection_start(sections[index]);
+  // Deliberately ahead of a look at the status: a busy device takes the pause, too.
   pauseSeconds(SectionSeconds);
   if (status == ErrorDeviceBusy) return false;
-  const List<CalibrationItem> items(CalibrationSection_getItems(sections[index]));
+  const Elements<CalibrationItem> items(CalibrationSection_getItems(sections[index]));
   for (int32_t i = 0; i < items.length(); ++i) showItem(items, i, state);
   return true;
 }
 
+// Deliberately of seven bits, less that of the case: 0xD9 and 0xF9 are a yes, too. The end of input is none.
+bool isYes(int answer) { return (answer & 0x5F) == 'Y'; }
+
 // False when the device is busy.
-bool runSolution(const List<CalibrationSolution>& solutions, int32_t index, ItemState& state) {
+bool runSolution(const Elements<CalibrationSolution>& solutions, int32_t index, ItemState& state) {
   printf("Solution %d description:%S\n", index, CalibrationSolution_getDescription(solutions[index]));
   printf("Solution %d instrution:%S\n", index, CalibrationSolution_getInstruction(solutions[index]));
-  const List<CalibrationSection> sections(CalibrationSolution_getSections(solutions[index]));
+  const Elements<CalibrationSection> sections(CalibrationSolution_getSections(solutions[index]));
   for (int32_t i = 0; i < sections.length(); ++i) {
     if (!runSection(sections, i, state)) return false;
   }
-  // The number of sections, not of the solution: scripts read it as such.
+  // Deliberately the number of sections, not of the solution.
   printf("Solution %d Completed!\n", sections.length());
   puts("Update as current use? (Y/N):");
-  // Bit 0x20 is case; bit 0x80 has never counted.
-  const int answer = readAnswer();
-  if (answer >= 0 && (answer & 0x5F) == 'Y') CalibrationSolution_updateAsCurrent(solutions[index]);
+  if (isYes(readAnswer())) CalibrationSolution_updateAsCurrent(solutions[index]);
   return true;
 }
 
+// The copy throws where the library gives no name.
 bool nameHolds(CalibrationSolution* solution, const wchar_t* text) {
   return std::wstring(CalibrationSolution_getName(solution)).find(text) != std::wstring::npos;
 }
 
-void restoreBackup(const List<CalibrationSolution>& solutions, int32_t index, bool analogInput,
+void restoreBackup(const Elements<CalibrationSolution>& solutions, int32_t index, bool analogInput,
                    const DeviceInformation& info) {
   if (CalibrationSolution_loadGoldenBackup(solutions[index], 0) != Success) {
     puts("This device operation failed!");
     return;
   }
+  // Deliberately without a word.
   if (CalibrationSolution_loadGoldenBackup(solutions[index], 1) != Success) return;
   printf("Revise %s module adjusting code of device %d(%S) complete!.\n", analogInput ? "AI" : "AO", info.DeviceNumber,
          info.Description);
@@ -110,9 +102,10 @@ void restoreBackup(const List<CalibrationSolution>& solutions, int32_t index, bo
 int startCalibration(CalibrationCtrl* ctrl, const wchar_t* procedure) {
   Array* const array = ctrl == nullptr ? nullptr : CalibrationCtrl_getSolutions(ctrl);
   if (array == nullptr) return -1;
-  const List<CalibrationSolution> solutions(array);
+  const Elements<CalibrationSolution> solutions(array);
   ItemState state;
   for (int32_t i = 0; i < solutions.length(); ++i) {
+    // Deliberately for each solution that is another, even where one further on is the one that is wanted.
     if (!nameHolds(solutions[i], procedure))
       printf("This device can not support the function! ErrorLevel = %d\n", 3);
     else if (!runSolution(solutions, i, state))
@@ -124,7 +117,7 @@ int startCalibration(CalibrationCtrl* ctrl, const wchar_t* procedure) {
 int LoadFromGoldenBackup(CalibrationCtrl* ctrl, bool analogInput, DeviceInformation& info) {
   Array* const array = ctrl == nullptr ? nullptr : CalibrationCtrl_getSolutions(ctrl);
   if (array == nullptr) return -1;
-  const List<CalibrationSolution> solutions(array);
+  const Elements<CalibrationSolution> solutions(array);
   for (int32_t i = 0; i < solutions.length(); ++i) {
     if (nameHolds(solutions[i], analogInput ? L"AI" : L"AO"))
       restoreBackup(solutions, i, analogInput, info);

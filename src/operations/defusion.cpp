@@ -23,9 +23,10 @@ int dissolveFusionDevice(DeviceInformation& device) {
     printf("%S is not a fusion device.\n", description.data());
     return -1;
   }
-  FusionChildren children;
-  if (children.read(device.DeviceNumber) != Success) return 0;
-  if (CvxFusionDeviceRemoveChildren(device.DeviceNumber, children.count, children.numbers.data()) != Success) return 0;
+  const std::optional<FusionChildren> children = childrenOf(device.DeviceNumber);
+  if (!children) return 0;
+  if (CvxFusionDeviceRemoveChildren(device.DeviceNumber, children->count, children->numbers.data()) != Success)
+    return 0;
   printf("Dissociate the speciated fusion device %S successfully.\n", description.data());
   return 0;
 }

@@ -5,8 +5,9 @@
 #include <cstdio>
 #include <cwchar>
 
-#include "base/conversion.h"
-#include "base/wildcard.h"
+#include "operations/environment_locale.h"
+#include "operations/text.h"
+#include "qutil/wildcard.h"
 
 using namespace Automation::Velq;
 
@@ -25,7 +26,8 @@ WideText substitute(const wchar_t* oldDescription, const std::string& pattern) {
 int changeDescription(std::string selector, std::string option, DeviceInformation& device) {
   const size_t begin = option.find(':') + 1;
   const std::string pattern = option.substr(begin);
-  // The piece is of no use, but an option whose colon stands far to the right has always ended the run here.
+  // The piece is of no use, but an option whose colon stands further right than the selector is long ends the run
+  // here, deliberately.
   static_cast<void>(selector.substr(begin));
 
   DeviceCtrl* const opened = DeviceCtrl_Create(device.DeviceNumber, device.Description, device.OpenMode);
@@ -37,9 +39,9 @@ int changeDescription(std::string selector, std::string option, DeviceInformatio
     printf("Failed to change Description of device %d! (Errorlevel = %d)\n", DeviceCtrl_getDeviceNumber(opened), 3);
     return 3;
   }
-  constexpr int32_t capacity = std::size(decltype(device.Description){});
-  DeviceCtrl_getDescription(opened, capacity, device.Description);
-  device.Description[capacity - 1] = 0;
+  // Straight into the record: what fails from here on leaves the old description in it.
+  DeviceCtrl_getDescription(opened, DescriptionCapacity, device.Description);
+  device.Description[DescriptionCapacity - 1] = 0;
 
   const WideText description = substitute(device.Description, pattern);
   const auto length = static_cast<int32_t>(std::wcslen(description.data()));

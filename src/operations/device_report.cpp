@@ -19,18 +19,18 @@ void readOrNotAvailable(TextGetter getter, DeviceCtrl* device, TextBuffer<Capaci
   if (getter(device, Capacity, text.data()) != Success) std::wcscpy(text.data(), L"N/A");
 }
 
+// The length is asked again ahead of every element: a library may take back elements while they are read.
 template <typename Value>
-void printValues(Array* values, const char* format, const char* missing) {
-  if (values == nullptr) {
-    puts(missing);
-    return;
-  }
+void forEach(Array* values, void (*print)(Value)) {
   for (int32_t i = 0; i < Array_getLength(values); ++i) {
     const auto* const value = static_cast<const Value*>(Array_getItem(values, i));
     if (value == nullptr) return;
-    printf(format, *value);
+    print(*value);
   }
 }
+
+void printBaseAddress(uint64_t address) { printf("Base address: 0x%llx\n", static_cast<unsigned long long>(address)); }
+void printInterrupt(int32_t interrupt) { printf("Interrupt: %d\n", interrupt); }
 
 void printVersions(DeviceCtrl* device) {
   TextBuffer<10> version;
@@ -39,7 +39,7 @@ void printVersions(DeviceCtrl* device) {
   else
     puts("Driver version: N/A");
 
-  // Told 10, although there is room for more: the report's line has always been this short.
+  // Deliberately told 10, although there is room for more.
   TextBuffer<100> library;
   if (DeviceCtrl_getDllVersion(device, 10, library.data()) == Success)
     printf("DLL version: %S\n", library.data());
@@ -71,7 +71,15 @@ int QueryDeviceInfo(DeviceInformation& device) {
   TextBuffer<100> location;
   readOrNotAvailable(DeviceCtrl_getLocation, opened, location);
   printf("Location: %S\n", location.data());
-  printValues<unsigned long long>(DeviceCtrl_getBaseAddresses(opened), "Base address: 0x%llx\n", "Base address: N/A");
-  printValues<int>(DeviceCtrl_getInterrupts(opened), "Interrupt: %d\n", "Interrupt: N/A");
+  Array* const addresses = DeviceCtrl_getBaseAddresses(opened);
+  if (addresses == nullptr)
+    puts("Base address: N/A");
+  else
+    forEach(addresses, printBaseAddress);
+  Array* const interrupts = DeviceCtrl_getInterrupts(opened);
+  if (interrupts == nullptr)
+    puts("Interrupt: N/A");
+  else
+    forEach(interrupts, printInterrupt);
   return 0;
 }

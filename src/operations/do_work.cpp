@@ -4,7 +4,6 @@
 
 #include <cstdio>
 
-#include "base/arguments.h"
 #include "operations/board_id.h"
 #include "operations/calibration.h"
 #include "operations/defusion.h"
@@ -14,28 +13,33 @@
 #include "operations/fusion.h"
 #include "operations/library_text.h"
 #include "operations/usage.h"
+#include "qutil/arguments.h"
 
 using namespace Automation::Velq;
 
 namespace {
 
-// What the option asks for. Every text counts wherever it stands in the option, so several can hold at once.
+// What the arguments ask for. Every text counts wherever it stands in the option, so several can hold at once.
 struct Request {
-  explicit Request(const std::string& option)
-      : overwrite(holds(option, "-fwo:")),
-        firmware(holds(option, "-fw")),
-        description(holds(option, "-cd:")),
-        boardId(holds(option, "-ci:")),
-        aiAuto(holds(option, "-cali:ai.auto")),
-        aoAuto(holds(option, "-cali:ao.auto")),
-        aiReverse(holds(option, "-cali:ai.reverse")),
-        aoReverse(holds(option, "-cali:ao.reverse")) {}
+  explicit Request(const Arguments& given)
+      : arguments(given),
+        selected(holds(given.selector, "/dn:") || holds(given.selector, "/dd:")),
+        overwrite(holds(given.option, "-fwo:")),
+        firmware(holds(given.option, "-fw")),
+        description(holds(given.option, "-cd:")),
+        boardId(holds(given.option, "-ci:")),
+        aiAuto(holds(given.option, "-cali:ai.auto")),
+        aoAuto(holds(given.option, "-cali:ao.auto")),
+        aiReverse(holds(given.option, "-cali:ai.reverse")),
+        aoReverse(holds(given.option, "-cali:ao.reverse")) {}
 
+  // "-fwo:" asks for firmware, too.
   bool needsCalibration() const {
-    return (aiAuto || aoAuto || aiReverse || aoReverse) && !overwrite && !firmware && !description && !boardId;
+    return (aiAuto || aoAuto || aiReverse || aoReverse) && !firmware && !description && !boardId;
   }
 
-  bool overwrite, firmware, description, boardId, aiAuto, aoAuto, aiReverse, aoReverse;
+  const Arguments arguments;
+  const bool selected, overwrite, firmware, description, boardId, aiAuto, aoAuto, aiReverse, aoReverse;
 };
 
 // Released by hand, not by a destructor: a failed preparation leaves its control to the end of the process.
@@ -44,61 +48,70 @@ struct Controls {
   CalibrationCtrl* calibration = nullptr;
 };
 
-bool refuseFusionFirmware(const DeviceInformation& device) {
+void reportFusionFirmware(const DeviceInformation& device) {
   DeviceCtrl* const opened = DeviceCtrl_Create(device.DeviceNumber, device.Description, AccessDevice);
-  if (opened == nullptr) return false;
+  if (opened == nullptr) return;
   const LibraryText description = descriptionOf(opened);
   DeviceCtrl_dispose(opened);
   printf("N/A,%S is a SW device.\n", description.data());
-  return false;
 }
 
-bool reportUnboundFirmware(const DeviceInformation& device, ErrorCode status) {
+// The device stays open, deliberately, as what is opened for a report of a failure does elsewhere.
+void reportUnboundFirmware(const DeviceInformation& device, ErrorCode status) {
   DeviceCtrl* const opened = DeviceCtrl_Create(device.DeviceNumber, device.Description, device.OpenMode);
-  if (opened == nullptr) return false;
+  if (opened == nullptr) return;
   printf("Cannot find specified Quellis device %d! (Errorlevel = %d),ErrorCode = 0x%0x.\n",
          DeviceCtrl_getDeviceNumber(opened), 3, status);
-  return false;
 }
 
 void readBinding(DaqCtrlBase* control, DeviceInformation& device) {
   DaqCtrlBase_getSelectedDevice(control, &device);
-  device.Description[std::size(device.Description) - 1] = 0;
+  device.Description[DescriptionCapacity - 1] = 0;
 }
 
-bool prepareFirmware(DeviceInformation& device, FirmwareCtrls*& control) {
-  if (CvxIsFusionDevice(device.DeviceNumber) == Success) return refuseFusionFirmware(device);
-  control = static_cast<FirmwareCtrls*>(DaqCtrlBase_Create(ScenarioFirmware));
-  if (control == nullptr) return false;
+// A firmware control that is bound to the device; null when refused, after a report where one is due.
+FirmwareCtrls* prepareFirmware(DeviceInformation& device) {
+  // By the record's number, which is -1 for a device that is chosen by description.
+  if (CvxIsFusionDevice(device.DeviceNumber) == Success) {
+    reportFusionFirmware(device);
+    return nullptr;
+  }
+  auto* const control = static_cast<FirmwareCtrls*>(DaqCtrlBase_Create(ScenarioFirmware));
+  if (control == nullptr) return nullptr;
   const ErrorCode status = DaqCtrlBase_setSelectedDevice(control, &device);
-  if (failed(status)) return reportUnboundFirmware(device, status);
+  if (failed(status)) {
+    reportUnboundFirmware(device, status);
+    return nullptr;
+  }
   readBinding(control, device);
-  return true;
+  return control;
 }
 
-bool prepareCalibration(DeviceInformation& device, CalibrationCtrl*& control) {
+// A calibration control that is bound to the device; null when refused, after a report where one is due.
+CalibrationCtrl* prepareCalibration(DeviceInformation& device) {
   DeviceCtrl* const opened = DeviceCtrl_Create(device.DeviceNumber, device.Description, AccessDevice);
-  if (opened == nullptr) return false;
+  if (opened == nullptr) return nullptr;
   const LibraryText description = descriptionOf(opened);
   const int32_t number = DeviceCtrl_getDeviceNumber(opened);
   DeviceCtrl_dispose(opened);
   if (CvxIsFusionDevice(number) == Success) {
     printf("Failed to execute,%S is a SW device.(ErrorLevel = %d)\n", description.data(), 3);
-    return false;
+    return nullptr;
   }
-  control = static_cast<CalibrationCtrl*>(DaqCtrlBase_Create(ScenarioCalibration));
-  if (control == nullptr) return false;
+  auto* const control = static_cast<CalibrationCtrl*>(DaqCtrlBase_Create(ScenarioCalibration));
+  if (control == nullptr) return nullptr;
   if (failed(DaqCtrlBase_setSelectedDevice(control, &device))) {
     puts("Select device error!");
-    return false;
+    return nullptr;
   }
   readBinding(control, device);
-  return true;
+  return control;
 }
 
-// Runs what needs a selected device. False when the arguments name no such operation.
-bool runOnSelected(int argc, const Arguments& arguments, const Request& request, const Controls& controls,
-                   DeviceInformation& device) {
+// Runs what needs a selected device. False when the arguments name no such operation. What becomes of an operation is
+// its own to report.
+bool runOnSelected(int argc, const Request& request, const Controls& controls, DeviceInformation& device) {
+  const Arguments& arguments = request.arguments;
   if (argc == 2 || (argc == 3 && arguments.option == "-detail"))
     QueryDeviceInfo(device);
   else if (request.overwrite)
@@ -123,15 +136,14 @@ bool runOnSelected(int argc, const Arguments& arguments, const Request& request,
 }
 
 int dispatch(int argc, char** argv, const Request& request, const Controls& controls, DeviceInformation& device) {
-  const Arguments arguments(argc, argv);
-  const bool selected = holds(arguments.selector, "/dn:") || holds(arguments.selector, "/dd:");
-  if (selected && runOnSelected(argc, arguments, request, controls, device)) return 0;
-  if (arguments.option == "-fusion" && argc == 3) {
+  if (request.selected && runOnSelected(argc, request, controls, device)) return 0;
+  const std::string& option = request.arguments.option;
+  if (option == "-fusion" && argc == 3) {
     QueryFusionDevInfo(device);
     return 0;
   }
-  if (arguments.option == "-fusion") return extendFusionDevice(argc, argv, device);
-  if (arguments.option == "-defusion" && argc == 3) return dissolveFusionDevice(device);
+  if (option == "-fusion") return extendFusionDevice(argc, argv, device);
+  if (option == "-defusion" && argc == 3) return dissolveFusionDevice(device);
   reportInsufficientParameter();
   return 0;
 }
@@ -139,11 +151,16 @@ int dispatch(int argc, char** argv, const Request& request, const Controls& cont
 }  // namespace
 
 int doWork(int argc, char** argv, DeviceInformation& device) {
-  const Request request(Arguments(argc, argv).option);
+  const Request request(Arguments(argc, argv));
   Controls controls;
-  if ((request.overwrite || request.firmware) && !prepareFirmware(device, controls.firmware)) return -1;
-  if (request.needsCalibration() && !prepareCalibration(device, controls.calibration)) return -1;
-
+  if (request.firmware) {
+    controls.firmware = prepareFirmware(device);
+    if (controls.firmware == nullptr) return -1;
+  }
+  if (request.needsCalibration()) {
+    controls.calibration = prepareCalibration(device);
+    if (controls.calibration == nullptr) return -1;
+  }
   const int result = dispatch(argc, argv, request, controls, device);
   if (result != 0) return result;
   if (controls.firmware != nullptr) DaqCtrlBase_dispose(controls.firmware);

@@ -4,40 +4,26 @@
 
 #include <cstdio>
 
-#include "base/arguments.h"
-#include "base/console.h"
-#include "base/conversion.h"
+#include "operations/elements.h"
 #include "operations/library_text.h"
+#include "operations/number.h"
+#include "operations/text.h"
+#include "qutil/arguments.h"
+#include "qutil/console.h"
 
 using namespace Automation::Velq;
 
 namespace {
 
-// Codes of FirmwareItem_getProgress; those above 0 are percents.
-constexpr int32_t Started = 0;
-constexpr int32_t StartedKeepPolling = -101;
-constexpr int32_t Aborted = -1;
-constexpr int32_t NothingLoaded = -1001;
-constexpr int32_t Busy = -1002;
-
 constexpr int32_t StartMode = 2;
 constexpr unsigned PollSeconds = 500;
 
-// One chip's slot. It is asked for anew at every use: libraries have come to see these calls.
-class Chip {
- public:
-  Chip(Array* items, int32_t index) : items_(items), index_(index) {}
-  operator FirmwareItem*() const { return static_cast<FirmwareItem*>(Array_getItem(items_, index_)); }
+using Chips = Elements<FirmwareItem>;
 
- private:
-  Array* items_;
-  int32_t index_;
-};
-
-// False when the load failed; a warning is reported the same way but goes on.
-bool load(const Chip& chip, const std::string& path) {
+// False when the load failed. Deliberately a warning is reported the same way but goes on.
+bool load(const Chips& chips, int32_t number, const std::string& path) {
   const WideText widePath = widen(path);
-  const ErrorCode status = FirmwareItem_loadFile(chip, widePath.data());
+  const ErrorCode status = FirmwareItem_loadFile(chips[number], widePath.data());
   if (status == Success) return true;
   std::string message;
   GetMsg(status, message);
@@ -46,40 +32,40 @@ bool load(const Chip& chip, const std::string& path) {
   return !failed(status);
 }
 
-void confirmNotice(const Chip& chip) {
+void confirmNotice(const Chips& chips, int32_t number) {
   puts("Notice:");
-  printf("%S\n", FirmwareItem_getNotice(chip));
-  FirmwareItem_confirmNotice(chip);
+  printf("%S\n", FirmwareItem_getNotice(chips[number]));
+  FirmwareItem_confirmNotice(chips[number]);
 }
 
 // Only 100 percent ends this: a chip that reports an error halfway may still come back, and a half-written one must not
 // be left.
-void followProgress(const Chip& chip) {
+void followProgress(const Chips& chips, int32_t number) {
   printf("Progressing:    ");
   int32_t percent = 0;
-  while (percent <= 99) {
+  while (percent < ProgressDone) {
     pauseSeconds(PollSeconds);
-    percent = FirmwareItem_getProgress(chip);
+    percent = FirmwareItem_getProgress(chips[number]);
     if (percent > 0) printf("\b\b\b\b%3d%%", percent);
     std::fflush(stdout);
   }
   puts("\nFirmware Download OK. Please follow the previous Notice to do the operation.");
 }
 
-int reportStart(const Chip& chip) {
-  switch (FirmwareItem_getProgress(chip)) {
-    case Started:
-    case StartedKeepPolling:
-      followProgress(chip);
+int reportStart(const Chips& chips, int32_t number) {
+  switch (FirmwareItem_getProgress(chips[number])) {
+    case ProgressStarted:
+    case ProgressKeepPolling:
+      followProgress(chips, number);
       return 0;
-    case Busy:
+    case ProgressBusy:
       puts("Device is busy! Can't run firmware download!");
       return 0;
-    case NothingLoaded:
+    case ProgressNothingLoaded:
       printf("Firmware has not be loaded or the firmware is invalid! Can't run firmware download! ErrorLevel = %d\n",
              3);
       return 3;
-    case Aborted:
+    case ProgressAborted:
       printf("Operation abort or disturbed! ErrorLevel = %d\n", 100);
       return 100;
     default:
@@ -91,13 +77,10 @@ int reportStart(const Chip& chip) {
 
 void QueryFwInfo(FirmwareCtrls* control, DeviceInformation& device) {
   puts("Query firmware information Start!");
-  Array* const items = FirmwareCtrls_getFirmwares(control);
-  if (items == nullptr) return;
-  const int32_t count = Array_getLength(items);
-  for (int32_t i = 0; i < count; ++i) {
-    const Chip chip(items, i);
-    const wchar_t* const description = FirmwareItem_getDescription(chip);
-    const wchar_t* const version = FirmwareItem_getVersion(chip);
+  const Chips chips(FirmwareCtrls_getFirmwares(control));
+  for (int32_t i = 0; i < chips.length(); ++i) {
+    const wchar_t* const description = FirmwareItem_getDescription(chips[i]);
+    const wchar_t* const version = FirmwareItem_getVersion(chips[i]);
     TextBuffer<100> deviceDescription;
     DeviceCtrl* const bound = DaqCtrlBase_getDevice(control);
     if (bound == nullptr) return;
@@ -119,18 +102,19 @@ int FwDownload(FirmwareCtrls* control, std::string option, std::string chip, std
   const int32_t chipNumber = parseNumber(chip);
   Array* const items = FirmwareCtrls_getFirmwares(control);
   if (items == nullptr) return -1;
-  if (chipNumber >= Array_getLength(items)) {
+  const Chips chips(items);
+  if (chipNumber >= chips.length()) {
     puts("Please input correct firmware file no!");
     return -1;
   }
-  const Chip item(items, chipNumber);
-  FirmwareItem_getVersion(item);
-  if (!load(item, afterColon(option))) return 0;
+  // The library is asked ahead of every load, although nothing is done with the answer.
+  FirmwareItem_getVersion(chips[chipNumber]);
+  if (!load(chips, chipNumber, afterColon(option))) return 0;
   printf("Overwrite the firmware of device:%d\n(%S),chip:%d\n", device.DeviceNumber, device.Description, chipNumber);
-  confirmNotice(item);
+  confirmNotice(chips, chipNumber);
   const WideText widePassword = widen(password);
-  if (failed(FirmwareItem_start(item, StartMode, widePassword.data()))) return 0;
-  return reportStart(item);
+  if (failed(FirmwareItem_start(chips[chipNumber], StartMode, widePassword.data()))) return 0;
+  return reportStart(chips, chipNumber);
 }
 
 void GetMsg(ErrorCode status, std::string& message) {

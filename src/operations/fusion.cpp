@@ -3,11 +3,12 @@
 #include <velq/velq.h>
 
 #include <cstdio>
-#include <vector>
 
-#include "base/conversion.h"
+#include "operations/environment_locale.h"
 #include "operations/fusion_children.h"
 #include "operations/library_text.h"
+#include "operations/record.h"
+#include "operations/text.h"
 
 using namespace Automation::Velq;
 
@@ -19,19 +20,19 @@ int QueryFusionDevInfo(DeviceInformation& device) {
   }
   const int32_t number = DeviceCtrl_getDeviceNumber(opened);
   if (device.DeviceNumber == -1) device.DeviceNumber = number;
-  const ErrorCode isFusion = CvxIsFusionDevice(number);
+  const bool isFusion = CvxIsFusionDevice(number) == Success;
   const LibraryText description = descriptionOf(opened);
   DeviceCtrl_dispose(opened);
-  if (isFusion != Success) {
+  if (!isFusion) {
     printf("%S is not a fusion device.\n", description.data());
     return -1;
   }
-  FusionChildren children;
-  if (children.read(device.DeviceNumber) != Success) {
+  const std::optional<FusionChildren> children = childrenOf(device.DeviceNumber);
+  if (!children) {
     printf("QueryFusionDevInfo CvxFusionDeviceGetChildren failed!");
     return -1;
   }
-  printf("%S fused devices:%S\n", description.data(), children.report().c_str());
+  printf("%S fused devices:%S\n", description.data(), describe(*children).c_str());
   return 0;
 }
 
@@ -48,6 +49,14 @@ int GetDeviceChildrenDevNum(int /*childCount*/, int* children, int argc, char** 
   return 0;
 }
 
+NamedChildren findNamedChildren(int argc, char** argv) {
+  const int count = argc - 3;
+  NamedChildren children{.numbers = std::vector<int>(static_cast<size_t>(count), -1), .names = {}};
+  std::wstring wide;
+  GetDeviceChildrenDevNum(count, children.numbers.data(), argc, argv, wide, children.names);
+  return children;
+}
+
 int FusionDeviceAddChildren(int fusionNumber, int childCount, int* children, std::wstring /*wide*/, std::string names,
                             std::string description) {
   if (CvxFusionDeviceCheckChildren(fusionNumber, childCount, children) != Success) {
@@ -58,12 +67,13 @@ int FusionDeviceAddChildren(int fusionNumber, int childCount, int* children, std
     puts("CvxFusionDeviceAddChildren failed!");
     return -1;
   }
-  FusionChildren all;
-  if (all.read(fusionNumber) != Success) {
+  // All that the group holds now, with those that it held before.
+  const std::optional<FusionChildren> all = childrenOf(fusionNumber);
+  if (!all) {
     puts("CvxFusionDeviceGetChildren failed!");
     return -1;
   }
-  const std::wstring report = all.report();
+  const std::wstring report = describe(*all);
   printf("Merge %s to fusion device %s successfully.\n", names.c_str(), description.c_str());
   printf("%s fused devices:%S\n", description.c_str(), report.c_str());
   return 0;
@@ -82,11 +92,8 @@ int extendFusionDevice(int argc, char** argv, DeviceInformation& device) {
     const EnvironmentLocale locale;
     description = narrow(wideDescription.data());
   }
-  const int childCount = argc - 3;
-  std::vector<int> children(static_cast<size_t>(childCount), -1);
-  std::wstring wide;
-  std::string names;
-  GetDeviceChildrenDevNum(childCount, children.data(), argc, argv, wide, names);
-  FusionDeviceAddChildren(device.DeviceNumber, childCount, children.data(), wide, names, description);
+  NamedChildren children = findNamedChildren(argc, argv);
+  FusionDeviceAddChildren(device.DeviceNumber, children.count(), children.numbers.data(), {}, children.names,
+                          description);
   return 0;
 }

@@ -4,6 +4,7 @@
 #include <velq/types.h>
 
 #include <string>
+#include <vector>
 
 /// Prints the children of a fusion device. A record chosen by description gets its number. Returns 0, or -1 when the
 /// device cannot be opened, is no fusion device or its children cannot be had.
@@ -14,6 +15,17 @@ int QueryFusionDevInfo(Automation::Velq::DeviceInformation& device);
 /// or -1 at the first that is not found: its name is in the list, its number and all that follows are not.
 int GetDeviceChildrenDevNum(int childCount, int* children, int argc, char** argv, std::wstring& wide,
                             std::string& names);
+
+/// The devices that the arguments from the fourth on describe.
+struct NamedChildren {
+  int count() const { return static_cast<int>(numbers.size()); }
+
+  std::vector<int> numbers;  ///< one an argument; -1 from the first on that was not found
+  std::string names;         ///< the arguments as typed, a blank behind each; ends with the first that was not found
+};
+
+/// Looks them up with `GetDeviceChildrenDevNum`. Whether all were found is left to the library, which refuses -1.
+NamedChildren findNamedChildren(int argc, char** argv);
 
 /// Adds children to a fusion device and prints all that it then holds. `names` and `description` are shown, `wide` is
 /// not used. Returns 0, or -1 when the library refuses or fails.

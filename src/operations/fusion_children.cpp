@@ -6,22 +6,25 @@
 
 using namespace Automation::Velq;
 
-ErrorCode FusionChildren::read(int32_t fusionNumber) {
-  numbers.fill(-1);
-  count = Capacity;
-  const ErrorCode status = CvxFusionDeviceGetChildren(fusionNumber, &count, numbers.data());
-  count = std::min(count, Capacity);
-  return status;
+std::optional<FusionChildren> childrenOf(int32_t fusionNumber) {
+  FusionChildren children{.count = MostFusionChildren};
+  children.numbers.fill(-1);
+  if (CvxFusionDeviceGetChildren(fusionNumber, &children.count, children.numbers.data()) != Success)
+    return std::nullopt;
+  // A library may count more than it had room to fill.
+  children.count = std::min(children.count, MostFusionChildren);
+  return children;
 }
 
-std::wstring FusionChildren::report() const {
+std::wstring describe(const FusionChildren& children) {
   std::wstring report;
-  for (int32_t i = 0; i < count; ++i) {
-    DeviceCtrl* const child = DeviceCtrl_Create(numbers[static_cast<size_t>(i)], nullptr, AccessDevice);
+  for (int32_t i = 0; i < children.count; ++i) {
+    DeviceCtrl* const child = DeviceCtrl_Create(children.numbers[static_cast<size_t>(i)], nullptr, AccessDevice);
     if (child == nullptr) continue;
     report += descriptionOf(child).data();
     report += L' ';
   }
+  // Deliberately all blanks at the end: those of the last description go, too.
   report.erase(report.find_last_not_of(L' ') + 1);
   return report;
 }

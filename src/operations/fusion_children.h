@@ -4,18 +4,18 @@
 #include <velq/velq.h>
 
 #include <array>
+#include <optional>
 #include <string>
 
-/// Up to 256 device numbers, in the library's order.
+/// Device numbers in the library's order.
 struct FusionChildren {
-  static constexpr int32_t Capacity = 256;
-
-  /// Fills the list; anything but success means that it cannot be had.
-  Automation::Velq::ErrorCode read(int32_t fusionNumber);
-
-  /// The children's descriptions, separated by blanks; those that cannot be opened are left out.
-  std::wstring report() const;
-
-  int32_t count = Capacity;
-  std::array<int32_t, Capacity> numbers;
+  int32_t count;                                                        ///< of entries filled; at most all of them
+  std::array<int32_t, Automation::Velq::MostFusionChildren> numbers{};  ///< -1 where the library filled nothing
 };
+
+/// The children of a fusion device; nothing when the library does not give them.
+std::optional<FusionChildren> childrenOf(int32_t fusionNumber);
+
+/// The children's descriptions, separated by blanks; those that cannot be opened are left out. The devices that are
+/// opened for it are never released.
+std::wstring describe(const FusionChildren& children);

@@ -3,40 +3,42 @@
 #include <velq/velq.h>
 
 #include <cstdio>
-#include <cstring>
 #include <cwchar>
-#include <vector>
 
-#include "base/conversion.h"
 #include "operations/fusion.h"
+#include "operations/text.h"
 
 using namespace Automation::Velq;
 
 namespace {
 
-// "%S" in a wide format takes wide text, so four bytes of the description make one character. No device bears such a
-// name, and scripts depend on that: "/dd:Name -fusion child" makes a new fusion device even where Name exists. A name
-// of one letter is found, though.
+// The device is looked up, on purpose, by a text that is not its description: four bytes of that make one character,
+// low byte first. Hardly a device bears such a name, so "/dd:Name -fusion child" makes a new fusion device even where
+// Name exists. A name of one letter is found, though, for that is its own character.
 WideText lookupText(const std::string& description) {
-  std::vector<wchar_t> characters(description.size() / sizeof(wchar_t) + 2);
-  std::memcpy(characters.data(), description.data(), description.size());
+  std::wstring characters((description.size() + 3) / 4, 0);
+  for (size_t i = 0; i < description.size(); ++i) {
+    const auto byte = static_cast<uint32_t>(static_cast<unsigned char>(description[i]));
+    characters[i / 4] = static_cast<wchar_t>(static_cast<uint32_t>(characters[i / 4]) | byte << (8 * (i % 4)));
+  }
   WideText text{};
-  swprintf(text.data(), 256, L"%S", characters.data());
+  swprintf(text.data(), text.size() - 1, L"%S", characters.c_str());
   return text;
 }
 
-int createFusionDevice(const std::vector<int32_t>& children, std::string names, const std::string& description) {
+int createFusionDevice(const NamedChildren& children, const std::string& description) {
   int32_t number = 0;
-  const ErrorCode status = CvxFusionDeviceCreate(static_cast<int32_t>(children.size()), children.data(), &number);
+  const ErrorCode status = CvxFusionDeviceCreate(children.count(), children.numbers.data(), &number);
   if (status == ErrorCannotFuse) {
     printf("Specified devices can not be fused!(ErroeLevel = %d)\n", 3);
     return -1;
   }
   if (status == Success) {
     printf("Create fusion device %s successfully\n", description.c_str());
-    names.erase(names.find_last_not_of(' ') + 1);
+    const std::string names = children.names.substr(0, children.names.find_last_not_of(' ') + 1);
     printf("%s fused devices:%s\n", description.c_str(), names.c_str());
   }
+  // Deliberately after any other status, too: `number` is then what the library left in it.
   DeviceCtrl* const device = DeviceCtrl_Create(number, nullptr, AccessFusion);
   if (device == nullptr) {
     puts("get device failed,devCtrl is NULL.");
@@ -53,13 +55,10 @@ int createFusionDevice(const std::vector<int32_t>& children, std::string names, 
 
 int buildFusionDevice(int argc, char** argv, const std::string& description) {
   DeviceCtrl* const existing = DeviceCtrl_Create(-1, lookupText(description).data(), AccessFusion);
-  const int childCount = argc - 3;
-  std::vector<int32_t> children(static_cast<size_t>(childCount), -1);
-  std::wstring wide;
-  std::string names;
-  GetDeviceChildrenDevNum(childCount, children.data(), argc, argv, wide, names);
-  if (existing == nullptr) return createFusionDevice(children, names, description);
-  FusionDeviceAddChildren(DeviceCtrl_getDeviceNumber(existing), childCount, children.data(), wide, names, description);
+  NamedChildren children = findNamedChildren(argc, argv);
+  if (existing == nullptr) return createFusionDevice(children, description);
+  FusionDeviceAddChildren(DeviceCtrl_getDeviceNumber(existing), children.count(), children.numbers.data(), {},
+                          children.names, description);
   DeviceCtrl_dispose(existing);
   return 0;
 }

@@ -3,12 +3,14 @@
 #include <cstdio>
 #include <string>
 
-#include "base/arguments.h"
-#include "base/conversion.h"
 #include "operations/do_work.h"
 #include "operations/fusion.h"
+#include "operations/number.h"
+#include "operations/record.h"
 #include "operations/usage.h"
+#include "qutil/arguments.h"
 #include "qutil/device_list.h"
+#include "qutil/device_match.h"
 #include "qutil/fusion_build.h"
 #include "qutil/help.h"
 
@@ -17,8 +19,7 @@ using namespace Automation::Velq;
 namespace {
 
 int runOnNumber(int argc, char** argv, const std::string& number) {
-  DeviceInformation device{
-      .DeviceNumber = parseNumber(number), .OpenMode = AccessDevice, .ModuleIndex = 0, .Description = {}};
+  DeviceInformation device = recordOf(parseNumber(number));
   doWork(argc, argv, device);
   return 0;
 }
@@ -29,7 +30,7 @@ int runOnPattern(int argc, char** argv, const std::string& pattern) {
     puts("No matched device found!Check your input and make sure the device on the PC is working normaly.");
     return -1;
   }
-  printf("Find %lu devices on PC by your input.\n", descriptions.size());
+  printf("Find %lu devices on PC by your input.\n", static_cast<unsigned long>(descriptions.size()));
   for (const std::string& description : descriptions) {
     DeviceInformation device = recordOf(description);
     doWork(argc, argv, device);
@@ -57,7 +58,7 @@ int main(int argc, char** argv) {
   }
   if (argc == 2 && arguments.selector == "-detail") return getAllInstalledDevice();
 
-  // Never used and never released: libraries have come to see one firmware control made ahead of every command.
+  // Never used and never released, deliberately: a library sees one firmware control made ahead of every command.
   DaqCtrlBase_Create(ScenarioFirmware);
   if (holds(arguments.selector, "/dn:")) return runOnNumber(argc, argv, afterColon(arguments.selector));
   if (holds(arguments.selector, "/dd:"))

@@ -1,4 +1,4 @@
-#include "base/wildcard.h"
+#include "qutil/wildcard.h"
 
 void MyReplace(std::string source, std::string pattern, std::string& output) {
   for (size_t i = 0; i < pattern.size(); ++i) {

@@ -1,4 +1,4 @@
-#include "base/console.h"
+#include "qutil/console.h"
 
 #include <termios.h>
 #include <unistd.h>

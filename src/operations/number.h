@@ -1,0 +1,12 @@
+// Numbers as arguments give them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// The decimal number at the start of `text`, 0 when there is none, clamped to 32 bits. More than 256 bytes end the
+/// process with abort().
+int32_t parseNumber(const std::string& text);
+
+/// True when all of `text` is made of the digits 0 to 9; so too when it is empty.
+bool isAllDigits(const std::string& text);

@@ -1,0 +1,17 @@
+#include "operations/record.h"
+
+#include <cwchar>
+
+#include "operations/text.h"
+
+using namespace Automation::Velq;
+
+DeviceInformation recordOf(int32_t number) {
+  return {.DeviceNumber = number, .OpenMode = AccessDevice, .ModuleIndex = 0, .Description = {}};
+}
+
+DeviceInformation recordOf(const std::string& description) {
+  DeviceInformation record = recordOf(-1);
+  std::wcsncpy(record.Description, widen(description).data(), DescriptionCapacity - 1);
+  return record;
+}
