@@ -21,7 +21,11 @@ void readOrNotAvailable(TextGetter getter, DeviceCtrl* device, TextBuffer<Capaci
 
 // The length is asked again ahead of every element: a library may take back elements while they are read.
 template <typename Value>
-void forEach(Array* values, void (*print)(Value)) {
+void printEach(Array* values, void (*print)(Value), const char* missing) {
+  if (values == nullptr) {
+    puts(missing);
+    return;
+  }
   for (int32_t i = 0; i < Array_getLength(values); ++i) {
     const auto* const value = static_cast<const Value*>(Array_getItem(values, i));
     if (value == nullptr) return;
@@ -71,15 +75,8 @@ int QueryDeviceInfo(DeviceInformation& device) {
   TextBuffer<100> location;
   readOrNotAvailable(DeviceCtrl_getLocation, opened, location);
   printf("Location: %S\n", location.data());
-  Array* const addresses = DeviceCtrl_getBaseAddresses(opened);
-  if (addresses == nullptr)
-    puts("Base address: N/A");
-  else
-    forEach(addresses, printBaseAddress);
-  Array* const interrupts = DeviceCtrl_getInterrupts(opened);
-  if (interrupts == nullptr)
-    puts("Interrupt: N/A");
-  else
-    forEach(interrupts, printInterrupt);
+  printEach(DeviceCtrl_getBaseAddresses(opened), printBaseAddress, "Base address: N/A");
+  printEach(DeviceCtrl_getInterrupts(opened), printInterrupt, "Interrupt: N/A");
+  // The device stays open, deliberately.
   return 0;
 }
