@@ -1,0 +1,183 @@
+"""Commands that change something, the folder in which each runs, and what they leave behind there."""
+import json
+import os
+import pathlib
+import re
+import shutil
+import signal
+import sqlite3
+import subprocess
+import tempfile
+
+from recording import CHANGING, UNKNOWN, Disk, calls
+from rig import Fault, build
+
+# By name: the arguments, standard input, and whether a rig of the folder's own is needed, which holds a group already.
+COMMANDS = {
+    "listing": ([], "", False),
+    "-cd:": (["/dn:0", "-cd:New"], "", False),
+    "-ci:": (["/dn:2", "-ci:5"], "", False),
+    "-fwo:": (["/dn:0", "-fwo:new.fw", "1"], "", False),
+    "-cali:ai.auto": (["/dn:0", "-cali:ai.auto"], "y\ny\n", False),
+    "-cali:ai.reverse": (["/dn:0", "-cali:ai.reverse"], "", False),
+    "-fusion": (["/dd:Pair", "-fusion", "QS-2004,BID#0", "QS-2004,BID#1"], "", False),
+    "-defusion": (["/dd:Group", "-defusion"], "", True),
+}
+BEGINNINGS = ["fresh", "existing"]
+EVERYTHING = ["/dd:.*"]
+LONGEST_RUN = 20
+
+
+class Bench:
+    """The programs, and a place in memory for the folders; gone with the object."""
+
+    def __init__(self, options):
+        subprocess.run([options.root / "script" / "setup", "check"], check=True)
+        subprocess.run(["cmake", "--preset", "dev", "-DQUTIL_TESTS=ON"], cwd=options.root, check=True, capture_output=True)
+        tree = build(options.root, "dev", "qutil", "velq", "velq-probe", "sleep_recorder")
+        self.tool = options.tool
+        self.rig = options.root / "src" / "simulator" / "builtin_rig.json"
+        self.recorder = tree / "tests" / "sleep_recorder.so"
+        self.preload = f"{next(tree.glob('lib*/**/libvelq-probe.so'))}:{self.recorder}"
+        self.own = tempfile.TemporaryDirectory(prefix="qutil-torture-", dir="/dev/shm")
+        self.place = pathlib.Path(self.own.name)
+
+
+class Stage:
+    """One command, on no state or on one that another change has made."""
+
+    def __init__(self, bench, name, beginning):
+        self.bench, self.name, self.beginning = bench, name, beginning
+        self.arguments, self.input, self.has_rig = COMMANDS[name]
+        self.template = self.folder("template")
+        self.template.mkdir()
+        (self.template / "new.fw").write_bytes(b"payload")
+        suffix = ["dfu-suffix", "-p", "0x3216", "-d", "0x0500", "-a", self.template / "new.fw"]
+        subprocess.run(suffix, check=True, capture_output=True)
+        if self.has_rig:
+            rig = json.loads(bench.rig.read_text())
+            rig["devices"].append({"number": 300, "description": "Group", "product_id": "0x2004", "children": [6, 7]})
+            (self.template / "rig.json").write_text(json.dumps(rig))
+        if beginning == "existing":
+            self.run(self.template, ["/dn:1", "-cd:Other"])
+        self.before = self.rows(self.template)
+        if bool(self.before) != (beginning == "existing"):
+            raise Fault(f"{name}: the state to begin with holds {self.before}")
+
+    def folder(self, what):
+        """All at the same depth, for that decides how many system calls a run makes."""
+        return self.bench.place / f"{self.name}.{self.beginning}.{what}"
+
+    def copy(self, what):
+        folder = self.folder(what)
+        shutil.rmtree(folder, ignore_errors=True)
+        shutil.copytree(self.template, folder)
+        return folder
+
+    def state(self, folder):
+        return folder / ("rig.json.state" if self.has_rig else "made/velq-sim/state")
+
+    def environment(self, folder):
+        place = {"VELQ_RIG": str(folder / "rig.json")} if self.has_rig else {"XDG_STATE_HOME": str(folder / "made")}
+        return {**place, "LC_ALL": "C", "PATH": "/usr/bin:/bin"}
+
+    def run(self, folder, arguments=EVERYTHING, wrapper=()):
+        """Runs to the end, which is forced after LONGEST_RUN seconds. Returns status, standard output and standard error."""
+        command = [*wrapper, self.bench.tool, *arguments]
+        pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
+        process = subprocess.Popen(command, cwd=folder, env=self.environment(folder), start_new_session=True, **pipes)
+        try:
+            output, errors = process.communicate(self.input.encode(), LONGEST_RUN)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)
+            output, errors = process.communicate()
+        return process.returncode, output.decode(errors="replace"), errors.decode(errors="replace")
+
+    def strace(self, folder, *options):
+        """Runs the command with trace, without sleeps and under strace, which writes the file "record"."""
+        loaded = ["-E", f"LD_PRELOAD={self.bench.preload}", "-E", f"VELQ_TRACE={folder}/trace"]
+        return self.run(folder, self.arguments, ["strace", "-o", folder / "record", "-y", *options, *loaded])
+
+    def rows(self, folder):
+        """What the state keeps, by device and item. Fault when the database is not whole."""
+        state = self.state(folder)
+        if not state.exists() or state.stat().st_size == 0:
+            return {}
+        database = sqlite3.connect(state)
+        try:
+            if database.execute("PRAGMA integrity_check").fetchall() != [("ok",)]:
+                raise Fault("the database is not whole")
+            if database.execute("SELECT count(*) FROM sqlite_schema").fetchone() == (0,):
+                return {}
+            return {(device, item): value for device, item, value in database.execute("SELECT device, item, value FROM change")}
+        except sqlite3.Error as error:
+            raise Fault(f"the database is not whole: {error}") from error
+        finally:
+            database.close()
+
+    def look(self, folder):
+        """What a run without faults shows of all devices; Fault when it complains. Comes before rows(), which may heal."""
+        status, output, errors = self.run(folder)
+        if errors or status != 0:
+            raise Fault(f"the next run complains: {errors.strip()!r}, status {status}")
+        return output
+
+
+class Story:
+    """A run without faults: its calls, what it printed, and what the state held after each line of the trace that changed it."""
+
+    def __init__(self, stage, watched):
+        self.folder = stage.copy("story")
+        self.disk = Disk(self.folder)
+        options = ["-xx", "-s", "1000000", "-e", "trace=" + ",".join({*watched, *CHANGING, *UNKNOWN})]
+        self.status, self.output, self.errors = stage.strace(self.folder, *options)
+        self.calls = list(calls(self.folder / "record"))
+        self.stage = stage
+        self.contents = [stage.before]
+        self.lines = []  # of the trace, all of them
+        self.changing = []  # which of these came with the next contents
+
+    def play(self):
+        """Gives each call once its change has been made to the disk. Fills contents and lines on the way."""
+        for call in self.calls:
+            if not call.succeeded or not self.disk.apply(call):
+                continue
+            if call.path == f"{self.folder}/trace":
+                rows = self.rows_on(self.disk.after_crash(always, always))
+                if rows != self.contents[-1]:
+                    self.contents.append(rows)
+                    self.changing.append(len(self.lines))
+                self.lines.append(without_numbers(call.data.decode()))
+            yield call
+        if self.status != 0 or self.errors or (self.stage.arguments and not self.changing):
+            raise Fault(f"{self.stage.name} without a fault: {self.output!r} {self.errors!r}, no change was seen")
+
+    def rows_on(self, files):
+        return self.stage.rows(restore(files, self.folder, self.stage.folder("image")))
+
+
+def always():
+    return True
+
+
+def restore(files, origin, folder):
+    """Makes a folder of files that lay in `origin`."""
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir()
+    for path, content in files.items():
+        target = folder / pathlib.Path(path).relative_to(origin)
+        if content is None:
+            target.mkdir()
+        else:
+            target.write_bytes(content)
+    return folder
+
+
+def without_numbers(line):
+    """A line of a trace without the numbers of its handles, which depend on what went before."""
+    return re.sub(r"(?<=[a-z])#\d+", "", line.strip())
+
+
+def difference(before, after):
+    """What has to be put into `before` to make it `after`; None for what has to go."""
+    return {key: after.get(key) for key in {**before, **after} if before.get(key) != after.get(key)}
