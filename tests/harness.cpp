@@ -7,16 +7,12 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <csignal>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <set>
 #include <sstream>
-
-const char OneBoard[] = R"({"devices": [{"number": 0, "description": "Board", "product_id": "0x10"}]})";
 
 namespace {
 
@@ -27,35 +23,13 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
   return list;
 }
 
-struct Pipe {
-  Pipe() {
-    if (pipe2(ends, O_CLOEXEC) != 0) abort();
-  }
-  int ends[2];
-};
+std::string contentOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
 
-// Feeds `input` to one descriptor while it reads the two others to their ends; a terminal ends with an error.
-void exchange(int in, const std::string& input, int out, std::string& output, int err, std::string& errors) {
-  size_t sent = 0;
-  pollfd files[] = {{in, POLLOUT, 0}, {out, POLLIN, 0}, {err, POLLIN, 0}};
-  std::string* const texts[] = {nullptr, &output, &errors};
-  while (files[1].fd >= 0 || files[2].fd >= 0) {
-    if (sent == input.size()) files[0].fd = -1;
-    if (poll(files, 3, -1) < 0) abort();
-    if (files[0].fd >= 0 && files[0].revents != 0) {
-      const ssize_t count = write(in, input.data() + sent, input.size() - sent);
-      sent = count > 0 ? sent + static_cast<size_t>(count) : input.size();
-    }
-    for (int i : {1, 2}) {
-      if (files[i].fd < 0 || files[i].revents == 0) continue;
-      char bytes[4096];
-      const ssize_t count = read(files[i].fd, bytes, sizeof bytes);
-      if (count > 0)
-        texts[i]->append(bytes, static_cast<size_t>(count));
-      else
-        files[i].fd = -1;
-    }
-  }
+void redirect(int descriptor, const std::string& path) {
+  dup2(open(path.c_str(), descriptor == 0 ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC, 0600), descriptor);
 }
 
 [[noreturn]] void execute(const std::vector<std::string>& arguments, std::vector<std::string> variables) {
@@ -69,52 +43,31 @@ void exchange(int in, const std::string& input, int out, std::string& output, in
   _exit(127);
 }
 
-void awaitEnd(pid_t process, Outcome& outcome) {
-  int status = 0;
-  waitpid(process, &status, 0);
-  if (WIFEXITED(status)) outcome.status = WEXITSTATUS(status);
-  if (WIFSIGNALED(status)) outcome.signal = WTERMSIG(status);
-}
-
-void runOnPipes(const Command& command, const std::vector<std::string>& variables, Outcome& outcome) {
-  Pipe in, out, err;
-  const pid_t process = fork();
-  if (process == 0) {
-    dup2(in.ends[0], 0);
-    dup2(out.ends[1], 1);
-    dup2(err.ends[1], 2);
-    execute(command.arguments, variables);
-  }
-  close(in.ends[0]);
-  close(out.ends[1]);
-  close(err.ends[1]);
-  if (command.input.empty()) close(in.ends[1]);
-  exchange(in.ends[1], command.input, out.ends[0], outcome.output, err.ends[0], outcome.errors);
-  if (!command.input.empty()) close(in.ends[1]);
-  close(out.ends[0]);
-  close(err.ends[0]);
-  awaitEnd(process, outcome);
-}
-
 // Echo stays on, so what the terminal echoes in line mode stands in the output, and a key read raw does not.
-void runOnTerminal(const Command& command, const std::vector<std::string>& variables, Outcome& outcome) {
-  Pipe err;
-  int terminal = -1;
-  const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
-  if (process < 0) FAIL() << "no pseudo-terminal: " << std::strerror(errno);
-  if (process == 0) {
+void keepLineEnds() {
+  termios settings{};
+  tcgetattr(0, &settings);
+  settings.c_oflag &= ~static_cast<tcflag_t>(ONLCR);
+  tcsetattr(0, TCSANOW, &settings);
+}
+
+// Reads the terminal until its last process ends, or says nothing for a minute.
+void converse(int terminal, std::string keys, std::string answers, std::string& output) {
+  const auto type = [&](std::string& text) {
+    text.erase(0, static_cast<size_t>(write(terminal, text.data(), text.size())));
+  };
+  pollfd file{terminal, POLLIN, 0};
+  for (int waits = 0; waits < 6000; ++waits) {
     termios settings{};
-    tcgetattr(0, &settings);
-    settings.c_oflag &= ~static_cast<tcflag_t>(ONLCR);
-    tcsetattr(0, TCSANOW, &settings);
-    dup2(err.ends[1], 2);
-    execute(command.arguments, variables);
+    if (!keys.empty() && tcgetattr(terminal, &settings) == 0 && (settings.c_lflag & ICANON) == 0) type(keys);
+    if (!answers.empty() && output.ends_with("(Y/N):\n")) type(answers);
+    if (poll(&file, 1, 10) <= 0) continue;
+    char bytes[4096];
+    const ssize_t count = read(terminal, bytes, sizeof bytes);
+    if (count <= 0) return;
+    output.append(bytes, static_cast<size_t>(count));
+    waits = 0;
   }
-  close(err.ends[1]);
-  exchange(terminal, command.keys, terminal, outcome.output, err.ends[0], outcome.errors);
-  close(terminal);
-  close(err.ends[0]);
-  awaitEnd(process, outcome);
 }
 
 }  // namespace
@@ -122,25 +75,30 @@ void runOnTerminal(const Command& command, const std::vector<std::string>& varia
 std::string Outcome::calls(const std::vector<std::string>& operations) const {
   std::string lines;
   for (const std::string& line : trace) {
-    for (const std::string& operation : operations) {
-      if (!line.starts_with(operation)) continue;
-      lines += line + "\n";
-      break;
-    }
+    const auto begins = [&](const std::string& operation) { return line.starts_with(operation); };
+    if (std::any_of(operations.begin(), operations.end(), begins)) lines += line + "\n";
   }
   return lines;
 }
 
-std::string Outcome::unreleased(const std::string& kind) const {
-  std::vector<std::string> handles;
+std::string Outcome::lastCall() const {
+  const auto counts = [](const std::string& line) { return line[0] != '#' && line.find("_dispose(") == line.npos; };
+  const auto last = std::find_if(trace.rbegin(), trace.rend(), counts);
+  return last == trace.rend() ? "" : *last;
+}
+
+std::string Outcome::unreleased() const {
+  std::string handles;
   for (const std::string& line : trace) {
-    const size_t result = line.rfind(" = " + kind + "#");
-    if (line.starts_with(kind + "_Create(") && result != std::string::npos) handles.push_back(line.substr(result + 3));
-    if (line.starts_with(kind + "_dispose(")) std::erase(handles, line.substr(kind.size() + 9, line.size() - kind.size() - 10));
+    const size_t made = line.find("_Create("), result = line.rfind(" = "), disposed = line.find("_dispose(");
+    if (made != line.npos && line.find('#', result) != line.npos) handles += " " + line.substr(result + 3);
+    if (disposed == line.npos) continue;
+    const std::string handle = " " + line.substr(disposed + 9, line.size() - disposed - 10);
+    handles.erase(handles.find(handle), handle.size());
   }
-  std::string list;
-  for (const std::string& handle : handles) list += (list.empty() ? "" : " ") + handle;
-  return list;
+  const std::string own = " DaqCtrlBase#1";
+  if (const size_t place = handles.find(own); place != handles.npos) handles.erase(place, own.size());
+  return handles.substr(!handles.empty());
 }
 
 ToolTest::ToolTest() : folder_(testing::TempDir() + "qutil-XXXXXX") {
@@ -155,7 +113,9 @@ void ToolTest::useRig(const std::string& json) {
   environment["VELQ_RIG"] = path("rig.json");
 }
 
-void ToolTest::write(const std::string& name, const std::string& content) const { std::ofstream(path(name), std::ios::binary) << content; }
+void ToolTest::write(const std::string& name, const std::string& content) const {
+  std::ofstream(path(name), std::ios::binary) << content;
+}
 
 std::vector<std::string> ToolTest::environmentOf(const Command& command) const {
   std::map<std::string, std::string> variables = environment;
@@ -175,11 +135,33 @@ std::vector<std::string> ToolTest::environmentOf(const Command& command) const {
   return list;
 }
 
+// On files, or on a terminal that is made when `terminal` is given.
+pid_t ToolTest::start(const Command& command, const std::string& input, const std::string& output,
+                      int* terminal) const {
+  const pid_t process = terminal == nullptr ? fork() : forkpty(terminal, nullptr, nullptr, nullptr);
+  EXPECT_GE(process, 0);
+  if (process != 0) return process;
+  if (terminal != nullptr) keepLineEnds();
+  if (terminal == nullptr) redirect(0, input);
+  if (terminal == nullptr) redirect(1, output);
+  redirect(2, path("errors"));
+  execute(command.arguments, environmentOf(command));
+}
+
 Outcome ToolTest::runWith(const Command& command) const {
   Outcome outcome;
+  int status = 0, terminal = -1;
+  const bool typed = !command.keys.empty();
   std::filesystem::remove(path("trace"));
-  std::signal(SIGPIPE, SIG_IGN);
-  (command.keys.empty() ? runOnPipes : runOnTerminal)(command, environmentOf(command), outcome);
+  write("input", command.input);
+  const pid_t process = start(command, path("input"), path("output"), typed ? &terminal : nullptr);
+  if (typed) converse(terminal, command.keys, command.answers, outcome.output);
+  if (typed) close(terminal);
+  waitpid(process, &status, 0);
+  if (WIFEXITED(status)) outcome.status = WEXITSTATUS(status);
+  if (WIFSIGNALED(status)) outcome.signal = WTERMSIG(status);
+  if (!typed) outcome.output = contentOf(path("output"));
+  outcome.errors = contentOf(path("errors"));
   std::ifstream trace(path("trace"));
   for (std::string line; std::getline(trace, line);) outcome.trace.push_back(line);
   EXPECT_EQ(outcome.calls({"unflushed"}), "");
@@ -187,15 +169,43 @@ Outcome ToolTest::runWith(const Command& command) const {
   return outcome;
 }
 
-pid_t ToolTest::start(const std::vector<std::string>& arguments) const {
-  const pid_t process = fork();
-  if (process == 0) {
-    const int nowhere = open("/dev/null", O_RDWR);
-    dup2(nowhere, 0);
-    dup2(nowhere, 1);
-    execute(arguments, environmentOf({.arguments = arguments, .probed = false}));
+Outcome ToolTest::runLine(const std::string& line) const {
+  Command command{.arguments = {}, .input = "y\ny\n"};
+  std::istringstream words(line);
+  for (std::string word; words >> word;) {
+    if (command.arguments.empty() && word[0] != '/' && word[0] != '-')
+      command.faults += word + ";";
+    else
+      command.arguments.push_back(word);
   }
-  return process;
+  return runWith(command);
+}
+
+void ToolTest::check(const std::vector<Case>& cases) const {
+  for (const Case& test : cases) {
+    SCOPED_TRACE(test.line);
+    std::remove(state.c_str());
+    const Outcome outcome = runLine(test.line);
+    EXPECT_EQ(outcome.output, test.output);
+    EXPECT_TRUE(outcome.lastCall().starts_with(test.last)) << outcome.calls();
+    EXPECT_EQ(outcome.unreleased(), test.unreleased);
+    EXPECT_EQ(outcome.status, test.status);
+    EXPECT_EQ(outcome.calls({"# faults never reached: "}).find_first_of("123456789"), std::string::npos);
+  }
+}
+
+std::pair<Outcome, Outcome> ToolTest::runBeside(const std::vector<std::string>& holder, const std::string& line,
+                                                const std::string& found, const std::string& after) const {
+  const pid_t process = start({.arguments = holder, .probed = false}, "/dev/null", "/dev/null", nullptr);
+  Outcome beside;
+  for (int i = 0; i < 500 && beside.calls().find(found) == std::string::npos; ++i) {
+    usleep(10'000);
+    beside = runLine(line);
+  }
+  const Outcome last = runLine(after);
+  kill(process, SIGKILL);
+  waitpid(process, nullptr, 0);
+  return {beside, last};
 }
 
 std::string ToolTest::firmware(const std::string& name, const std::string& product, const std::string& version) const {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-
 #include <sys/types.h>
 
 #include <cstdio>
@@ -15,8 +14,9 @@
 struct Command {
   std::vector<std::string> arguments;
   std::string faults = {};     ///< VELQ_FAULTS
-  std::string input = {};      ///< standard input, a pipe; or
-  std::string keys = {};       ///< what is typed on a pseudo-terminal that standard input and output then are
+  std::string input = {};      ///< standard input, a file; or
+  std::string keys = {};       ///< what is typed once a terminal waits for a key, with no line end, and
+  std::string answers = {};    ///< what is typed there at the first question
   std::string locale = "C";    ///< LC_ALL
   std::string library = {};    ///< a folder whose libvelq.so is used in place of the simulator
   bool probed = true;          ///< whether the probe and the sleep recorder lie over the library
@@ -30,11 +30,25 @@ struct Outcome {
   int signal = 0;                  ///< that signal
   std::vector<std::string> trace;  ///< the probe's lines, and "sleep(N)" for every sleep
 
-  /// The trace's calls whose lines begin with one of `operations`, a line each.
+  /// The trace's lines that begin with one of `operations`, a line each.
   std::string calls(const std::vector<std::string>& operations = {""}) const;
 
-  /// The handles of one kind that were made and never disposed of, in order, separated by blanks.
-  std::string unreleased(const std::string& kind) const;
+  /// The last call that is no disposal.
+  std::string lastCall() const;
+
+  /// The handles that were made and never disposed of, in order, separated by blanks, but for the control that every
+  /// command makes.
+  std::string unreleased() const;
+};
+
+/// A run, written as in a shell: faults, then arguments, separated by blanks; and all that it must do. Its input says
+/// yes to two questions.
+struct Case {
+  std::string line;
+  std::string output;
+  std::string last = {};        ///< how the last call that is no disposal begins
+  std::string unreleased = {};  ///< as Outcome has it
+  int status = 0;
 };
 
 /// A folder of its own for each test, with rig.json and state in it.
@@ -51,9 +65,15 @@ class ToolTest : public testing::Test {
   /// Runs to the end. Fails the test when standard error is not as `expectsErrors` says.
   Outcome runWith(const Command& command) const;
   Outcome run(const std::vector<std::string>& arguments) const { return runWith({.arguments = arguments}); }
+  Outcome runLine(const std::string& line) const;
 
-  /// Starts a run in the background with real sleeps and returns its process id.
-  pid_t start(const std::vector<std::string>& arguments) const;
+  /// Runs each case on a new state, where all faults must be reached.
+  void check(const std::vector<Case>& cases) const;
+
+  /// While a run of `holder` is at work, with real sleeps, runs `line` until its trace holds `found` (no longer than
+  /// five seconds), and then `after`. The holder is killed. Returns what the two runs did.
+  std::pair<Outcome, Outcome> runBeside(const std::vector<std::string>& holder, const std::string& line,
+                                        const std::string& found, const std::string& after) const;
 
   /// Makes a firmware file with dfu-suffix and returns its path.
   std::string firmware(const std::string& name, const std::string& product, const std::string& version) const;
@@ -63,6 +83,7 @@ class ToolTest : public testing::Test {
 
  private:
   std::vector<std::string> environmentOf(const Command& command) const;
+  pid_t start(const Command& command, const std::string& input, const std::string& output, int* terminal) const;
 
   std::string folder_;
 };
@@ -82,4 +103,6 @@ std::string printed(const char* format, Values... values) {
 }
 
 /// A rig with one plain device, number 0, described "Board".
-extern const char OneBoard[];
+inline constexpr char OneBoard[] = R"({"devices": [{"number": 0, "description": "Board", "product_id": "0x10"}]})";
+
+inline constexpr char Insufficient[] = "Insufficient parameter! Please use \"qutil /?\"to get help. (Errorlevel = 1)\n";

