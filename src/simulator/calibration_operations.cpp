@@ -19,7 +19,7 @@ Array* objectArray(Owner& owner, HandleArrayObject*& made, const std::vector<Giv
   return handleOf<Array>(made);
 }
 
-int32_t deviceNumber(const SolutionObject& solution) { return solution.control.device->number; }
+int32_t deviceNumber(const SolutionObject& solution) { return solution.device.number; }
 
 std::string stateItem(const ItemObject& item) {
   return calibrationItem(item.section.solution.index, item.section.index, item.index);
@@ -102,7 +102,7 @@ const wchar_t* CalibrationSection_getInstruction(CalibrationSection* section) {
 ErrorCode CalibrationSection_start(CalibrationSection* section) {
   SectionObject& object = resolve<SectionObject>(section, __func__);
   ControlObject& control = object.solution.control;
-  const int32_t number = control.device->number;
+  const int32_t number = object.solution.device.number;
   if (!control.holds.contains(number)) {
     if (const ErrorCode status = Simulation::instance().hold(number); status != Success) return status;
     control.holds.insert(number);

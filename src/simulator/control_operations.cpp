@@ -23,7 +23,6 @@ DaqCtrlBase* DaqCtrlBase_Create(Scenario scenario) {
 ErrorCode DaqCtrlBase_setSelectedDevice(DaqCtrlBase* control, const DeviceInformation* device) {
   ControlObject& object = resolveControl(control, __func__);
   const std::optional<int32_t> number = selectDevice(device->DeviceNumber, device->Description);
-  if (object.device != nullptr) object.device->disposed = true;
   object.device = number ? make<DeviceObject>(&object, *number) : nullptr;
   object.items = nullptr;
   object.mode = device->OpenMode;

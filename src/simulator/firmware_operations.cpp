@@ -26,7 +26,7 @@ bool isPassword(const Chip& chip, const wchar_t* given) {
 
 // The last step of an overwrite. A version that could not be kept leaves it unfinished, and the next poll tries again.
 bool keepVersion(ChipObject& chip) {
-  const int32_t number = chip.control.device->number;
+  const int32_t number = chip.device.number;
   const ErrorCode status = Simulation::instance().change([&](std::vector<StateChange>& changes) {
     changes.push_back({number, firmwareItem(chip.index), int64_t{chip.loadedVersion.value()}});
     return Success;
@@ -57,7 +57,7 @@ const wchar_t* FirmwareItem_getDescription(FirmwareItem* item) {
 
 const wchar_t* FirmwareItem_getVersion(FirmwareItem* item) {
   const ChipObject& chip = resolve<ChipObject>(item, __func__);
-  return lasting(versionText(Simulation::instance().firmwareVersion(chip.control.device->number, chip.index)));
+  return lasting(versionText(Simulation::instance().firmwareVersion(chip.device.number, chip.index)));
 }
 
 const wchar_t* FirmwareItem_getNotice(FirmwareItem* item) {
@@ -72,7 +72,7 @@ ErrorCode FirmwareItem_confirmNotice(FirmwareItem* item) {
 ErrorCode FirmwareItem_loadFile(FirmwareItem* item, const wchar_t* path) {
   ChipObject& chip = resolve<ChipObject>(item, __func__);
   Simulation& simulation = Simulation::instance();
-  const int32_t number = chip.control.device->number;
+  const int32_t number = chip.device.number;
   if (chip.started && !chip.finished) return ErrorWrongOrder;
   chip.started = false;
   chip.loadedVersion.reset();
@@ -90,7 +90,7 @@ ErrorCode FirmwareItem_start(FirmwareItem* item, int32_t /*mode*/, const wchar_t
   ChipObject& chip = resolve<ChipObject>(item, __func__);
   if (!chip.loadedVersion || !chip.noticeConfirmed) return ErrorWrongOrder;
   if (!isPassword(chip.chip, password)) return ErrorRefused;
-  const int32_t number = chip.control.device->number;
+  const int32_t number = chip.device.number;
   if (!chip.control.holds.contains(number)) {
     if (const ErrorCode status = Simulation::instance().hold(number); status != Success) return status;
     chip.control.holds.insert(number);

@@ -59,7 +59,7 @@ struct DeviceObject : Object {
   const int32_t number;
 };
 
-/// A control of either kind. What is asked of it belongs to the bound device, and goes when another is bound.
+/// A control of either kind. What is asked of it stays the bound device's, also when another one is bound.
 struct ControlObject : Object {
   explicit ControlObject(Automation::Velq::Scenario kind) : scenario(kind) {}
   const Automation::Velq::Scenario scenario;
@@ -71,8 +71,9 @@ struct ControlObject : Object {
 
 struct ChipObject : Object {
   ChipObject(ControlObject* asked, const Chip& given, size_t position)
-      : Object(asked->device), control(*asked), chip(given), index(position) {}
+      : Object(asked), control(*asked), device(*asked->device), chip(given), index(position) {}
   ControlObject& control;
+  const DeviceObject& device;
   const Chip& chip;
   const size_t index;
   std::optional<uint16_t> loadedVersion;
@@ -84,8 +85,9 @@ struct ChipObject : Object {
 
 struct SolutionObject : Object {
   SolutionObject(ControlObject* asked, const Solution& given, size_t position)
-      : Object(asked->device), control(*asked), solution(given), index(position) {}
+      : Object(asked), control(*asked), device(*asked->device), solution(given), index(position) {}
   ControlObject& control;
+  const DeviceObject& device;
   const Solution& solution;
   const size_t index;
   HandleArrayObject* sections = nullptr;
