@@ -62,7 +62,7 @@ def cut_power(options):
             tried = Cuts(Stage(bench, name, beginning), 1 if options.short else SHUFFLES)
             violations = list(dict.fromkeys(tried.violations()))
             for violation in violations:
-                yield f"VIOLATION: {violation}; repeat: script/torture power --only {case}"
+                yield f"VIOLATION: {violation}; repeat: script/torture power --only={case}"
             yield f"{case}: cut {tried.count} times, {len(tried.disks)} different disks, {len(violations)} violations"
             cuts, disks, found = cuts + tried.count, disks + len(tried.disks), found + len(violations)
     if found:

@@ -4,6 +4,10 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
 
 #include "probe/faults.h"
 #include "probe/operation.h"
@@ -22,6 +26,7 @@ std::string variable(const char* name) {
 
 using Entry = decltype(&CvxQuellisLibInitialize);
 
+// Of the library behind the probe; null in a process that has none.
 Entry nextEntry() { return reinterpret_cast<Entry>(dlsym(RTLD_NEXT, "CvxQuellisLibInitialize")); }
 
 struct Probe {

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <optional>
+#include <system_error>
 
 #include "probe/problem.h"
 #include "text/one_line.h"

@@ -25,6 +25,7 @@ constexpr const char* kindName() {
   return "CalibrationItem";
 }
 
+/// The names that handles have been given in this process.
 class HandleNames {
  public:
   /// The name of a handle, a new one when the address has not been seen as this kind before; "null" for null.

@@ -1,5 +1,6 @@
 #include "velq_sim/options.h"
 
+#include <string>
 #include <string_view>
 
 #include "velq_sim/failure.h"

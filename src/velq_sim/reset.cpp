@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <string>
 #include <string_view>
 
 #include "simulator/environment.h"
