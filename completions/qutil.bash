@@ -46,7 +46,7 @@ _qutil_unquote() {
 
 # Offers the word `$1`, quoted as what is typed of it, when that begins it, or begins `$2`.
 _qutil_offer() {
-  [[ $1 == "$plain"* || ${2-} && $2 == "$plain"* ]] && [[ $1 == "$kept"* ]] || return
+  [[ $1 == "$plain"* || ${2-} && $2 == "$plain"* ]] && [[ $1 == "$kept"?* ]] || return
   local rest=${1#"$kept"}
   case $quote in
     \') rest=${rest//\'/\'\\\'\'} ;;
