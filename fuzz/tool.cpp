@@ -1,13 +1,14 @@
 // Runs the tool on any arguments and on a library that answers anything. An input is the number of arguments, those,
 // each with a terminator, and the library's answers.
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <exception>
+#include <span>
 #include <string>
 #include <vector>
 
-#include "answers.h"
-
+extern std::span<const uint8_t> answers;
 int qutilMain(int argc, char** argv);
 
 // The tool's sleeps take no time.
