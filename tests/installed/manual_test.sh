@@ -17,7 +17,7 @@ check() {
   [ $# -gt 0 ] || fail "$page: no options to look for"
   problems=$(man --warnings -E UTF-8 -l "$page" 2>&1 >/dev/null)
   [ -z "$problems" ] || fail "man: $problems"
-  problems=$(gzip -dc "$page" | mandoc -T lint)
+  problems=$(gzip -dc "$page" | mandoc -T lint -W warning)
   [ -z "$problems" ] || fail "$page: $problems"
   text=$(gzip -dc "$page" | mandoc -T ascii | sed 's/.\x08//g')
   for option in "$@"; do
