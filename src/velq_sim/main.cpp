@@ -1,6 +1,7 @@
 // Runs a command on the simulator.
 #include <cstdio>
 #include <exception>
+#include <optional>
 #include <string>
 
 #include "simulator/rig.h"
@@ -23,11 +24,7 @@ simulator::Rig readRig(const std::string& path) {
 }
 
 void perform(const Request& request) {
-  if (request.help) {
-    printf("%s", helpText().c_str());
-  } else if (request.version) {
-    puts("velq-sim " VERSION);
-  } else if (!request.check.empty()) {
+  if (!request.check.empty()) {
     printf("%s: good, number of devices: %zu\n", request.check.c_str(), readRig(request.check).devices.size());
   } else {
     // Ahead of the command, which would go on without devices.
@@ -47,7 +44,7 @@ ExitStatus refuse(const char* problem, ExitStatus status) {
 
 int main(int argc, char** argv) {
   try {
-    perform(parse(argv + (argc > 0 ? 1 : 0)));
+    if (const std::optional<Request> request = parse(argc, argv)) perform(*request);
     return 0;
   } catch (const Failure& failure) {
     return refuse(failure.what(), failure.status());

@@ -1,6 +1,7 @@
 #include "velq_sim/options.h"
 
-#include <string>
+#include <CLI/CLI.hpp>
+#include <memory>
 #include <string_view>
 
 #include "velq_sim/failure.h"
@@ -9,70 +10,68 @@ namespace velq_sim {
 
 namespace {
 
-struct Option {
-  std::string_view name;
-  const char* value;           ///< what the help calls the value
-  std::string Request::*text;  ///< where the value goes; null for an option that takes none
-  bool Request::*flag;         ///< set by an option without a value
-  const char* help;
-};
+class Formatter : public CLI::Formatter {
+ public:
+  Formatter() { column_width(16); }
 
-constexpr Option Options[] = {
-    {"--rig", "FILE", &Request::rig, nullptr, "take the devices from this rig (VELQ_RIG)"},
-    {"--state", "FILE", &Request::state, nullptr, "keep what commands change in this file (VELQ_STATE)"},
-    {"--reset", "", nullptr, &Request::reset, "forget what commands have changed; needs no COMMAND"},
-    {"--trace", "FILE", &Request::trace, nullptr, "append a line for every library call to this file (VELQ_TRACE)"},
-    {"--faults", "TEXT", &Request::faults, nullptr, "let library calls fail as TEXT says (VELQ_FAULTS)"},
-    {"--check", "FILE", &Request::check, nullptr, "only read this rig and say whether it is good"},
-    {"--help", "", nullptr, &Request::help, "show this help"},
-    {"--version", "", nullptr, &Request::version, "show the version"},
+  std::string make_usage(const CLI::App*, std::string) const override {
+    return "Usage: velq-sim [OPTION...] COMMAND [ARGUMENT...]\n"
+           "       velq-sim [OPTION...] --reset\n"
+           "       velq-sim --check FILE\n";
+  }
 };
 
 [[noreturn]] void refuse(const std::string& problem) { throw Failure(WrongUsage, problem + "; see velq-sim --help"); }
 
-const Option& find(std::string_view name) {
-  for (const Option& option : Options) {
-    if (option.name == name) return option;
-  }
-  refuse("unknown option \"" + std::string(name) + "\"");
+std::string refuseEmpty(const std::string& value) { return value.empty() ? "a value is needed" : ""; }
+
+void define(CLI::App& app, Request& request) {
+  const auto add = [&](const char* name, const char* value, std::string& text, const char* help) {
+    app.add_option(name, text, help)->type_name(value)->check(refuseEmpty);
+  };
+  add("--rig", "FILE", request.rig, "take the devices from this rig (VELQ_RIG)");
+  add("--state", "FILE", request.state, "keep what commands change in this file (VELQ_STATE)");
+  app.add_flag("--reset", request.reset, "forget what commands have changed; needs no COMMAND")
+      ->disable_flag_override()
+      ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
+  add("--trace", "FILE", request.trace, "append a line for every library call to this file (VELQ_TRACE)");
+  add("--faults", "TEXT", request.faults, "let library calls fail as TEXT says (VELQ_FAULTS)");
+  add("--check", "FILE", request.check, "only read this rig and say whether it is good");
+  app.set_help_flag("--help", "show this help");
+  app.set_version_flag("--version", "velq-sim " VERSION, "show the version");
 }
 
-// Takes the option that `argument` begins with, and moves on to the next argument that was not used up.
-void take(char**& argument, Request& request) {
-  const std::string_view given = *argument++;
-  const size_t equals = given.find('=');
-  const Option& option = find(given.substr(0, equals));
-  const std::string name(option.name);
-  if (option.text == nullptr) {
-    if (equals != std::string_view::npos) refuse(name + " takes no value");
-    if (request.*option.flag) refuse(name + " is given twice");
-    request.*option.flag = true;
-    return;
+// Finds the command behind the options, of which CLI11 leaves a "--" standing where no option comes before it.
+char** commandIn(const CLI::App& app, char** begin, char** end) {
+  char** command = end - app.remaining().size();
+  for (char** option = begin; option != command; ++option) {
+    // CLI11 would take what follows as the value.
+    if (std::string_view(*option).ends_with("=")) refuse(std::string(*option) + " needs a value");
   }
-  std::string& text = request.*option.text;
-  if (!text.empty()) refuse(name + " is given twice");
-  if (equals != std::string_view::npos)
-    text = given.substr(equals + 1);
-  else if (*argument != nullptr)
-    text = *argument++;
-  if (text.empty()) refuse(name + " needs a value");
+  if (command == end || **command != '-' || std::string_view(*(command - 1)) == "--") return command;
+  if (std::string_view(*command) != "--") refuse("unknown option \"" + std::string(*command) + "\"");
+  return command + 1;
 }
 
 }  // namespace
 
-Request parse(char** arguments) {
+std::optional<Request> parse(int argc, char** argv) {
   Request request;
-  char** argument = arguments;
-  while (*argument != nullptr && **argument == '-') {
-    if (std::string_view(*argument) == "--") {
-      ++argument;
-      break;
-    }
-    take(argument, request);
+  CLI::App app("Runs a command on the simulator of Quellis boards.", "velq-sim");
+  app.formatter(std::make_shared<Formatter>());
+  app.footer("More is in the manual: man velq-sim");
+  app.prefix_command();
+  define(app, request);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& asked) {
+    app.exit(asked);
+    return std::nullopt;
+  } catch (const CLI::ParseError& error) {
+    refuse(error.what());
   }
-  request.command = argument;
-  const bool hasCommand = *argument != nullptr;
-  if (request.help || request.version) return request;
+  request.command = commandIn(app, argv + 1, argv + argc);
+  const bool hasCommand = *request.command != nullptr;
   if (!request.check.empty()) {
     const bool hasMore = request.reset || !(request.rig + request.state + request.trace + request.faults).empty();
     if (hasCommand || hasMore) refuse("--check goes with no command and no other option");
@@ -80,19 +79,6 @@ Request parse(char** arguments) {
     refuse("no command is given");
   }
   return request;
-}
-
-std::string helpText() {
-  std::string text =
-      "Runs a command on the simulator of Quellis boards.\n"
-      "Usage: velq-sim [OPTION...] COMMAND [ARGUMENT...]\n"
-      "       velq-sim [OPTION...] --reset\n"
-      "       velq-sim --check FILE\n\n";
-  for (const Option& option : Options) {
-    const std::string form = std::string(option.name) + " " + option.value;
-    text += "  " + form + std::string(16 - form.size(), ' ') + option.help + "\n";
-  }
-  return text + "\nMore is in the manual: man velq-sim\n";
 }
 
 }  // namespace velq_sim

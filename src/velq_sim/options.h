@@ -1,6 +1,7 @@
-// The options: one table that the command line is read by and the help is made of.
+// The command line.
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace velq_sim {
@@ -13,17 +14,12 @@ struct Request {
   std::string faults;
   std::string check;
   bool reset = false;
-  bool help = false;
-  bool version = false;
   char** command = nullptr;  ///< its name and arguments, ended by a null; only that null when there is no command
 };
 
-/// Reads `arguments`, which begin behind the program's name and end with a null. Options end at the first argument that
-/// does not begin with "-", or behind "--". Throws Failure for an option that is unknown, given twice, or lacks a
-/// value, and when nothing is left to do.
-Request parse(char** arguments);
-
-/// What "--help" shows.
-std::string helpText();
+/// Reads the arguments of main(). Options end at the first argument that is none, or behind "--". Shows help or the
+/// version where that is asked for; there is nothing else to do then. Throws Failure for an option that is unknown,
+/// given twice, or lacks a value, and when nothing is left to do.
+std::optional<Request> parse(int argc, char** argv);
 
 }  // namespace velq_sim

@@ -32,11 +32,12 @@ expect 2 'velq-sim: no command is given; see velq-sim --help'
 expect 2 'velq-sim: no command is given; see velq-sim --help' --trace t --
 expect 2 'velq-sim: unknown option "--rigs"; see velq-sim --help' --rigs rig.json qutil
 expect 2 'velq-sim: unknown option "--\\x{1b}\\x{9b}"; see velq-sim --help' "$(printf -- '--\033\302\233')"
-expect 2 'velq-sim: --rig needs a value; see velq-sim --help' --rig
-expect 2 'velq-sim: --rig needs a value; see velq-sim --help' --rig= qutil
-expect 2 'velq-sim: --rig is given twice; see velq-sim --help' --rig a --rig=b qutil
-expect 2 'velq-sim: --reset is given twice; see velq-sim --help' --reset --reset
-expect 2 'velq-sim: --reset takes no value; see velq-sim --help' --reset=x
+expect 2 'velq-sim: --rig: 1 required FILE missing; see velq-sim --help' --rig
+expect 2 'velq-sim: --rig= needs a value; see velq-sim --help' --rig= qutil /dn:0
+expect 2 'velq-sim: --rig: a value is needed; see velq-sim --help' --rig '' qutil
+expect 2 'velq-sim: --rig: At Most 1 required but received 2; see velq-sim --help' --rig a --rig=b qutil
+expect 2 'velq-sim: --reset: At Most 1 required but received 2; see velq-sim --help' --reset --reset
+expect 2 'velq-sim: reset was given a disallowed flag override; see velq-sim --help' --reset=x
 expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json qutil
 expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json --reset
 
@@ -50,6 +51,9 @@ expect 0 '0,Board' --rig rig.json sh -c 'cd / && qutil'
 expect 0 'DLL version: 1.0-sim' qutil /dn:0
 expect 0 'DLL version: 1.0-sim' -- "$prefix/bin/qutil" /dn:0
 expect 7 - sh -c 'exit 7'
+expect 0 '\[--rig] \[--] \[--help]' --state s -- printf '[%s] [%s] [%s]\n' --rig -- --help
+expect 127 'velq-sim: -x: No such file or directory' -- -x
+expect 127 'velq-sim: -x: No such file or directory' --state s -- -x
 expect 127 'velq-sim: no-such-command: No such file or directory' no-such-command
 expect 126 'velq-sim: ./rig.json: Permission denied' ./rig.json
 (PATH="/opt:$prefix/bin:$PATH" && expect 0 "$PATH" sh -c 'echo "$PATH"'; exit $failures) || failures=1
