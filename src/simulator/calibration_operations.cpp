@@ -2,6 +2,7 @@
 
 #include "simulator/objects.h"
 #include "simulator/operations.h"
+#include "simulator/state_check.h"
 #include "simulator/text.h"
 
 namespace simulator {

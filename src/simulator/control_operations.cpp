@@ -1,4 +1,4 @@
-#include <algorithm>
+#include <iterator>
 
 #include "simulator/objects.h"
 #include "simulator/operations.h"
@@ -32,7 +32,7 @@ ErrorCode DaqCtrlBase_setSelectedDevice(DaqCtrlBase* control, const DeviceInform
 ErrorCode DaqCtrlBase_getSelectedDevice(DaqCtrlBase* control, DeviceInformation* device) {
   const ControlObject& object = resolveControl(control, __func__);
   if (object.device == nullptr) return ErrorWrongOrder;
-  const std::string_view description = Simulation::instance().description(object.device->number);
+  const std::string& description = Simulation::instance().description(object.device->number);
   device->DeviceNumber = object.device->number;
   device->OpenMode = object.mode;
   device->ModuleIndex = 0;

@@ -1,7 +1,5 @@
-#include <algorithm>
-#include <cstring>
+#include <cstddef>
 #include <cwchar>
-#include <span>
 
 #include "simulator/objects.h"
 #include "simulator/operations.h"
@@ -15,54 +13,44 @@ namespace {
 constexpr const char* LibraryVersion = "1.0-sim";
 constexpr size_t LongestDescription = 63;
 
-// The installed devices, each node as long as its description: a hundred thousand full-length records would be 29 MB.
+// The installed devices. A node is as long as its description, which the rig may make longer than the record has room
+// for.
 struct NodeArrayObject : ArrayObject {
   explicit NodeArrayObject(const Simulation& simulation) {
-    const std::vector<int32_t> numbers = simulation.numbers();
-    size_t most = 0;
-    for (const int32_t number : numbers) most += HeaderWords + simulation.description(number).size() + 1;
-    words.reserve(most);
-    offsets.reserve(numbers.size());
-    for (const int32_t number : numbers) {
-      offsets.push_back(static_cast<uint32_t>(words.size()));
-      words.insert(words.end(), HeaderWords, 0);
-      const std::wstring description = fromUtf8(simulation.description(number));
-      words.insert(words.end(), description.begin(), description.end());
-      words.push_back(0);
-    }
+    for (const int32_t number : simulation.numbers())
+      nodes.push_back(std::wstring(HeaderWords, 0) + fromUtf8(simulation.description(number)));
   }
 
-  size_t size() const override { return offsets.size(); }
-  void* at(size_t index) const override { return const_cast<wchar_t*>(&words[offsets[index]]); }
+  size_t size() const override { return nodes.size(); }
+  void* at(size_t index) const override { return const_cast<wchar_t*>(nodes[index].c_str()); }
 
   static constexpr size_t HeaderWords = offsetof(InstalledDeviceNode, Description) / sizeof(wchar_t);
-  std::vector<wchar_t> words;
-  std::vector<uint32_t> offsets;
+  std::vector<std::wstring> nodes;
 };
 
+// Values of the rig, which outlives every handle.
 template <typename Value>
 struct ValueArrayObject : ArrayObject {
-  ValueArrayObject(Object* asked, std::span<const Value> list) : ArrayObject(asked), values(list) {}
+  ValueArrayObject(Object* asked, const std::vector<Value>& list) : ArrayObject(asked), values(list) {}
   size_t size() const override { return values.size(); }
   void* at(size_t index) const override { return const_cast<Value*>(&values[index]); }
-  const std::span<const Value> values;
+  const std::vector<Value>& values;
 };
 
 template <typename Value>
-Array* valueArray(const DeviceCtrl* handle, const char* operation,
-                  std::optional<std::span<const Value>> Device::*values) {
+Array* valueArray(const DeviceCtrl* handle, const char* operation, std::optional<std::vector<Value>> Device::*values) {
   DeviceObject& device = resolve<DeviceObject>(handle, operation);
   const Device* const given = Simulation::instance().rigDevice(device.number);
   if (given == nullptr || !(given->*values)) return nullptr;
   return handleOf<Array>(make<ValueArrayObject<Value>>(&device, *(given->*values)));
 }
 
-ErrorCode fillOptional(const DeviceCtrl* handle, const char* operation, const char* Device::*text, int32_t capacity,
-                       wchar_t* buffer) {
+ErrorCode fillOptional(const DeviceCtrl* handle, const char* operation, std::optional<std::string> Device::*text,
+                       int32_t capacity, wchar_t* buffer) {
   const DeviceObject& device = resolve<DeviceObject>(handle, operation);
   const Device* const given = Simulation::instance().rigDevice(device.number);
-  if (given == nullptr || given->*text == nullptr) return ErrorNotGiven;
-  return fill(given->*text, capacity, buffer);
+  if (given == nullptr || !(given->*text)) return ErrorNotGiven;
+  return fill(*(given->*text), capacity, buffer);
 }
 
 // What stands in the way of a change, while other writers are held off.

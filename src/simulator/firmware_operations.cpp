@@ -4,6 +4,7 @@
 #include "simulator/firmware_file.h"
 #include "simulator/objects.h"
 #include "simulator/operations.h"
+#include "simulator/state_check.h"
 #include "simulator/text.h"
 
 namespace simulator {

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <utility>
 
-#include "simulator/rig.h"
+#include "simulator/rig_error.h"
 #include "simulator/text.h"
 
 namespace simulator {

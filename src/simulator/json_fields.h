@@ -21,7 +21,7 @@ class JsonValue {
   /// A value that stands at the JSON pointer `place`.
   JsonValue(const nlohmann::json& value, std::string_view place) : value_(value), name_(place) {}
 
-  /// A member or an element of `parent`.
+  /// A member of `parent`, or an element.
   JsonValue(const nlohmann::json& value, const JsonValue& parent, std::string_view key)
       : value_(value), parent_(&parent), name_(key) {}
   JsonValue(const nlohmann::json& value, const JsonValue& parent, size_t index)
@@ -29,20 +29,27 @@ class JsonValue {
 
   /// An integer, or a text "0x..." in hexadecimal, from `lowest` to `highest`. Throws RigError, as all functions here.
   int64_t number(int64_t lowest, int64_t highest) const;
+
+  /// As `number`, for one of 32 bits.
   int32_t int32(int32_t lowest = INT32_MIN) const { return static_cast<int32_t>(number(lowest, INT32_MAX)); }
+
+  /// As `number`, for one of 64 bits without a sign.
   uint64_t unsigned64() const;
 
   /// A text of at most `longest` characters, without a terminator inside.
   std::string text(size_t longest = 1000) const;
 
+  /// true or false.
   bool boolean() const;
 
   /// A list, its elements read by `read`.
   template <typename Read>
   auto list(Read read) const -> std::vector<std::invoke_result_t<Read, const JsonValue&>>;
 
+  /// Throws the error "PLACE: expected EXPECTED".
   [[noreturn]] void fail(const std::string& expected) const;
 
+  /// The value as the parser left it.
   const nlohmann::json& json() const { return value_; }
 
   /// As a JSON pointer. Made only when asked for, for of a thousand values not one is faulty.
@@ -58,13 +65,19 @@ class JsonValue {
 /// The members of a JSON object. Each is taken once; `end` refuses what was not.
 class JsonFields {
  public:
+  /// Throws RigError when `object` is none.
   explicit JsonFields(const JsonValue& object);
   JsonFields(const JsonFields&) = delete;
   JsonFields& operator=(const JsonFields&) = delete;
 
-  /// `key` is kept, and so are the fields by the values that they give.
+  /// The member `key`. Throws RigError when there is none. `key` is kept, and so are the fields by the values that they
+  /// give.
   JsonValue required(const char* key);
+
+  /// The same; nothing when there is none.
   std::optional<JsonValue> optional(const char* key);
+
+  /// Throws RigError for a member that was not asked for.
   void end() const;
 
  private:

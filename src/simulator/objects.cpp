@@ -18,14 +18,13 @@ std::deque<std::unique_ptr<Object>>& allObjects() {
 Object* keep(std::unique_ptr<Object> object) {
   allObjects().push_back(std::move(object));
   Object* const kept = allObjects().back().get();
-  kept->ordinal = static_cast<uint32_t>(allObjects().size()) & INT32_MAX;
+  kept->ordinal = allObjects().size();
   return kept;
 }
 
 Object* findObject(const void* handle) {
-  const auto bits = reinterpret_cast<uintptr_t>(handle);
-  const bool known = bits != 0 && bits % HandleStep == 0 && bits / HandleStep <= allObjects().size();
-  return known ? allObjects()[bits / HandleStep - 1].get() : nullptr;
+  const auto ordinal = reinterpret_cast<uintptr_t>(handle);
+  return ordinal != 0 && ordinal <= allObjects().size() ? allObjects()[ordinal - 1].get() : nullptr;
 }
 
 void failHandle(const char* operation, const char* problem) {

@@ -25,18 +25,14 @@ struct Object {
   bool isAlive() const { return !disposed && (owner == nullptr || owner->isAlive()); }
 
   Object* const owner;  ///< null for what a tool created
-  // In one word, for a tool that opens a hundred thousand devices makes three times as many objects.
-  uint32_t disposed : 1 = false;
-  uint32_t ordinal : 31 = 0;  ///< counted from 1 in the order of making; 0 only until the object is kept
+  bool disposed = false;
+  uintptr_t ordinal = 0;  ///< counted from 1 in the order of making; 0 only until the object is kept
 };
-
-/// Handles look like addresses, aligned and never null.
-inline constexpr uintptr_t HandleStep = 16;
 
 /// The handle of an object, null for null.
 template <typename Handle>
 Handle* handleOf(const Object* object) {
-  return object == nullptr ? nullptr : reinterpret_cast<Handle*>(object->ordinal * HandleStep);
+  return object == nullptr ? nullptr : reinterpret_cast<Handle*>(object->ordinal);
 }
 
 /// An array of whatever kind.

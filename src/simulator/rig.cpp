@@ -4,13 +4,14 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <set>
-#include <string_view>
 #include <unordered_map>
 
 #include "simulator/builtin_rig.h"
+#include "simulator/json_document.h"
+#include "simulator/json_fields.h"
 #include "simulator/rig_device.h"
-#include "simulator/rig_document.h"
 
 namespace simulator {
 
@@ -18,56 +19,61 @@ namespace {
 
 constexpr size_t MostChildren = 256;
 
-class RigParser {
+// Refuses devices that cannot stand in one rig together. They are in the order of the file, for faults name their place
+// in it.
+class RigCheck {
  public:
-  template <typename Input>
-  Rig parse(Input&& input) {
-    RigDocument([this](const JsonValue& device) {
-      rig_.devices.push_back(readDevice(device, rig_.storage));
-    }).parse(std::forward<Input>(input));
-    rememberPlaces();
-    for (const Device& device : rig_.devices) checkGroup(device);
-    order();
-    return std::move(rig_);
-  }
-
- private:
-  static std::string devicePlace(size_t index) { return "/devices/" + std::to_string(index); }
-
-  void rememberPlaces() {
-    for (size_t i = 0; i < rig_.devices.size(); ++i) {
-      const auto [first, isNew] = places_.emplace(rig_.devices[i].number, i);
-      if (!isNew)
-        throw RigError(devicePlace(i) + "/number: expected another number than that of " + devicePlace(first->second));
+  explicit RigCheck(const std::vector<Device>& devices) : devices_(devices) {
+    for (size_t i = 0; i < devices.size(); ++i) {
+      const auto [first, isNew] = places_.emplace(devices[i].number, i);
+      if (!isNew) throw RigError(place(i) + "/number: expected another number than that of " + place(first->second));
+    }
+    for (size_t i = 0; i < devices.size(); ++i) {
+      if (devices[i].children) checkChildren(*devices[i].children, place(i) + "/children");
     }
   }
 
-  void checkGroup(const Device& group) {
-    if (!group.children) return;
-    const std::string place = devicePlace(places_.at(group.number)) + "/children";
-    const std::vector<int32_t>& children = *group.children;
+ private:
+  static std::string place(size_t index) { return "/devices/" + std::to_string(index); }
+
+  void checkChildren(const std::vector<int32_t>& children, const std::string& place) {
     if (children.empty() || children.size() > MostChildren) throw RigError(place + ": expected 1 to 256 children");
     for (size_t i = 0; i < children.size(); ++i) {
       const std::string childPlace = place + "/" + std::to_string(i) + ": expected ";
       const auto child = places_.find(children[i]);
       if (child == places_.end()) throw RigError(childPlace + "the number of a device that is listed");
-      const Device& device = rig_.devices[child->second];
+      const Device& device = devices_[child->second];
       if (device.children) throw RigError(childPlace + "a device that is no fusion device");
       if (!taken_.insert(device.number).second) throw RigError(childPlace + "a device that belongs to no group yet");
-      if (device.productId != rig_.devices[places_.at(children.front())].productId)
+      if (device.productId != devices_[places_.at(children.front())].productId)
         throw RigError(childPlace + "a device with the product id of the first child");
     }
   }
 
-  void order() {
-    const auto byNumber = [](const Device& a, const Device& b) { return a.number < b.number; };
-    std::sort(rig_.devices.begin(), rig_.devices.end(), byNumber);
-  }
-
-  Rig rig_;
+  const std::vector<Device>& devices_;
   std::unordered_map<int32_t, size_t> places_;  ///< positions in the file, by number
   std::set<int32_t> taken_;                     ///< children of any group
 };
+
+Rig readRig(const nlohmann::json& document) {
+  JsonFields fields(JsonValue(document, ""));
+  Rig rig{fields.required("devices").list(readDevice)};
+  fields.end();
+  RigCheck{rig.devices};
+  const auto byNumber = [](const Device& a, const Device& b) { return a.number < b.number; };
+  std::sort(rig.devices.begin(), rig.devices.end(), byNumber);
+  return rig;
+}
+
+std::string readFile(const std::string& path) {
+  const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "re"), std::fclose);
+  if (!file) throw RigError(std::string("cannot be opened: ") + std::strerror(errno));
+  std::string text;
+  char chunk[1 << 16];
+  while (const size_t count = std::fread(chunk, 1, sizeof chunk, file.get())) text.append(chunk, count);
+  if (std::ferror(file.get()) != 0) throw RigError(std::string("cannot be read: ") + std::strerror(errno));
+  return text;
+}
 
 }  // namespace
 
@@ -80,17 +86,13 @@ const Device* Rig::find(int32_t number) const {
   return found != devices.end() && found->number == number ? &*found : nullptr;
 }
 
-Rig readRigFile(const std::string& path) {
-  const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "re"), std::fclose);
-  if (!file) throw RigError(std::string("cannot be opened: ") + std::strerror(errno));
-  try {
-    return RigParser().parse(file.get());
-  } catch (const RigError&) {
-    if (std::ferror(file.get()) != 0) throw RigError("cannot be read");
-    throw;
-  }
+bool Rig::hasBoard(int32_t number) const {
+  const Device* const device = find(number);
+  return device != nullptr && !device->children;
 }
 
-Rig readBuiltInRig() { return RigParser().parse(std::string_view(BuiltInRig)); }
+Rig readRigFile(const std::string& path) { return readRig(parseJson(readFile(path))); }
+
+Rig readBuiltInRig() { return readRig(parseJson(BuiltInRig)); }
 
 }  // namespace simulator

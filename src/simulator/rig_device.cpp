@@ -4,11 +4,6 @@ namespace simulator {
 
 namespace {
 
-std::string textOr(JsonFields& fields, const char* key, const char* otherwise) {
-  const auto value = fields.optional(key);
-  return value ? value->text() : otherwise;
-}
-
 std::optional<std::string> optionalText(JsonFields& fields, const char* key) {
   const auto value = fields.optional(key);
   return value ? std::optional(value->text()) : std::nullopt;
@@ -21,7 +16,7 @@ Chip readChip(const JsonValue& value) {
   JsonFields fields(value);
   Chip chip{.description = fields.required("description").text(),
             .version = static_cast<uint16_t>(fields.required("version").number(0, 0xFFFF)),
-            .notice = textOr(fields, "notice", "Restart the device after the overwrite."),
+            .notice = optionalText(fields, "notice").value_or("Restart the device after the overwrite."),
             .password = optionalText(fields, "password"),
             .progress = {0, 25, 50, 75, 100}};
   if (const auto progress = fields.optional("progress")) {
@@ -70,36 +65,29 @@ int32_t readDeviceNumber(const JsonValue& value) { return value.int32(0); }
 uint64_t readAddress(const JsonValue& value) { return value.unsigned64(); }
 
 template <typename Element>
-std::unique_ptr<std::vector<Element>> optionalList(JsonFields& fields, const char* key,
-                                                   Element (*read)(const JsonValue&)) {
+std::optional<std::vector<Element>> optionalList(JsonFields& fields, const char* key,
+                                                 Element (*read)(const JsonValue&)) {
   const auto value = fields.optional(key);
-  return value ? std::make_unique<std::vector<Element>>(value->list(read)) : nullptr;
+  return value ? std::optional(value->list(read)) : std::nullopt;
 }
 
 }  // namespace
 
-Device readDevice(const JsonValue& value, RigStorage& storage) {
-  const auto textOrNull = [&](const std::optional<JsonValue>& field) {
-    return field ? storage.keep(field->text()) : nullptr;
-  };
-  const auto listOrNone = [&]<typename Value>(const std::optional<JsonValue>& field, Value (*read)(const JsonValue&)) {
-    using List = std::span<const Value>;
-    return field ? std::optional(storage.keepList(List(field->list(read)))) : std::nullopt;
-  };
+Device readDevice(const JsonValue& value) {
   JsonFields fields(value);
   Device device;
   device.number = readDeviceNumber(fields.required("number"));
-  device.description = storage.keep(fields.required("description").text(255));
+  device.description = fields.required("description").text(255);
   device.children = optionalList(fields, "children", readDeviceNumber);
   if (const auto id = fields.optional("product_id")) device.productId = id->int32(0);
   if (const auto highest = fields.optional("highest_board_id")) device.highestBoardId = highest->int32(-1);
   const int32_t highestId = device.highestBoardId == -1 ? INT32_MAX : device.highestBoardId;
   if (const auto id = fields.optional("board_id")) device.boardId = static_cast<int32_t>(id->number(0, highestId));
-  device.boardVersion = textOrNull(fields.optional("board_version"));
-  device.driverVersion = textOrNull(fields.optional("driver_version"));
-  device.location = textOrNull(fields.optional("location"));
-  device.baseAddresses = listOrNone(fields.optional("base_addresses"), readAddress);
-  device.interrupts = listOrNone(fields.optional("interrupts"), readInt32);
+  device.boardVersion = optionalText(fields, "board_version");
+  device.driverVersion = optionalText(fields, "driver_version");
+  device.location = optionalText(fields, "location");
+  device.baseAddresses = optionalList(fields, "base_addresses", readAddress);
+  device.interrupts = optionalList(fields, "interrupts", readInt32);
   device.firmware = optionalList(fields, "firmware", readChip);
   device.calibration = optionalList(fields, "calibration", readSolution);
   fields.end();

@@ -2,14 +2,12 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <optional>
-#include <set>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
+#include "simulator/description_index.h"
+#include "simulator/groups.h"
 #include "simulator/rig.h"
 #include "simulator/state.h"
 #include "simulator/status.h"
@@ -34,11 +32,17 @@ class Simulation {
   /// The numbers of all devices, in order, fusion devices included.
   std::vector<int32_t> numbers() const;
 
-  bool exists(int32_t number) const;
+  /// Whether there is a device, or a fusion device, with this number.
+  bool exists(int32_t number) const { return isFusion(number) || rig_.hasBoard(number); }
   bool isFusion(int32_t number) const { return groups_.contains(number); }
 
   /// The lowest number of a device with exactly this description; -1 when there is none.
-  int32_t findDescription(const std::string& description);
+  int32_t findDescription(const std::string& description) { return descriptions().find(description); }
+
+  /// Whether a device other than `number` has exactly this description.
+  bool isBorneByAnother(const std::string& description, int32_t number) {
+    return descriptions().isBorneByAnother(description, number);
+  }
 
   /// What the rig says of the device; null for a fusion device that a command made, and for none.
   const Device* rigDevice(int32_t number) const { return rig_.find(number); }
@@ -46,20 +50,17 @@ class Simulation {
   // What follows takes the number of an existing device, and chips and items that its rig gives.
 
   /// Valid until the next change or refresh.
-  std::string_view description(int32_t number) const;
+  const std::string& description(int32_t number) const;
   int32_t boardId(int32_t number) const;
   int32_t productId(int32_t number) const;
   uint16_t firmwareVersion(int32_t number, size_t chip) const;
   uint32_t codeInUse(int32_t number, const std::string& item, uint32_t rigCode) const;
 
   /// Children in order of their numbers; empty when `number` is no fusion device.
-  std::vector<int32_t> children(int32_t number) const;
+  std::vector<int32_t> children(int32_t number) const { return groups_.children(number); }
 
   /// The fusion device that the device belongs to; -1 when to none.
-  int32_t groupOf(int32_t number) const;
-
-  /// Whether a device other than `number` has exactly this description.
-  bool isBorneByAnother(const std::string& description, int32_t number);
+  int32_t groupOf(int32_t number) const { return groups_.groupOf(number); }
 
   /// Adds to `changes` what takes back all that was changed of the device.
   void undoAll(int32_t number, std::vector<StateChange>& changes) const;
@@ -78,14 +79,10 @@ class Simulation {
   ErrorCode checkFree(int32_t number);
 
  private:
-  const StateValue* changed(int32_t number, std::string_view item) const;
-  int64_t changedNumber(int32_t number, std::string_view item, int64_t otherwise) const;
-  bool belongs(int32_t number, const std::string& item, const StateValue& value) const;
+  const StateValue* changed(int32_t number, const std::string& item) const;
+  int64_t changedNumber(int32_t number, const std::string& item, int64_t otherwise) const;
+  DescriptionIndex& descriptions();
   void derive();
-  std::string findMismatch() const;
-  void deriveGroups();
-  bool isGroupNumber(int64_t number) const;
-  void unindex(const std::vector<StateChange>& changes);
   void followUp(const std::vector<StateChange>& changes);
   ErrorCode reportState(const std::string& problem) const;
   ErrorCode guard(const std::function<ErrorCode()>& action) const;
@@ -95,16 +92,9 @@ class Simulation {
   StateFile file_;
   State state_;
   StateContents contents_;
-  std::string mismatch_;  ///< how the state shows that it is not of this rig; empty when it is
-  std::map<int32_t, int32_t> groupOf_;
-  std::map<int32_t, std::vector<int32_t>> groups_;
-  std::optional<std::set<std::pair<std::string_view, int32_t>>> byDescription_;  ///< built when first needed
+  std::string mismatch_;                          ///< how the state shows that it is not of this rig; empty when it is
+  Groups groups_;                                 ///< of rig_ and contents_
+  std::optional<DescriptionIndex> descriptions_;  ///< of all devices as they are; made when first needed
 };
-
-/// The state item that keeps the code in use of one calibration item.
-std::string calibrationItem(size_t solution, size_t section, size_t item);
-
-/// The state item that keeps a chip's version.
-std::string firmwareItem(size_t chip);
 
 }  // namespace simulator

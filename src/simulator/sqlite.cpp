@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "simulator/state_file.h"
+#include "simulator/state_error.h"
 
 namespace simulator {
 

@@ -6,7 +6,6 @@
 #include <functional>
 #include <map>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -26,19 +25,13 @@ struct StateChange {
   StateValue value;
 };
 
-/// Orders by device and item, whether the item is a std::string or a std::string_view.
-struct StateOrder {
-  using is_transparent = void;
-  using Key = std::pair<int32_t, std::string_view>;
-  bool operator()(const Key& a, const Key& b) const { return a < b; }
-};
-
 /// All changed items, by device and item.
-using StateContents = std::map<std::pair<int32_t, std::string>, StateValue, StateOrder>;
+using StateContents = std::map<std::pair<int32_t, std::string>, StateValue>;
 
 /// Puts one change into `contents`.
 void apply(StateContents& contents, const StateChange& change);
 
+/// The database.
 class State {
  public:
   /// Opens nothing yet: a file that is not there is an empty state, and is made with the first change.

@@ -3,15 +3,11 @@
 
 #include <cstdint>
 #include <map>
-#include <stdexcept>
 #include <string>
 
-namespace simulator {
+#include "simulator/state_error.h"
 
-/// A state file that cannot be used. what() says why, without the file's name.
-class StateError : public std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
+namespace simulator {
 
 /// Where the file is to be. An empty path stands for a place that cannot be found out; every change is refused then.
 struct StatePlace {
@@ -19,13 +15,16 @@ struct StatePlace {
   bool makesFolders;  ///< whether the folders that lead to it are made with it
 };
 
+/// One file. Deleting it while this object lives loses the holds.
 class StateFile {
  public:
+  /// Opens and makes nothing yet.
   explicit StateFile(StatePlace place) : place_(std::move(place)) {}
   ~StateFile();
   StateFile(const StateFile&) = delete;
   StateFile& operator=(const StateFile&) = delete;
 
+  /// As given.
   const std::string& path() const { return place_.path; }
 
   /// Whether there is a file. Throws StateError when what is there is no regular file; symbolic links are not followed.
@@ -41,6 +40,8 @@ class StateFile {
   /// it ends. Makes the file when there is none. Returns false when another process holds the device. Throws
   /// StateError.
   bool hold(int32_t device);
+
+  /// Takes back one `hold`.
   void release(int32_t device);
 
   /// Whether another process holds the device. Throws StateError.

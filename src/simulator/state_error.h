@@ -1,0 +1,12 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace simulator {
+
+/// A state that cannot be used. what() says why, without the file's name.
+class StateError : public std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace simulator
