@@ -95,8 +95,12 @@ class Stage:
 
     def strace(self, folder, *options):
         """Runs the command with trace, without sleeps and under strace, which writes the file "record"."""
-        loaded = ["-E", f"LD_PRELOAD={self.bench.preload}", "-E", f"VELQ_TRACE={folder}/trace"]
-        return self.run(folder, self.arguments, ["strace", "-o", folder / "record", "-y", *options, *loaded])
+        variables = [word for pair in self.traced(folder) for word in ("-E", pair)]
+        return self.run(folder, self.arguments, ["strace", "-o", folder / "record", "-y", *options, *variables])
+
+    def traced(self, folder):
+        """The variables with which a run is traced and does not sleep."""
+        return [f"LD_PRELOAD={self.bench.preload}", f"VELQ_TRACE={folder}/trace"]
 
     def rows(self, folder):
         """What the state keeps, by device and item. Fault when the database is not whole."""

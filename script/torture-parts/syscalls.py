@@ -24,6 +24,7 @@ ERRORS = {
     "newfstatat": ["EIO"],
     "readlink": ["EIO"],
 }
+CLOSED = ["0", "1", "2", "01", "02", "12", "012"]
 # Calls that a signal may cut short, on files of ours, and that are then simply made again.
 REPEATED = {"openat", "read", "write", "pread64", "pwrite64"}
 OWN_FILE = re.compile(r'(^\w+\(\d+<|>, ")(/dev/shm/|new\.fw)')
@@ -42,7 +43,8 @@ class Trial:
         self.views = {}
 
     def cases(self):
-        """The failures to try: the name of a call, which one of them, and the error."""
+        """What to try: streams that are closed from the beginning, or the name of a call, which one of them, and the error."""
+        yield from (("closed", streams) for streams in CLOSED)
         counts = collections.Counter()
         for call in self.story.calls:
             counts[call.name] += 1
@@ -51,32 +53,48 @@ class Trial:
                 continue
             for error in ERRORS.get(call.name, []):
                 if ONLY_WITH.get((call.name, error), "") in call.arguments:
-                    yield call.name, counts[call.name], error
+                    yield call.name, str(counts[call.name]), error
 
     def play(self, case):
         """Returns what was wrong, None when nothing was; and what happened, in words."""
-        name, number, error = case
         folder = self.stage.copy(threading.get_ident())
-        options = ["-e", f"trace={name}", "-e", f"inject={name}:error={error}:when={number}"]
-        status, output, errors = self.stage.strace(folder, *options)
-        injected = [line for line in (folder / "record").read_text(errors="replace").splitlines() if line.endswith("(INJECTED)")]
-        seen = f"{injected}\nstatus {status}\n{output}{errors}"
         try:
-            if len(injected) != 1:
-                raise Fault("the call was not made")
+            what, status, output, errors = self.close(folder, *case) if case[0] == "closed" else self.inject(folder, *case)
+            seen = f"{what}\nstatus {status}\n{output}{errors}"
+        except Fault as fault:
+            return str(fault), ""
+        try:
             if status < 0:
                 raise Fault(f"ended by signal {-status}, or hung")
-            self.judge(folder, injected[0], output, errors)
-            if error == "EINTR" and name in REPEATED and OWN_FILE.search(injected[0]) and output != self.story.output:
+            # The tool's own streams are its user's affair.
+            is_ours = case[0] != "closed" and not what.split("(", 1)[1].startswith(("0<", "1<", "2<"))
+            self.judge(folder, output, errors, is_ours)
+            if case[0] in REPEATED and case[2] == "EINTR" and OWN_FILE.search(what) and output != self.story.output:
                 raise Fault("not made again after a signal")
         except Fault as fault:
             return str(fault), seen
         return None, seen
 
-    def judge(self, folder, injected, output, errors):
+    def close(self, folder, _, streams):
+        closing = " ".join(f"{stream}>&-" for stream in streams)
+        wrapper = ["sh", "-c", f'exec "$@" {closing}', "sh", "env", *self.stage.traced(folder)]
+        return closing, *self.stage.run(folder, self.stage.arguments, wrapper)
+
+    def inject(self, folder, name, number, error):
+        options = ["-e", f"trace={name}", "-e", f"inject={name}:error={error}:when={number}"]
+        result = self.stage.strace(folder, *options)
+        lines = (folder / "record").read_text(errors="replace").splitlines()
+        injected = [line for line in lines if line.endswith("(INJECTED)")]
+        if len(injected) != 1:
+            raise Fault("the call was not made")
+        return injected[0], *result
+
+    def judge(self, folder, output, errors, is_ours):
         trace = folder / "trace"
         lines = [without_numbers(line) for line in trace.read_text().splitlines()] if trace.exists() else []
         lost = "VELQ_TRACE" in errors or "cannot be preloaded" in errors
+        if any(line and line in self.story.output.splitlines() for line in lines):
+            raise Fault("the trace holds what was printed")
         view = self.stage.look(folder)
         rows = self.stage.rows(folder)
         allowed = self.allowed(self.story.lines if lost else lines)
@@ -86,8 +104,6 @@ class Trial:
         if self.views.setdefault(frozenset(rows.items()), view) != view:
             raise Fault("another run with the same state showed other devices")
         as_ever = output == self.story.output and rows == self.story.contents[-1]
-        # The tool's own streams are its user's affair.
-        is_ours = not injected.split("(", 1)[1].startswith(("0<", "1<", "2<"))
         if is_ours and not as_ever and not errors and "rror" not in output:
             raise Fault("failed without a word")
         if not as_ever and "VELQ_TRACE" in errors:
@@ -109,7 +125,7 @@ class Trial:
 
 def play_all(trial, name, beginning, options):
     """Gives for each case its label, what was wrong, and what happened."""
-    cases = {"/".join([name, beginning, *map(str, case)]): case for case in trial.cases()}
+    cases = {"/".join([name, beginning, *case]): case for case in trial.cases()}
     if options.only:
         cases = {label: case for label, case in cases.items() if label == options.only}
     elif options.short:
