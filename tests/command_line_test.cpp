@@ -1,5 +1,6 @@
 // What the first argument selects, the listing, the matching and the exit status.
-#include <algorithm>
+#include <zlib.h>
+
 #include <csignal>
 #include <sstream>
 
@@ -47,14 +48,11 @@ TEST_F(CommandLineTest, EachDeviceIsAskedForOnce) {
             "DaqCtrlBase_Create(0x00400000) = DaqCtrlBase#1\n" + asked + "Array#1, 0) = Array#1[0]\n");
 }
 
-TEST_F(CommandLineTest, HelpNeedsNoLibraryCall) {
+TEST_F(CommandLineTest, HelpIsTheSameToTheByteAndNeedsNoLibraryCall) {
   const Outcome outcome = run({"/?"});
   EXPECT_TRUE(outcome.trace.empty());
-  EXPECT_TRUE(
-      outcome.output.starts_with("Corvane DAQ device tool help.\nUsage: qutil [/?] [/dn:Num [options] ]  [/dd:"));
-  EXPECT_NE(outcome.output.find("-fwo:\"FilePath\" [n [\"ActivationCode\"]]\n"), std::string::npos);
-  EXPECT_TRUE(outcome.output.ends_with("-defusion        :: Dissociate the specified fusion device.\n\n"));
-  EXPECT_EQ(std::count(outcome.output.begin(), outcome.output.end(), '\n'), 25);
+  const auto* const bytes = reinterpret_cast<const Bytef*>(outcome.output.data());
+  EXPECT_EQ(crc32(0, bytes, static_cast<uInt>(outcome.output.size())), 1197131850U) << outcome.output;
 }
 
 TEST_F(CommandLineTest, NumberTexts) {

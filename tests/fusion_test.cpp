@@ -113,15 +113,21 @@ TEST_F(FusionTest, QueryAndMergeFailures) {
 
 TEST_F(FusionTest, NamesAreCutAndConverted) {
   const std::string name(63, 'n');
+  const auto keys = [](int count) {
+    std::string text;
+    while (count-- > 0) text += "\U0001F511";
+    return text;
+  };
   useRig(R"({"devices": [{"number": 0, "description": ")" + name + R"("}, {"number": 1, "description": "Zwölf "},
-             {"number": 2, "description": "Grün", "children": [1]}]})");
+             {"number": 2, "description": ")" +
+         keys(100) + R"(", "children": [1]}]})");
   EXPECT_NE(run({"/dd:R", "-fusion", name + "1234567"}).calls().find("(-1, \"" + name + "\", 1) = DeviceCtrl#1\n"),
             std::string::npos);
   std::remove(state.c_str());
-  // The device's own description is converted in the environment's locale, the report printed in "C".
+  // The device's own description is converted in the environment's locale, up to 256 bytes; the report printed in "C".
   const Outcome merged = runWith({.arguments = {"/dn:2", "-fusion", name}, .locale = "C.UTF-8"});
-  EXPECT_EQ(merged.output, "Merge " + name + "  to fusion device Grün successfully.\n" +
-                               printed("%s fused devices:%S\n", "Grün", L"Zwölf"));
+  EXPECT_EQ(merged.output, "Merge " + name + "  to fusion device " + keys(64) + " successfully.\n" +
+                               printed("%s fused devices:%S\n", keys(64).c_str(), L"Zwölf"));
 }
 
 }  // namespace

@@ -43,24 +43,17 @@ void redirect(int descriptor, const std::string& path) {
   _exit(127);
 }
 
-// Echo stays on, so what the terminal echoes in line mode stands in the output, and a key read raw does not.
-void keepLineEnds() {
-  termios settings{};
-  tcgetattr(0, &settings);
-  settings.c_oflag &= ~static_cast<tcflag_t>(ONLCR);
-  tcsetattr(0, TCSANOW, &settings);
-}
-
-// Reads the terminal until its last process ends, or says nothing for a minute.
+// Reads the terminal until its last process ends, or says nothing for ten seconds. Echo stays on, so what the terminal
+// echoes in line mode stands in the output, and a key read raw does not.
 void converse(int terminal, std::string keys, std::string answers, std::string& output) {
   const auto type = [&](std::string& text) {
     text.erase(0, static_cast<size_t>(write(terminal, text.data(), text.size())));
   };
   pollfd file{terminal, POLLIN, 0};
-  for (int waits = 0; waits < 6000; ++waits) {
+  for (int waits = 0; waits < 1000; ++waits) {
     termios settings{};
     if (!keys.empty() && tcgetattr(terminal, &settings) == 0 && (settings.c_lflag & ICANON) == 0) type(keys);
-    if (!answers.empty() && output.ends_with("(Y/N):\n")) type(answers);
+    if (!answers.empty() && output.ends_with("(Y/N):\r\n")) type(answers);
     if (poll(&file, 1, 10) <= 0) continue;
     char bytes[4096];
     const ssize_t count = read(terminal, bytes, sizeof bytes);
@@ -141,7 +134,6 @@ pid_t ToolTest::start(const Command& command, const std::string& input, const st
   const pid_t process = terminal == nullptr ? fork() : forkpty(terminal, nullptr, nullptr, nullptr);
   EXPECT_GE(process, 0);
   if (process != 0) return process;
-  if (terminal != nullptr) keepLineEnds();
   if (terminal == nullptr) redirect(0, input);
   if (terminal == nullptr) redirect(1, output);
   redirect(2, path("errors"));
@@ -157,6 +149,8 @@ Outcome ToolTest::runWith(const Command& command) const {
   const pid_t process = start(command, path("input"), path("output"), typed ? &terminal : nullptr);
   if (typed) converse(terminal, command.keys, command.answers, outcome.output);
   if (typed) close(terminal);
+  // The terminal makes two characters of a line end.
+  std::erase(outcome.output, '\r');
   waitpid(process, &status, 0);
   if (WIFEXITED(status)) outcome.status = WEXITSTATUS(status);
   if (WIFSIGNALED(status)) outcome.signal = WTERMSIG(status);
