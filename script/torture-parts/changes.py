@@ -33,7 +33,8 @@ class Bench:
 
     def __init__(self, options):
         subprocess.run([options.root / "script" / "setup", "check"], check=True)
-        subprocess.run(["cmake", "--preset", "dev", "-DQUTIL_TESTS=ON"], cwd=options.root, check=True, capture_output=True)
+        configure = ["cmake", "--preset", "dev", "-DQUTIL_TESTS=ON"]
+        subprocess.run(configure, cwd=options.root, check=True, capture_output=True)
         tree = build(options.root, "dev", "qutil", "velq", "velq-probe", "sleep_recorder")
         self.tool = options.tool
         self.rig = options.root / "src" / "simulator" / "builtin_rig.json"
@@ -82,7 +83,7 @@ class Stage:
         return {**place, "LC_ALL": "C", "PATH": "/usr/bin:/bin"}
 
     def run(self, folder, arguments=EVERYTHING, wrapper=()):
-        """Runs to the end, which is forced after LONGEST_RUN seconds. Returns status, standard output and standard error."""
+        """Runs to the end, which is forced after LONGEST_RUN seconds. Returns status, output and errors."""
         command = [*wrapper, self.bench.tool, *arguments]
         pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
         process = subprocess.Popen(command, cwd=folder, env=self.environment(folder), start_new_session=True, **pipes)
@@ -113,14 +114,15 @@ class Stage:
                 raise Fault("the database is not whole")
             if database.execute("SELECT count(*) FROM sqlite_schema").fetchone() == (0,):
                 return {}
-            return {(device, item): value for device, item, value in database.execute("SELECT device, item, value FROM change")}
+            rows = database.execute("SELECT device, item, value FROM change")
+            return {(device, item): value for device, item, value in rows}
         except sqlite3.Error as error:
             raise Fault(f"the database is not whole: {error}") from error
         finally:
             database.close()
 
     def look(self, folder):
-        """What a run without faults shows of all devices; Fault when it complains. Comes before rows(), which may heal."""
+        """What a run without faults shows of all devices; Fault when it complains. Before rows(), which may heal."""
         status, output, errors = self.run(folder)
         if errors or status != 0:
             raise Fault(f"the next run complains: {errors.strip()!r}, status {status}")
@@ -128,7 +130,7 @@ class Stage:
 
 
 class Story:
-    """A run without faults: its calls, what it printed, and what the state held after each line of the trace that changed it."""
+    """A run without faults: its calls, its output, and what the state held after each line of the trace."""
 
     def __init__(self, stage, watched):
         self.folder = stage.copy("story")

@@ -34,7 +34,8 @@ class Cuts:
             for names, data in losses(chance, shuffles):
                 files = self.story.disk.after_crash(names, data)
                 self.count += 1
-                self.disks.setdefault(tuple(files.items()), {})[len(self.story.changing)] = f"after change {number}, {call.name} of {pathlib.Path(call.path).name}"
+                moment = f"after change {number}, {call.name} of {pathlib.Path(call.path).name}"
+                self.disks.setdefault(tuple(files.items()), {})[len(self.story.changing)] = moment
 
     def violations(self):
         for files, reported in self.disks.items():

@@ -5,7 +5,8 @@ from rig import Fault
 
 CHANGING = ["openat", "mkdir", "write", "pwrite64", "ftruncate", "fsync", "fdatasync", "unlink"]
 # Nothing uses them today. They would change files unseen.
-UNKNOWN = ["rename", "renameat", "renameat2", "link", "linkat", "unlinkat", "mkdirat", "truncate", "fallocate", "pwritev", "pwritev2", "writev"]
+UNKNOWN = ["rename", "renameat", "renameat2", "link", "linkat", "unlinkat", "mkdirat", "truncate", "fallocate"]
+UNKNOWN += ["pwritev", "pwritev2", "writev"]
 LINE = re.compile(r"(\w+)\((.*)\) += (-?\d+)")
 TEXT = re.compile(r'"((?:\\x[0-9a-f]{2})*)"')
 DESCRIPTOR = re.compile(r"(\d+)<((?:\\x[0-9a-f]{2})*)>")
@@ -66,11 +67,12 @@ def resize(data, length):
 
 
 class Disk:
-    """The files beneath a folder. What no fsync of the file, or of the folder that names it, has made safe can be lost."""
+    """The files beneath a folder. What no fsync of the file, or of the folder that names it, made safe can be lost."""
 
     def __init__(self, folder):
         self.root = str(folder)
-        self.named = {str(path): None if path.is_dir() else File(path.read_bytes()) for path in [folder, *folder.rglob("*")]}
+        paths = [folder, *folder.rglob("*")]
+        self.named = {str(path): None if path.is_dir() else File(path.read_bytes()) for path in paths}
         self.safe = dict(self.named)
         self.pending = []
 
@@ -122,7 +124,7 @@ class Disk:
     do_fsync = do_fdatasync
 
     def after_crash(self, keeps_entry, keeps_data):
-        """The files that are left when power goes: by path, None for a folder. What is not safe is kept as the functions say."""
+        """The files that are left when power goes, None for a folder. The functions say what unsafe is kept."""
         entries = dict(self.safe)
         for path, made in self.pending:
             if keeps_entry():

@@ -1,4 +1,4 @@
-"""Every system call of a command fails once: what is reported is kept, what is refused is not, and nothing fails in silence."""
+"""Each system call of a command fails once: what is reported is kept, what is refused is not, none fails unseen."""
 import collections
 import concurrent.futures
 import os
@@ -43,7 +43,7 @@ class Trial:
         self.views = {}
 
     def cases(self):
-        """What to try: streams that are closed from the beginning, or the name of a call, which one of them, and the error."""
+        """What to try: streams closed from the beginning, or the name of a call, which one of them, and the error."""
         yield from (("closed", streams) for streams in CLOSED)
         counts = collections.Counter()
         for call in self.story.calls:
@@ -58,8 +58,9 @@ class Trial:
     def play(self, case):
         """Returns what was wrong, None when nothing was; and what happened, in words."""
         folder = self.stage.copy(threading.get_ident())
+        disturb = self.close if case[0] == "closed" else self.inject
         try:
-            what, status, output, errors = self.close(folder, *case) if case[0] == "closed" else self.inject(folder, *case)
+            what, status, output, errors = disturb(folder, *case)
             seen = f"{what}\nstatus {status}\n{output}{errors}"
         except Fault as fault:
             return str(fault), ""
@@ -110,7 +111,7 @@ class Trial:
             raise Fault("the loss of the trace changed what the command did")
 
     def allowed(self, lines):
-        """The values that the state may hold after a run with these lines in its trace; what is not named must not be there."""
+        """What the state may hold after a run with these lines in its trace; what is not named must not be there."""
         values = {key: [value] for key, value in self.stage.before.items()}
         story = self.story
         for index, before, after in zip(story.changing, story.contents, story.contents[1:]):

@@ -9,8 +9,8 @@ export HOME="$folder" ASAN_OPTIONS=verify_asan_link_order=0
 unset VELQ_RIG VELQ_STATE VELQ_TRACE VELQ_FAULTS LD_LIBRARY_PATH LD_PRELOAD XDG_STATE_HOME
 failures=0
 
-# Runs velq-sim with the arguments behind the first two and expects its exit status, and a line that matches somewhere in its output. "-" stands
-# for no output at all.
+# Runs velq-sim with the arguments behind the first two and expects its exit status, and a line that matches one of
+# its output. "-" stands for no output at all.
 expect() {
   status=$1 line=$2
   shift 2
@@ -86,7 +86,9 @@ expect 0 '1,QA-1808,BID#1' --state mine --reset qutil
 expect 1 'velq-sim: .*/rig.json: is no state of the simulator, so it is not deleted' --state rig.json --reset
 ln -s rig.json link
 expect 1 'velq-sim: .*/link: is a symbolic link, which is not followed' --state link --reset
-(unset HOME; expect 1 'velq-sim: --reset: neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where the state is' --reset; exit $failures) || failures=1
+(unset HOME
+ expect 1 'velq-sim: --reset: neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where the state is' --reset
+ exit $failures) || failures=1
 
 # Without the simulator a command must not meet the library of the system, and a folder's name may hold a blank.
 mkdir 'another folder'
