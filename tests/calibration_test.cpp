@@ -50,7 +50,7 @@ TEST_F(CalibrationTest, KeysAndAnswersOnATerminal) {
     std::remove(state.c_str());
     return runWith({.arguments = {"/dn:0", "-cali:ai.auto"}, .keys = "ab", .answers = answer + "\nn\n"});
   };
-  EXPECT_EQ(calibrate("y").output, FirstSection + Codes + SecondSection + "y\nn\n" + LastSolution);
+  ASSERT_EQ(calibrate("y").output, FirstSection + Codes + SecondSection + "y\nn\n" + LastSolution);
   for (const char* answer : {"y", "Y", "\xD9", "\xF9"})
     EXPECT_EQ(calibrate(answer).calls({"CalibrationSolution_update"}),
               "CalibrationSolution_updateAsCurrent(CalibrationSolution#2) = 0x00000000\n")

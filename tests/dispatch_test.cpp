@@ -130,7 +130,7 @@ TEST_F(DispatchTest, DetailReport) {
                  "Base address: 0x0\nInterrupt: 3\n",
           "Array_getLength(Array#2) = 1", "DeviceCtrl#1"},
          {"DeviceCtrl_getDllVersion=1 DeviceCtrl_getBoardVersion=0xA000000D DeviceCtrl_getLocation=0xC0000000 "
-          "DeviceCtrl_getBaseAddresses=null Array_getLength=0x7FFFFFFF /dn:4",
+          "DeviceCtrl_getBaseAddresses=null Array_getLength=9 /dn:4",
           head + "DLL version: N/A\nBoard version: N/A\nLocation: N/A\nBase address: N/A\nInterrupt: 3\n",
           "Array_getItem(Array#1, 1) = null", "DeviceCtrl#1"},
          {"DeviceCtrl_getInterrupts=null Array_getLength=-1 /dn:4",

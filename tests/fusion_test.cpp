@@ -1,5 +1,5 @@
 // "-fusion" and "-defusion".
-#include <cstring>
+#include <algorithm>
 
 #include "harness.h"
 
@@ -27,7 +27,7 @@ std::string lookup(const std::string& name) {
   std::string shown;
   for (size_t i = 0; i < name.size(); i += 4) {
     unsigned character = 0;
-    std::memcpy(&character, name.data() + i, std::min<size_t>(4, name.size() - i));
+    for (size_t j = i; j < std::min(i + 4, name.size()); ++j) character |= unsigned(name[j]) << 8 * (j - i);
     shown += printed("\\x{%x}", character);
   }
   return "DeviceCtrl_Create(-1, \"" + shown + "\", 0) = null\n";
@@ -113,21 +113,18 @@ TEST_F(FusionTest, QueryAndMergeFailures) {
 
 TEST_F(FusionTest, NamesAreCutAndConverted) {
   const std::string name(63, 'n');
-  const auto keys = [](int count) {
-    std::string text;
-    while (count-- > 0) text += "\U0001F511";
-    return text;
-  };
+  std::string keys;
+  for (int i = 0; i < 64; ++i) keys += "\U0001F511";
   useRig(R"({"devices": [{"number": 0, "description": ")" + name + R"("}, {"number": 1, "description": "Zwölf "},
              {"number": 2, "description": ")" +
-         keys(100) + R"(", "children": [1]}]})");
+         keys + R"(cut", "children": [1]}]})");
   EXPECT_NE(run({"/dd:R", "-fusion", name + "1234567"}).calls().find("(-1, \"" + name + "\", 1) = DeviceCtrl#1\n"),
             std::string::npos);
   std::remove(state.c_str());
   // The device's own description is converted in the environment's locale, up to 256 bytes; the report printed in "C".
   const Outcome merged = runWith({.arguments = {"/dn:2", "-fusion", name}, .locale = "C.UTF-8"});
-  EXPECT_EQ(merged.output, "Merge " + name + "  to fusion device " + keys(64) + " successfully.\n" +
-                               printed("%s fused devices:%S\n", keys(64).c_str(), L"Zwölf"));
+  EXPECT_EQ(merged.output, "Merge " + name + "  to fusion device " + keys + " successfully.\n" +
+                               printed("%s fused devices:%S\n", keys.c_str(), L"Zwölf"));
 }
 
 }  // namespace
