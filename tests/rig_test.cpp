@@ -79,7 +79,7 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
       {device(", \"children\": []"), "/devices/1/children: expected 1 to 256 children"},
       {device(", \"product_id\": 1e999"), "/devices/1/product_id: expected a number of 64 bits"},
       {device(", \"board_id\": 16"), "/devices/1/board_id: expected a number from 0 to 15"},
-      {device(", \"a\\nb/c~d\": 1"), "/devices/1/a\\u000ab~1c~0d: unknown key"},
+      {device(", \"a\\nb/c~d\\u007f\\u009b\": 1"), "/devices/1/a\\u000ab~1c~0d\\u007f\\u009b: unknown key"},
       {"{\"devices\": [], \"devices\": []}", "/devices: the key stands twice"},
       {chip("\"version\": 1, \"version\": 2"), "/devices/1/firmware/0/version: the key stands twice"},
       {device(""), "none"},

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 #include <utility>
 
 #include "simulator/rig_error.h"
@@ -26,13 +25,7 @@ std::optional<uint64_t> hexadecimal(const nlohmann::json& value) {
 
 std::string pointerPart(std::string_view key) {
   std::string part;
-  for (const char c : key) {
-    char escaped[8] = {c};
-    if (c == '~' || c == '/') snprintf(escaped, sizeof escaped, "~%d", c == '/');
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
-      snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(c));
-    part += escaped;
-  }
+  for (const char c : key) part += c == '~' ? "~0" : c == '/' ? "~1" : std::string(1, c);
   return part;
 }
 

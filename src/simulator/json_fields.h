@@ -12,7 +12,7 @@
 
 namespace simulator {
 
-/// A key as a part of a JSON pointer, on one line whatever it holds.
+/// A key as a part of a JSON pointer.
 std::string pointerPart(std::string_view key);
 
 /// One JSON value and its place. Keeps references to all that it is made of.
