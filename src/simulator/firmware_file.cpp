@@ -1,8 +1,6 @@
 #include "simulator/firmware_file.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -10,6 +8,8 @@
 #include <cstring>
 #include <utility>
 #include <vector>
+
+#include "simulator/descriptor.h"
 
 namespace simulator {
 
@@ -20,6 +20,7 @@ namespace {
 // Little-endian fields, by their distance from the end of the file.
 constexpr size_t SuffixLength = 16;
 constexpr size_t CrcLength = 4;
+constexpr int64_t LongestFile = UINT32_MAX;  // more than any chip holds
 using Suffix = std::array<unsigned char, SuffixLength>;
 
 unsigned word(const Suffix& suffix, size_t offset) { return suffix[offset] | unsigned{suffix[offset + 1]} << 8U; }
@@ -29,54 +30,29 @@ bool isDfuSuffix(const Suffix& suffix) {
   return (format == 0x0100 || format == 0x011A) && std::memcmp(&suffix[8], "UFD", 3) == 0 && suffix[11] == SuffixLength;
 }
 
-class Descriptor {
- public:
-  // Without waiting: a FIFO would wait for a writer.
-  explicit Descriptor(const std::string& path) : number_(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {}
-  ~Descriptor() {
-    if (number_ >= 0) close(number_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  /// The length of a regular file, -1 for anything else.
-  off_t length() const {
-    struct stat status {};
-    return number_ >= 0 && fstat(number_, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : -1;
-  }
-
-  bool readExactly(unsigned char* bytes, size_t count) const {
-    while (count > 0) {
-      const ssize_t got = read(number_, bytes, count);
-      if (got <= 0) return false;
-      bytes += got;
-      count -= static_cast<size_t>(got);
-    }
-    return true;
-  }
-
- private:
-  int number_;
-};
+bool readExactly(const Descriptor& descriptor, unsigned char* bytes, size_t count) {
+  return std::cmp_equal(descriptor.read(bytes, count), count);
+}
 
 }  // namespace
 
 ErrorCode readFirmwareFile(const std::string& path, FirmwareFile& file) {
-  const Descriptor descriptor(path);
-  const off_t length = descriptor.length();
+  // Without waiting: a FIFO would wait for a writer.
+  const Descriptor descriptor(path, O_RDONLY | O_NONBLOCK);
+  const int64_t length = descriptor.length();
   if (length < 0) return ErrorFileUnreadable;
-  if (std::cmp_less(length, SuffixLength)) return ErrorFirmwareWrongDevice;
+  if (std::cmp_less(length, SuffixLength) || length > LongestFile) return ErrorFirmwareWrongDevice;
 
   std::vector<unsigned char> chunk(1 << 16);
   uLong crc = crc32(0, nullptr, 0);
   for (size_t left = static_cast<size_t>(length) - SuffixLength; left > 0;) {
     const size_t count = std::min(left, chunk.size());
-    if (!descriptor.readExactly(chunk.data(), count)) return ErrorFileUnreadable;
+    if (!readExactly(descriptor, chunk.data(), count)) return ErrorFileUnreadable;
     crc = crc32(crc, chunk.data(), static_cast<uInt>(count));
     left -= count;
   }
   Suffix suffix;
-  if (!descriptor.readExactly(suffix.data(), suffix.size())) return ErrorFileUnreadable;
+  if (!readExactly(descriptor, suffix.data(), suffix.size())) return ErrorFileUnreadable;
   crc = crc32(crc, suffix.data(), SuffixLength - CrcLength);
 
   // The suffix holds the CRC without the final inversion that zlib makes.

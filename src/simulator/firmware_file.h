@@ -15,7 +15,7 @@ struct FirmwareFile {
 };
 
 /// Reads `path` whole and checks its suffix and CRC. Returns Success with `file` filled, ErrorFileUnreadable, or
-/// ErrorFirmwareWrongDevice for a file without a valid suffix.
+/// ErrorFirmwareWrongDevice for a file without a valid suffix or of 4 GiB and more.
 ErrorCode readFirmwareFile(const std::string& path, FirmwareFile& file);
 
 }  // namespace simulator

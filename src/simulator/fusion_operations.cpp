@@ -28,8 +28,10 @@ ErrorCode checkFusable(Simulation& simulation, const Children& children, const C
     if (!simulation.exists(child) || simulation.isFusion(child) || simulation.groupOf(child) != -1)
       return ErrorCannotFuse;
     if (simulation.productId(child) != simulation.productId(model)) return ErrorCannotFuse;
-    // Not as busy: after any status but this one, tools take the creation for done.
-    if (simulation.checkFree(child) != Success) return ErrorCannotFuse;
+    if (simulation.checkFree(child) != Success) {
+      report("device " + std::to_string(child) + " is held by another process and cannot be fused");
+      return ErrorCannotFuse;
+    }
   }
   return Success;
 }
@@ -68,8 +70,10 @@ ErrorCode CvxFusionDeviceCreate(int32_t count, const int32_t* children, int32_t*
     changes.push_back({number, "description", freeDescription(simulation, number)});
     return Success;
   });
-  if (status == Success) *newNumber = number;
-  return status;
+  // After any other status tools go on with a device 0 that nobody asked for.
+  if (status != Success) return ErrorCannotFuse;
+  *newNumber = number;
+  return Success;
 }
 
 ErrorCode CvxFusionDeviceCheckChildren(int32_t fusionNumber, int32_t count, const int32_t* children) {

@@ -1,14 +1,15 @@
 #include "simulator/rig.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <memory>
 #include <set>
 #include <unordered_map>
 
 #include "simulator/builtin_rig.h"
+#include "simulator/descriptor.h"
 #include "simulator/json_document.h"
 #include "simulator/json_fields.h"
 #include "simulator/rig_device.h"
@@ -18,6 +19,7 @@ namespace simulator {
 namespace {
 
 constexpr size_t MostChildren = 256;
+constexpr size_t LongestFile = 64 << 20;
 
 // Refuses devices that cannot stand in one rig together. They are in the order of the file, for faults name their place
 // in it.
@@ -58,6 +60,7 @@ class RigCheck {
 Rig readRig(const nlohmann::json& document) {
   JsonFields fields(JsonValue(document, ""));
   Rig rig{fields.required("devices").list(readDevice)};
+  if (const auto schema = fields.optional("$schema")) schema->text();  // for editors
   fields.end();
   RigCheck{rig.devices};
   const auto byNumber = [](const Device& a, const Device& b) { return a.number < b.number; };
@@ -66,12 +69,16 @@ Rig readRig(const nlohmann::json& document) {
 }
 
 std::string readFile(const std::string& path) {
-  const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "re"), std::fclose);
-  if (!file) throw RigError(std::string("cannot be opened: ") + std::strerror(errno));
+  const Descriptor file(path, O_RDONLY);
+  if (!file.isOpen()) throw RigError(std::string("cannot be opened: ") + std::strerror(errno));
   std::string text;
-  char chunk[1 << 16];
-  while (const size_t count = std::fread(chunk, 1, sizeof chunk, file.get())) text.append(chunk, count);
-  if (std::ferror(file.get()) != 0) throw RigError(std::string("cannot be read: ") + std::strerror(errno));
+  std::vector<char> chunk(1 << 16);
+  for (int64_t count = 1; count != 0;) {
+    count = file.read(chunk.data(), chunk.size());
+    if (count < 0) throw RigError(std::string("cannot be read: ") + std::strerror(errno));
+    text.append(chunk.data(), static_cast<size_t>(count));
+    if (text.size() > LongestFile) throw RigError("the document: expected at most 64 MiB");
+  }
   return text;
 }
 

@@ -22,6 +22,7 @@ class Sqlite {
   LOADED_FUNCTION(open_v2);
   LOADED_FUNCTION(close);
   LOADED_FUNCTION(busy_timeout);
+  LOADED_FUNCTION(db_config);
   LOADED_FUNCTION(errmsg);
   LOADED_FUNCTION(exec);
   LOADED_FUNCTION(prepare_v2);

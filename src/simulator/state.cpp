@@ -1,21 +1,28 @@
 #include "simulator/state.h"
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
+
+#include "simulator/text.h"
 
 namespace simulator {
 
 namespace {
 
-// Marks a database as ours: "VELQ".
-constexpr int64_t ApplicationId = 0x56454C51;
-constexpr const char* MakeTable =
+// All that a state holds of schema. Written with exactly these characters, for they are compared.
+constexpr const char* Table =
     "CREATE TABLE change (device INTEGER NOT NULL, item TEXT NOT NULL, value NOT NULL,"
-    " PRIMARY KEY (device, item)) WITHOUT ROWID; PRAGMA application_id = 0x56454C51";
+    " PRIMARY KEY (device, item)) WITHOUT ROWID";
+// Marks a database as ours, for file(1) and its like: "VELQ".
+constexpr const char* Mark = "PRAGMA application_id = 0x56454C51";
 constexpr int LongestWaitMilliseconds = 60'000;
 
 std::string textColumn(sqlite3_stmt* statement, int column) {
   const auto* const bytes = reinterpret_cast<const char*>(sqlite().column_text(statement, column));
-  return std::string(bytes, static_cast<size_t>(sqlite().column_bytes(statement, column)));
+  const std::string_view text(bytes, static_cast<size_t>(sqlite().column_bytes(statement, column)));
+  if (!isUtf8(text)) throw StateError("cannot be used: it holds what is no text");
+  return std::string(text);
 }
 
 StateValue valueColumn(sqlite3_stmt* statement, int column) {
@@ -34,10 +41,8 @@ void apply(StateContents& contents, const StateChange& change) {
 }
 
 bool State::refresh(StateContents& contents) {
-  if (!database_) {
-    if (!file_.exists()) return false;
-    open();
-  }
+  if (!database_ && !file_.exists()) return false;
+  open();
   // Not known until all is read: after a failure the next call starts over.
   const int64_t seen = std::exchange(seenVersion_, -1);
   const int64_t version = queryNumber(version_);
@@ -48,8 +53,8 @@ bool State::refresh(StateContents& contents) {
 
 void State::change(StateContents& contents, const std::function<std::vector<StateChange>(bool)>& decide) {
   file_.create();
-  if (!database_) open();
   try {
+    open();
     execute("BEGIN IMMEDIATE");
     const bool refreshed = refresh(contents);
     keep(contents, decide(refreshed));
@@ -62,24 +67,49 @@ void State::change(StateContents& contents, const std::function<std::vector<Stat
 
 void State::keep(StateContents& contents, const std::vector<StateChange>& changes) {
   if (changes.empty()) return execute("ROLLBACK");
-  if (!hasTable_) execute(MakeTable);
+  if (!hasTable_) {
+    execute(Table);
+    execute(Mark);
+  }
   for (const StateChange& change : changes) store(change);
-  execute("COMMIT");
+  try {
+    execute("COMMIT");
+  } catch (const StateError&) {
+    // It may have failed after the changes were in.
+    if (!isKept(changes)) throw;
+  }
   hasTable_ = true;
   for (const StateChange& change : changes) apply(contents, change);
 }
 
+bool State::isKept(const std::vector<StateChange>& changes) {
+  close();
+  open();
+  StateContents kept;
+  load(kept);
+  return std::all_of(changes.begin(), changes.end(), [&](const StateChange& change) {
+    const auto found = kept.find({change.device, change.item});
+    return (found == kept.end() ? StateValue() : found->second) == change.value;
+  });
+}
+
 void State::open() {
+  if (version_) return;
   sqlite3* database = nullptr;
   const int status = sqlite().open_v2(file_.resolvedPath().c_str(), &database,
                                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE, nullptr);
   database_.reset(database);
-  if (status != SQLITE_OK) {
-    const std::string reason = sqlite().errmsg(database);
-    database_.reset();
-    throw StateError("cannot be used: " + reason);
-  }
+  if (status != SQLITE_OK) fail();
   sqlite().busy_timeout(database, LongestWaitMilliseconds);
+  // Nothing that the file holds is run.
+  for (const auto& [option, isOn] : {std::pair(SQLITE_DBCONFIG_DEFENSIVE, 1),
+                                    {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
+                                    {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
+                                    {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0}}) {
+    if (sqlite().db_config(database, option, isOn, nullptr) != SQLITE_OK) fail();
+  }
+  // Also syncs the folder when the journal is gone, without which a power cut could bring the old values back.
+  execute("PRAGMA synchronous = EXTRA");
   version_ = prepare("PRAGMA data_version");
 }
 
@@ -92,12 +122,12 @@ void State::close() {
 
 void State::load(StateContents& contents) {
   StateContents loaded;
-  // In this order, for another process may make the table and its id between the two.
-  SqliteStatement tables = prepare("SELECT count(*) FROM sqlite_schema");
-  hasTable_ = queryNumber(tables) > 0;
+  const SqliteStatement schema = prepare("SELECT group_concat(sql, ';') FROM sqlite_schema");
+  if (sqlite().step(schema.get()) != SQLITE_ROW) fail();
+  const std::string found = textColumn(schema.get(), 0);
+  hasTable_ = !found.empty();
   if (!hasTable_) return contents.clear();
-  SqliteStatement id = prepare("PRAGMA application_id");
-  if (queryNumber(id) != ApplicationId) throw StateError("is a database, but not of this simulator");
+  if (found != Table) throw StateError("is a database, but not as this simulator writes it");
   const SqliteStatement rows = prepare("SELECT device, item, value FROM change");
   int status = sqlite().step(rows.get());
   for (; status == SQLITE_ROW; status = sqlite().step(rows.get()))

@@ -50,6 +50,7 @@ class State {
   void open();
   void close();
   void keep(StateContents& contents, const std::vector<StateChange>& changes);
+  bool isKept(const std::vector<StateChange>& changes);
   void store(const StateChange& change);
   void load(StateContents& contents);
   void execute(const char* sql);

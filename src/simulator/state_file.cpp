@@ -14,15 +14,23 @@ namespace simulator {
 namespace {
 
 // Far behind all that SQLite reads, writes or locks.
-constexpr off_t FirstLockedByte = off_t{1} << 41;
+constexpr int64_t FirstLockedByte = int64_t{1} << 41;
+static_assert(sizeof(off_t) == sizeof FirstLockedByte);
+
+[[noreturn]] void failWithErrno(const char* what) { throw StateError(std::string(what) + ": " + std::strerror(errno)); }
+
+void syncFolder(const std::string& path) {
+  const Descriptor folder(path, O_RDONLY | O_DIRECTORY);
+  if (!folder.isOpen() || fsync(folder.number()) != 0) failWithErrno("its folder cannot be made lasting");
+}
 
 // What cannot be made shows when the file is.
 void makeFolders(const std::string& path) {
-  for (size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1))
-    mkdir(path.substr(0, slash).c_str(), 0700);
+  for (size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
+    const std::string folder = path.substr(0, slash);
+    if (mkdir(folder.c_str(), 0700) == 0) syncFolder(folder + "/..");
+  }
 }
-
-[[noreturn]] void failWithErrno(const char* what) { throw StateError(std::string(what) + ": " + std::strerror(errno)); }
 
 // The kernel ties these locks to the open file, not to the process: they do not disturb SQLite's own locks on the same
 // file.
@@ -36,10 +44,6 @@ struct flock lockOn(int32_t device, short type) {
 }
 
 }  // namespace
-
-StateFile::~StateFile() {
-  if (descriptor_ >= 0) close(descriptor_);
-}
 
 bool StateFile::exists() const {
   struct stat status {};
@@ -56,9 +60,7 @@ void StateFile::create() const {
   if (path().empty()) throw StateError("neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where it is to be");
   if (exists()) return;
   if (place_.makesFolders) makeFolders(path());
-  const int descriptor = open(path().c_str(), O_CREAT | O_RDWR | O_NOFOLLOW | O_CLOEXEC, 0600);
-  if (descriptor < 0) failWithErrno("cannot be made");
-  close(descriptor);
+  if (!Descriptor(path(), O_CREAT | O_RDWR | O_NOFOLLOW, 0600).isOpen()) failWithErrno("cannot be made");
 }
 
 std::string StateFile::resolvedPath() const {
@@ -70,9 +72,9 @@ std::string StateFile::resolvedPath() const {
 }
 
 void StateFile::openForLocks() {
-  if (descriptor_ >= 0) return;
-  descriptor_ = open(path().c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC);
-  if (descriptor_ < 0) failWithErrno("cannot be opened for writing");
+  if (descriptor_.isOpen()) return;
+  descriptor_ = Descriptor(path(), O_RDWR | O_NOFOLLOW);
+  if (!descriptor_.isOpen()) failWithErrno("cannot be opened for writing");
 }
 
 bool StateFile::hold(int32_t device) {
@@ -81,7 +83,7 @@ bool StateFile::hold(int32_t device) {
   create();
   openForLocks();
   struct flock lock = lockOn(device, F_WRLCK);
-  if (fcntl(descriptor_, F_OFD_SETLK, &lock) == 0) return holds_.emplace(device, 1).second;
+  if (fcntl(descriptor_.number(), F_OFD_SETLK, &lock) == 0) return holds_.emplace(device, 1).second;
   if (errno != EAGAIN && errno != EACCES) failWithErrno("cannot be locked");
   return false;
 }
@@ -90,14 +92,14 @@ void StateFile::release(int32_t device) {
   if (--holds_[device] > 0) return;
   holds_.erase(device);
   struct flock lock = lockOn(device, F_UNLCK);
-  fcntl(descriptor_, F_OFD_SETLK, &lock);
+  fcntl(descriptor_.number(), F_OFD_SETLK, &lock);
 }
 
 bool StateFile::isHeldElsewhere(int32_t device) {
   if (!exists()) return false;
   openForLocks();
   struct flock lock = lockOn(device, F_WRLCK);
-  if (fcntl(descriptor_, F_OFD_GETLK, &lock) != 0) failWithErrno("cannot be locked");
+  if (fcntl(descriptor_.number(), F_OFD_GETLK, &lock) != 0) failWithErrno("cannot be locked");
   return lock.l_type != F_UNLCK;
 }
 

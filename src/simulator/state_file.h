@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 
+#include "simulator/descriptor.h"
 #include "simulator/state_error.h"
 
 namespace simulator {
@@ -20,9 +21,6 @@ class StateFile {
  public:
   /// Opens and makes nothing yet.
   explicit StateFile(StatePlace place) : place_(std::move(place)) {}
-  ~StateFile();
-  StateFile(const StateFile&) = delete;
-  StateFile& operator=(const StateFile&) = delete;
 
   /// As given.
   const std::string& path() const { return place_.path; }
@@ -30,7 +28,8 @@ class StateFile {
   /// Whether there is a file. Throws StateError when what is there is no regular file; symbolic links are not followed.
   bool exists() const;
 
-  /// Makes an empty file that only its user can read, unless there is one. Throws StateError.
+  /// Makes an empty file that only its user can read, unless there is one. What leads to it lasts; the file itself does
+  /// with the first sync of its folder. Throws StateError.
   void create() const;
 
   /// The path with the symbolic links of its folder resolved. Throws StateError.
@@ -51,7 +50,7 @@ class StateFile {
   void openForLocks();
 
   StatePlace place_;
-  int descriptor_ = -1;
+  Descriptor descriptor_;  ///< for the locks
   std::map<int32_t, int> holds_;
 };
 
