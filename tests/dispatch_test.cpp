@@ -9,7 +9,9 @@ using DispatchTest = ToolTest;
 const char Rig[] = R"({"devices": [
   {"number": 0, "description": "Full", "product_id": 1,
    "firmware": [{"description": "Chip", "version": "0x0100"}],
-   "calibration": [{"name": "AI.Auto", "description": "d", "instruction": "i", "sections": []},
+   "calibration": [{"name": "AI.Auto", "description": "d", "instruction": "i", "sections": [
+                     {"description": "s", "instruction": "i", "items": [
+                       {"name": "I", "in_use": 1, "backup": 2, "walk": [3]}]}]},
                    {"name": "AO.Auto", "description": "d", "instruction": "i", "sections": []}]},
   {"number": 1, "description": "Bare", "product_id": 2},
   {"number": 2, "description": "Left", "product_id": 3}, {"number": 3, "description": "Right", "product_id": 3},
@@ -33,9 +35,12 @@ TEST_F(DispatchTest, EveryRow) {
       bind + "getFirmwares getLength getItem getDescription getItem getVersion getDevice getDescription dispose ";
   const std::string calibrate = "Create getDescription getDeviceNumber dispose " + bind + "getSolutions getLength ";
   const std::string skip = "getItem getName ";
-  const std::string solution =
-      "getItem getDescription getItem getInstruction getItem getSections getLength getItem updateAsCurrent ";
-  const std::string restore = "getItem loadGoldenBackup getItem loadGoldenBackup getItem updateAsCurrent ";
+  const std::string solution = "getItem getDescription getItem getInstruction getItem getSections getLength ";
+  const std::string section =
+      "getItem getDescription getItem getInstruction getItem start sleep getItem getItems getLength getItem getName "
+      "getItem getState sleep ";
+  const std::string use = "getItem updateAsCurrent ";
+  const std::string restore = "getItem loadGoldenBackup getItem loadGoldenBackup " + use;
   const std::string report =
       "Create getDescription getDeviceNumber getDeviceNumber getProductId getBoardId getDriverVersion getDllVersion "
       "getBoardVersion getLocation getBaseAddresses getInterrupts ";
@@ -54,8 +59,8 @@ TEST_F(DispatchTest, EveryRow) {
       {"/dn:0 -cali:ai.auto-ci:x", ""},
       {"/dn:0 -ci:3-cd:", "Create getDeviceNumber "},
       {"/dn:0 -ci:3", "Create getDescription setBoardId getDeviceNumber setDescription dispose "},
-      {"/dn:0 -cali:ao.auto-cali:ai.auto", calibrate + skip + solution + skip + "dispose "},
-      {"/dn:0 -cali:ao.auto", calibrate + skip + skip + solution + "dispose "},
+      {"/dn:0 -cali:ao.auto-cali:ai.auto", calibrate + skip + solution + section + use + skip + "dispose "},
+      {"/dn:0 -cali:ao.auto", calibrate + skip + skip + solution + use + "dispose "},
       {"/dn:0 -cali:ai.reverse", calibrate + skip + restore + skip + "dispose "},
       {"/dn:0 -cali:ao.reverse", calibrate + skip + skip + restore + "dispose "},
       {"/dn:9 -fusion",
