@@ -1,6 +1,5 @@
 #include "harness.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
 #include <sys/wait.h>
@@ -16,36 +15,23 @@
 
 namespace {
 
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-  std::vector<char*> list;
-  for (std::string& text : texts) list.push_back(text.data());
-  list.push_back(nullptr);
-  return list;
-}
-
 std::string contentOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-void redirect(int descriptor, const std::string& path) {
-  dup2(open(path.c_str(), descriptor == 0 ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC, 0600), descriptor);
+std::string quoted(const std::string& text) {
+  std::string result = "'";
+  for (const char c : text) result += c == '\'' ? "'\\''" : std::string(1, c);
+  return result + "' ";
 }
 
-[[noreturn]] void execute(const std::vector<std::string>& arguments, std::vector<std::string> variables) {
-  // A command in front, such as valgrind, its words separated by blanks.
-  const char* const wrapper = std::getenv("QUTIL_TEST_WRAPPER");
-  std::istringstream words(wrapper == nullptr ? "" : wrapper);
-  std::vector<std::string> command(std::istream_iterator<std::string>(words), {});
-  command.emplace_back(QUTIL);
-  command.insert(command.end(), arguments.begin(), arguments.end());
-  execve(command[0].c_str(), pointers(command).data(), pointers(variables).data());
-  _exit(127);
-}
-
-// Reads the terminal until its last process ends, or says nothing for ten seconds. Echo stays on, so what the terminal
-// echoes in line mode stands in the output, and a key read raw does not.
-void converse(int terminal, std::string keys, std::string answers, std::string& output) {
+// Runs the line on a terminal, until its last process ends or says nothing for ten seconds. Echo stays on, so what the
+// terminal echoes in line mode stands in the output, and a key read raw does not.
+int converse(const std::string& line, std::string keys, std::string answers, std::string& output) {
+  int terminal = -1;
+  const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (process == 0) execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
   const auto type = [&](std::string& text) {
     text.erase(0, static_cast<size_t>(write(terminal, text.data(), text.size())));
   };
@@ -57,10 +43,16 @@ void converse(int terminal, std::string keys, std::string answers, std::string& 
     if (poll(&file, 1, 10) <= 0) continue;
     char bytes[4096];
     const ssize_t count = read(terminal, bytes, sizeof bytes);
-    if (count <= 0) return;
+    if (count <= 0) break;
     output.append(bytes, static_cast<size_t>(count));
     waits = 0;
   }
+  close(terminal);
+  // The terminal makes two characters of a line end.
+  std::erase(output, '\r');
+  int status = -1;
+  waitpid(process, &status, 0);
+  return status;
 }
 
 }  // namespace
@@ -110,7 +102,8 @@ void ToolTest::write(const std::string& name, const std::string& content) const 
   std::ofstream(path(name), std::ios::binary) << content;
 }
 
-std::vector<std::string> ToolTest::environmentOf(const Command& command) const {
+// The shell that runs the line becomes the tool.
+std::string ToolTest::shellLine(const Command& command) const {
   std::map<std::string, std::string> variables = environment;
   variables["HOME"] = folder_;
   variables["LC_ALL"] = command.locale;
@@ -123,38 +116,29 @@ std::vector<std::string> ToolTest::environmentOf(const Command& command) const {
   }
   if (!command.faults.empty()) variables["VELQ_FAULTS"] = command.faults;
   if (!command.library.empty()) variables["LD_LIBRARY_PATH"] = command.library;
-  std::vector<std::string> list;
-  for (const auto& [name, value] : variables) list.push_back(name + "=" + value);
-  return list;
-}
-
-// On files, or on a terminal that is made when `terminal` is given.
-pid_t ToolTest::start(const Command& command, const std::string& input, const std::string& output,
-                      int* terminal) const {
-  const pid_t process = terminal == nullptr ? fork() : forkpty(terminal, nullptr, nullptr, nullptr);
-  EXPECT_GE(process, 0);
-  if (process != 0) return process;
-  if (terminal == nullptr) redirect(0, input);
-  if (terminal == nullptr) redirect(1, output);
-  redirect(2, path("errors"));
-  execute(command.arguments, environmentOf(command));
+  std::string line = "exec env -i ";
+  for (const auto& [name, value] : variables) line += quoted(name + "=" + value);
+  // A command in front, such as valgrind.
+  if (const char* const wrapper = std::getenv("QUTIL_TEST_WRAPPER")) line += std::string(wrapper) + " ";
+  line += QUTIL " ";
+  for (const std::string& argument : command.arguments) line += quoted(argument);
+  return line + " 2>" + quoted(path("errors"));
 }
 
 Outcome ToolTest::runWith(const Command& command) const {
   Outcome outcome;
-  int status = 0, terminal = -1;
-  const bool typed = !command.keys.empty();
+  int status = 0;
   std::filesystem::remove(path("trace"));
-  write("input", command.input);
-  const pid_t process = start(command, path("input"), path("output"), typed ? &terminal : nullptr);
-  if (typed) converse(terminal, command.keys, command.answers, outcome.output);
-  if (typed) close(terminal);
-  // The terminal makes two characters of a line end.
-  std::erase(outcome.output, '\r');
-  waitpid(process, &status, 0);
+  if (command.keys.empty()) {
+    write("input", command.input);
+    const std::string files = "<" + quoted(path("input")) + ">" + quoted(path("output"));
+    status = std::system((shellLine(command) + files).c_str());
+    outcome.output = contentOf(path("output"));
+  } else {
+    status = converse(shellLine(command), command.keys, command.answers, outcome.output);
+  }
   if (WIFEXITED(status)) outcome.status = WEXITSTATUS(status);
   if (WIFSIGNALED(status)) outcome.signal = WTERMSIG(status);
-  if (!typed) outcome.output = contentOf(path("output"));
   outcome.errors = contentOf(path("errors"));
   std::ifstream trace(path("trace"));
   for (std::string line; std::getline(trace, line);) outcome.trace.push_back(line);
@@ -188,13 +172,15 @@ void ToolTest::check(const std::vector<Case>& cases) const {
   }
 }
 
-std::pair<Outcome, Outcome> ToolTest::runBeside(const std::vector<std::string>& holder, const std::string& line,
+std::pair<Outcome, Outcome> ToolTest::runBeside(const std::vector<std::string>& holder, const std::string& meanwhile,
                                                 const std::string& found, const std::string& after) const {
-  const pid_t process = start({.arguments = holder, .probed = false}, "/dev/null", "/dev/null", nullptr);
+  const std::string line = shellLine({.arguments = holder, .probed = false}) + "</dev/null >/dev/null";
+  const pid_t process = fork();
+  if (process == 0) execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
   Outcome beside;
   for (int i = 0; i < 500 && beside.calls().find(found) == std::string::npos; ++i) {
     usleep(10'000);
-    beside = runLine(line);
+    beside = runLine(meanwhile);
   }
   const Outcome last = runLine(after);
   kill(process, SIGKILL);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sys/types.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -70,9 +69,9 @@ class ToolTest : public testing::Test {
   /// Runs each case on a new state, where all faults must be reached.
   void check(const std::vector<Case>& cases) const;
 
-  /// While a run of `holder` is at work, with real sleeps, runs `line` until its trace holds `found` (no longer than
-  /// five seconds), and then `after`. The holder is killed. Returns what the two runs did.
-  std::pair<Outcome, Outcome> runBeside(const std::vector<std::string>& holder, const std::string& line,
+  /// While a run of `holder` is at work, with real sleeps, runs `meanwhile` until its trace holds `found` (no longer
+  /// than five seconds), and then `after`. The holder is killed. Returns what the two runs did.
+  std::pair<Outcome, Outcome> runBeside(const std::vector<std::string>& holder, const std::string& meanwhile,
                                         const std::string& found, const std::string& after) const;
 
   /// Makes a firmware file with dfu-suffix and returns its path.
@@ -82,8 +81,7 @@ class ToolTest : public testing::Test {
   std::string state;                               ///< VELQ_STATE, in the test's folder unless changed
 
  private:
-  std::vector<std::string> environmentOf(const Command& command) const;
-  pid_t start(const Command& command, const std::string& input, const std::string& output, int* terminal) const;
+  std::string shellLine(const Command& command) const;
 
   std::string folder_;
 };
