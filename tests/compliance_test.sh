@@ -1,99 +1,119 @@
 #!/bin/sh
 # What velq-compliance says of good libraries, of planted faults, and of wrong usage. Arguments: the checker, qutil, the
-# simulator, the probe, the minimal library, the bad library.
+# simulator, the probe, the minimal library, the bad library, a library of another kind.
 set -u
-checker=$1 qutil=$2 simulator=$3 probe=$4 minimal=$5 bad=$6
+checker=$1 qutil=$2 simulator=$3 probe=$4 minimal=$5 bad=$6 other=$7
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 # The sanitizers' runtime may come after the probe.
-export VELQ_STATE="$work/state" LC_ALL=C ASAN_OPTIONS=verify_asan_link_order=0
+export VELQ_STATE="$work/state" MINIMAL_BOARD="$work/board" LC_ALL=C ASAN_OPTIONS=verify_asan_link_order=0
 failures=0
 
-# expect STATUS LINE COMMAND...: the command ends with the status, and one of its lines begins with LINE.
+# expect STATUS FAILS LINE COMMAND...: the command ends with the status, so many of its lines are failures, and one of
+# its lines begins with LINE.
 expect() {
-  status=$1 line=$2
-  shift 2
+  status=$1 fails=$2 line=$3
+  shift 3
   "$@" >"$work/output" 2>&1
   found=$?
-  if [ $found -ne "$status" ] || ! cut -c "-${#line}" "$work/output" | grep -qxF -e "$line"; then
-    printf '%s\nended with %s, not %s, or without the line "%s":\n' "$*" $found "$status" "$line"
-    cat "$work/output"
+  if [ $found -ne "$status" ] || [ "$(grep -c ^FAIL "$work/output")" -ne "$fails" ] ||
+    ! cut -c "-${#line}" "$work/output" | grep -qxF -e "$line"; then
+    printf '%s\nended with %s, not %s, not with %s failures, or without the line "%s":\n' "$*" $found "$status" "$fails" "$line"
+    grep -v '^velq-probe' "$work/output"
     failures=$((failures + 1))
   fi
+  rm -f "$VELQ_STATE" "$MINIMAL_BOARD"
 }
 
-good() {
-  expect 0 "25 ok, 0 failed, 0 not run" "$checker" --write "$1"
-}
+expect 0 0 '32 ok, 0 failed, 0 not run, 1 refused' "$checker" --write "$simulator"
+expect 0 0 'ok   write-fusion: refused, not tried: fusion devices of two' "$checker" --write "$minimal"
+expect 0 0 "through $probe" env "LD_PRELOAD=$probe" "$checker" "$simulator"
+expect 0 0 '29 ok, 0 failed, 3 not run, 0 refused' "$checker" "$simulator"
 
-# planted FAULTS LINE: the checker finds what the probe makes the simulator do.
-planted() {
-  expect 1 "FAIL $2" env "VELQ_FAULTS=$1" "LD_PRELOAD=$probe" "$checker" --write "$simulator"
-}
-
-# spoiled FAULT LINE: it finds what the bad library does.
-spoiled() {
-  expect 1 "$2" env "BAD_LIBRARY=$1" "$checker" "$bad"
-}
-
-good "$simulator"
-good "$minimal"
-expect 0 "through $probe" env "LD_PRELOAD=$probe" "$checker" "$simulator"
-expect 0 "21 ok, 0 failed, 4 not run" "$checker" "$simulator"
-
-planted 'DeviceCtrl_setDescription#2=0' 'write-description: described "QA-3216,BID#0" after a change to "velq-compliance 1"'
-planted 'DeviceCtrl_setBoardId#3=0' 'write-board-id: board id 1 instead of 0 after a change with status 0x00000000, device'
-rm -f "$VELQ_STATE"
-planted 'DeviceCtrl_setBoardId#3=0' 'writes-put-back: device "QA-3216,BID#0": board id 0 before, device "QA-3216,BID#0": b'
-rm -f "$VELQ_STATE"
-planted 'CvxFusionDeviceCreate=0' 'write-fusion: is made of a device that is not there, fusion device 0'
-planted 'CvxFusionDeviceAddChildren=0' 'write-fusion: takes a child that is not there, fusion device 256'
-planted 'CvxFusionDeviceRemoveChildren=0' 'write-fusion: is a fusion device without its last child, fusion device 256'
-
-# On a fusion device, which the last fault has left behind as well.
-rm -f "$VELQ_STATE"
-"$qutil" /dd:Pair -fusion QS-2004,BID#0 QS-2004,BID#1 >"$work/output"
+# On a fusion device as well; everything is put back.
+"$qutil" /dd:Pair -fusion QS-2004,BID#0 QS-2004,BID#1 >"$work/fused"
+cp "$VELQ_STATE" "$work/fused"
 "$qutil" '/dd:*' >"$work/before"
-good "$simulator"
+"$checker" --write "$simulator" >"$work/output" || failures=$((failures + 1))
 "$qutil" '/dd:*' | cmp - "$work/before" || failures=$((failures + 1))
 
-planted 'DeviceCtrl_getInstalledDevices=null' 'device-list: null, list of installed devices'
-planted 'Array_getLength=-1' 'array-installed-devices: length -1, list of installed devices'
-planted 'Array_getItem=null' 'array-installed-devices: element 0 of 8 is null, list of installed devices'
-planted 'DeviceCtrl_Create=null' 'open-by-description: cannot be opened by its description, device "QA-3216,BID#0" (and 7'
-planted 'DeviceCtrl_getDeviceNumber=7' 'open-by-number: number 7 with description null opens "QS-2004,BID#1", device "QA-3'
-planted 'DaqCtrlBase_setSelectedDevice=0' 'control-unbound: is bound to a device that is not there, status 0x00000000'
-planted 'DaqCtrlBase_getSelectedDevice=0' 'control-binding: number 1515870810 in the record'
-planted 'DaqCtrlBase_getDevice=null' 'control-binding: has no device although it is bound, firmware control, device "QA-3216'
-planted 'CvxIsFusionDevice=0' 'fusion-unknown: is called a fusion device, number -1'
-planted 'CvxFusionDeviceGetChildren=0' 'fusion-children: child -12345 cannot be opened, device "Pair"'
-planted 'CvxFusionDeviceCheckChildren=0' 'fusion-children: would take a child that is not there, device "Pair"'
-planted 'DeviceCtrl_getDescription=0' 'text-description: no terminator, status 0x00000000, device "QA-3216,BID#0", capaci'
-planted 'DeviceCtrl_getLocation#10=0xE0000001' 'text-location: status 0xe0000001, but 0x00000000 at capacity 1024, device'
-planted 'FirmwareItem_getVersion=null' 'firmware: version is null, device "QA-3216,BID#0", chip 0'
-planted 'FirmwareItem_loadFile=0' 'firmware: status 0x00000000 for a firmware file that does not exist'
-planted 'CalibrationItem_getName=null' 'calibration: name is null, device "QA-3216,BID#0", solution 0, section 0, item 0'
-planted 'DeviceCtrl_getInterrupts#10=null' 'array-interrupts: once null and once not, device "QA-3216,BID#0"'
-planted 'DeviceCtrl_getBoardId#4=9' 'reads-change-nothing: device "QC-0408,BID#3": board id 9 before, device "QC-0408,BID#3'
+# A fault, of the probe where it has a "=", of the bad library else, and what is said of it: once, for what follows from
+# it is no failure of its own.
+while IFS='|' read -r fault line; do
+  cp "$work/fused" "$VELQ_STATE"
+  case $fault in
+    *Create=* | *RemoveChildren=*) rm "$VELQ_STATE" ;;
+  esac
+  case $fault in
+    *=*) expect 1 1 "FAIL $line" env "VELQ_FAULTS=$fault" "LD_PRELOAD=$probe" "$checker" --write "$simulator" ;;
+    *) expect 1 1 "FAIL $line" env "BAD_LIBRARY=$fault" "$checker" --write --timeout 2 "$bad" ;;
+  esac
+done <<'END'
+DeviceCtrl_getInstalledDevices=null|device-list: null, list of installed devices
+Array_getLength=-1|device-list: length -1, list of installed devices
+Array_getLength#2=9|device-list: length 8, and 9 when asked again, list of installed devices
+Array_getItem#5=null|device-list: element 4 of 8 is null, list of installed devices
+DeviceCtrl_Create#3=null|open-listed: cannot be opened by its description, device "QD-0096,BID#2"
+DeviceCtrl_getDeviceNumber=7|open-listed: has the number 7 of device "QA-3216,BID#0", device "QA-1808,BID#1" (and 6
+DeviceCtrl_getDescription=0|text-description: no terminator, status 0x00000000, device "QA-3216,BID#0", capacity 1024
+DeviceCtrl_getLocation#10=0xE0000001|text-location: status 0xe0000001, but 0x00000000 at capacity 1024, device "QA-3216
+DeviceCtrl_getInterrupts#2=null|array-interrupts: once null and once not, device "QA-3216,BID#0"
+CvxIsFusionDevice=0|fusion-unknown: is called a fusion device, number -1, which is no fusion device
+CvxFusionDeviceGetChildren=0|fusion-unknown: has children, number -1, which is no fusion device
+CvxFusionDeviceCheckChildren=0|fusion-unknown: would take a child, number -1, which is no fusion device
+DaqCtrlBase_setSelectedDevice=0|control-unknown: is bound to a device that is not there, status 0x00000000, firmware
+DaqCtrlBase_getSelectedDevice=0|control-unbound: tells of a device although it is not bound, status 0x00000000, firmware
+DaqCtrlBase_getDevice=null|control-binding: has no device although it is bound, firmware control, device "QA-3216,BID#0"
+FirmwareItem_getVersion#2=null|firmware: version is another when asked for again, device "QA-3216,BID#0", chip 0
+FirmwareItem_loadFile=0|firmware: status 0x00000000 for a firmware file that does not exist
+CalibrationItem_getName=null|calibration: name is null, device "QA-3216,BID#0", solution 0, section 0, item 0
+CalibrationItem_getState=2|calibration: runs although its section was not started, device "QA-3216,BID#0", solution 0
+DeviceCtrl_getBoardId#40=9|devices-side-by-side: device 
+DeviceCtrl_setDescription#2=0|write-description: device 0: description is "QA-3216,BID#0", not "velq-compliance 1", afte
+DeviceCtrl_setBoardId#3=0|write-board-id: device 0: board id is 0, not 1, after a change of the board id to 1 with stat
+CvxFusionDeviceCreate=0xE0000001|write-fusion: is refused with status 0xe0000001, after which tools go on with device 0
+CvxFusionDeviceAddChildren=0|write-fusion: takes 2147483647, fusion device 256
+CvxFusionDeviceRemoveChildren=0|write-fusion: lets 2147483647 go, fusion device 256
+constructor|load: ends the process with SIGABRT during dlopen()
+destructor|load: ends the process with SIGABRT during exit()
+exit|first-look: ends the process with status 0 during DeviceCtrl_getProductId
+quick exit|first-look: ends the process with status 0 during DeviceCtrl_getProductId
+signal|first-look: ends the process with SIGSEGV during DeviceCtrl_getProductId
+stack|first-look: ends the process with SIGSEGV during DeviceCtrl_getProductId
+throw|first-look: lets an exception out during DeviceCtrl_getProductId: std::runtime_error: no board
+hang|first-look: is not done within 2 s, during DeviceCtrl_getProductId
+print|process-left-alone: writes to standard output, which is the tool's, during DeviceCtrl_getProductId
+locale|process-left-alone: sets the locale to C.UTF-8, which is the tool's to choose, during DeviceCtrl_getProductId
+hole|complete-tables: null, ObjectTable::CalibrationItem_getState
+overrun|text-library-version: writes outside of the buffer, device "Minimal board", capacity 1024
+unterminated|text-library-version: no terminator, status 0xa0000001, device "Minimal board", capacity 1024
+silently cut|text-library-version: status 0x00000000 for a text that is cut, device "Minimal board", capacity 1
+reading changes|reads-change-nothing: device 0: description is "x", not "Minimal board"
+any device|open-unknown: opens a device that is not there, DeviceCtrl_Create(2147483647, null)
+one list|write-description: a list that was taken before the change reads otherwise, device "Minimal board"
+unbound chips|control-unbound: has chips or solutions although it is not bound, firmware control
+module index|control-binding: module index is 1515870810 in the record, firmware control, device "Minimal board"
+codes|calibration: writes more than 15 codes, device "Minimal board", solution 0, section 0, item 0
+cuts a description|write-description: takes "xxxxxxxx
+needs the terminator|write-description: 
+negative id|write-board-id: takes the board id -1
+says no but does|write-board-id: device 0: board id is 1, not 0, after a change of the board id to 1 with status 0xe0
+next process|write-board-id: device 0: board id is 0, not 2147483647, in the next process after changes of the board id
+END
 
-spoiled '' 'FAIL one-export: exports "exportedByMistake", '
-spoiled '' '20 ok, 1 failed, 4 not run'
-spoiled hole 'FAIL complete-tables: null, ObjectTable::CalibrationItem_getState'
-spoiled hole '0 ok, 2 failed, 23 not run'
-spoiled crash 'FAIL first-reading: the library ended the process with SIGABRT'
-spoiled overrun 'FAIL text-library-version: writes outside of the buffer, device "Minimal board", capacity 1024'
-spoiled unterminated 'FAIL text-library-version: no terminator, status 0xa0000001, device "Minimal board", capacity 1024'
-spoiled silently-cut 'FAIL text-library-version: status 0x00000000 for a text that is cut, device "Minimal board", capaci'
-spoiled moving 'FAIL array-installed-devices: other addresses when asked again, list of installed devices'
-spoiled changing 'FAIL reads-change-nothing: device "Minimal board": board id '
-
-expect 0 'Usage: velq-compliance [--write] LIBRARY' "$checker" --help
-expect 2 'velq-compliance: no LIBRARY given; see velq-compliance --help' "$checker" --write
-expect 2 'velq-compliance: unknown option "--writes"; see velq-compliance --help' "$checker" --writes "$minimal"
-expect 2 'velq-compliance: "second": one LIBRARY only, "first" is given before' "$checker" first second
-expect 2 "velq-compliance: $work/none: cannot open shared object file" "$checker" "$work/none"
-expect 2 "velq-compliance: $0: invalid ELF header" "$checker" "$0"
+expect 1 2 "FAIL one-export: exports __cxxabiv1::__class_type_info::~__class_type_info(), which a version" "$checker" "$other"
+expect 1 2 "FAIL load: $other: does not export CvxQuellisLibInitialize" "$checker" "$other"
+head -c 20000 "$minimal" >"$work/cut.so"
+expect 1 2 'FAIL one-export: ' "$checker" "$work/cut.so"
+expect 2 0 'velq-compliance: standard output: No space left on device' sh -c "'$checker' '$minimal' >/dev/full"
+expect 0 0 'Usage: velq-compliance [--write] [--timeout SECONDS] LIBRARY' "$checker" --help
+expect 2 0 'velq-compliance: no LIBRARY given; see velq-compliance --help' "$checker" --write
+expect 2 0 'velq-compliance: unknown option "--writes"; see velq-compliance --help' "$checker" --writes "$minimal"
+expect 2 0 'velq-compliance: --timeout: "0" is no number of seconds from 1 to 3600' "$checker" --timeout 0 "$minimal"
+expect 2 0 'velq-compliance: "second": one LIBRARY only, "first" is given before' "$checker" first second
+expect 2 0 "velq-compliance: $work/none: No such file" "$checker" "$work/none"
+expect 2 0 "velq-compliance: $0: is no shared library" "$checker" "$0"
 
 [ $failures -eq 0 ] || echo "$failures failures"
 [ $failures -eq 0 ]

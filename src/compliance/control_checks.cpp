@@ -1,4 +1,4 @@
-// Scenario controls: what they are bound to. A library may refuse to make one.
+// Scenario controls: what they are bound to. A library may refuse to make one, and to bind it.
 #include <algorithm>
 #include <cwchar>
 #include <string>
@@ -10,82 +10,128 @@ namespace compliance {
 
 namespace {
 
-constexpr Scenario Scenarios[] = {ScenarioFirmware, ScenarioCalibration};
-
-std::string nameOf(Scenario scenario) {
-  return scenario == ScenarioFirmware ? "firmware control" : "calibration control";
-}
-
-DeviceInformation recordFor(int32_t number, const std::wstring& description) {
-  DeviceInformation record{number, AccessDevice, 0, {}};
-  description.copy(record.Description, std::size(record.Description) - 1);
-  return record;
-}
-
-void expectUnbound(DaqCtrlBase* control, Findings& findings, const std::string& where) {
-  findings.expect(DaqCtrlBase_getDevice(control) == nullptr, "has a device although it is not bound", where);
-}
-
-void checkUnbound(const Bench&, Findings& findings) {
-  for (const Scenario scenario : Scenarios) {
-    const OpenControl control(DaqCtrlBase_Create(scenario));
-    if (control == nullptr) continue;
-    const std::string where = nameOf(scenario);
-    expectUnbound(control.get(), findings, where);
-    for (const DeviceInformation& record : {recordFor(UnknownNumber, L""), recordFor(-1, UnknownDescription)}) {
-      const ErrorCode status = DaqCtrlBase_setSelectedDevice(control.get(), &record);
-      findings.expect(failed(status), "is bound to a device that is not there, status " + show(status), where);
-      expectUnbound(control.get(), findings, where);
-    }
-  }
-}
-
 // Filled beforehand, so that what is left out and what is written behind it shows.
 struct GuardedRecord {
   GuardedRecord() { std::fill_n(reinterpret_cast<wchar_t*>(this), sizeof *this / sizeof(wchar_t), Filler); }
   bool isGuardIntact() const {
     return std::all_of(std::begin(guard), std::end(guard), [](wchar_t c) { return c == Filler; });
   }
-  std::wstring description() const { return {record.Description, wcsnlen(record.Description, 64)}; }
+  std::wstring description() const { return {record.Description, wcsnlen(record.Description, DescriptionCapacity)}; }
 
-  static constexpr wchar_t Filler = 0x5A5A5A5A;
   DeviceInformation record;
   wchar_t guard[64];
 };
+
+void expectUnbound(Scenario scenario, DaqCtrlBase* control, Findings& findings, const std::string& where) {
+  findings.expect(DaqCtrlBase_getDevice(control) == nullptr, "has a device although it is not bound", where);
+  findings.expect(itemsOf(scenario, control) == nullptr, "has chips or solutions although it is not bound", where);
+  GuardedRecord answer;
+  const ErrorCode status = DaqCtrlBase_getSelectedDevice(control, &answer.record);
+  findings.expect(failed(status), "tells of a device although it is not bound, status " + show(status), where);
+  findings.expect(answer.isGuardIntact(), "writes behind the record", where);
+}
+
+void checkUnbound(const Bench&, Findings& findings) {
+  for (const Scenario scenario : Scenarios) {
+    const OpenControl control(DaqCtrlBase_Create(scenario));
+    const OpenControl other(DaqCtrlBase_Create(scenario));
+    if (control == nullptr) {
+      findings.refuse(nameOf(scenario));
+      continue;
+    }
+    findings.expect(control != other, "is the one that was made before", nameOf(scenario));
+    expectUnbound(scenario, control.get(), findings, nameOf(scenario));
+  }
+}
+
+void expectNoBinding(Scenario scenario, DaqCtrlBase* control, const DeviceInformation& record, Findings& findings) {
+  const ErrorCode status = DaqCtrlBase_setSelectedDevice(control, &record);
+  const std::string where = nameOf(scenario) + ", record of number " + std::to_string(record.DeviceNumber) + " and " +
+                            show(record.Description);
+  findings.expect(failed(status), "is bound to a device that is not there, status " + show(status), where);
+  expectUnbound(scenario, control, findings, where);
+}
+
+void checkUnknown(const Bench&, Findings& findings) {
+  const std::wstring known = listedDescriptions().front();
+  for (const Scenario scenario : Scenarios) {
+    const OpenControl control(DaqCtrlBase_Create(scenario));
+    if (control == nullptr) continue;
+    for (const DeviceInformation& record :
+         {recordFor(UnknownNumber, L""), recordFor(unusedNumber(), known), recordFor(-2, known), recordFor(-1, L""),
+          recordFor(-1, UnknownDescription)})
+      expectNoBinding(scenario, control.get(), record, findings);
+  }
+}
 
 void checkBound(DaqCtrlBase* control, const DeviceInformation& wanted, Findings& findings, const std::string& where) {
   GuardedRecord answer;
   const ErrorCode status = DaqCtrlBase_getSelectedDevice(control, &answer.record);
   findings.expect(!failed(status), "status " + show(status) + " for the record of the bound device", where);
   findings.expect(answer.isGuardIntact(), "writes behind the record", where);
-  const int32_t number = answer.record.DeviceNumber;
-  findings.expect(number == wanted.DeviceNumber, "number " + std::to_string(number) + " in the record", where);
-  findings.expect(answer.description() == wanted.Description, "another description in the record", where);
+  const auto expectField = [&](const char* field, int32_t found, int32_t expected) {
+    findings.expect(found == expected, field + (" is " + std::to_string(found)) + " in the record", where);
+  };
+  expectField("number", answer.record.DeviceNumber, wanted.DeviceNumber);
+  expectField("mode", answer.record.OpenMode, wanted.OpenMode);
+  expectField("module index", answer.record.ModuleIndex, wanted.ModuleIndex);
+  findings.expect(answer.description() == wanted.Description,
+                  "description is " + show(answer.description()) + " in the record", where);
   DeviceCtrl* const device = DaqCtrlBase_getDevice(control);
-  if (findings.expect(device != nullptr, "has no device although it is bound", where))
-    findings.expect(DeviceCtrl_getDeviceNumber(device) == wanted.DeviceNumber, "has another device", where);
+  if (!findings.expect(device != nullptr, "has no device although it is bound", where)) return;
+  findings.expect(DaqCtrlBase_getDevice(control) == device, "has another device when asked again", where);
+  findings.expect(
+      DeviceCtrl_getDeviceNumber(device) == wanted.DeviceNumber && descriptionOf(device) == wanted.Description,
+      "has another device, " + show(descriptionOf(device)), where);
 }
 
+// By number whatever the description, by description, and in both modes.
 void checkBinding(const Bench&, Findings& findings) {
   forEachDevice(findings, [&](DeviceCtrl* device, const std::string& place) {
-    const DeviceInformation byNumber = recordFor(DeviceCtrl_getDeviceNumber(device), descriptionOf(device));
-    DeviceInformation byDescription = byNumber;
-    byDescription.DeviceNumber = -1;
+    const int32_t number = DeviceCtrl_getDeviceNumber(device);
+    const std::wstring description = descriptionOf(device);
     for (const Scenario scenario : Scenarios) {
-      for (const DeviceInformation& record : {byNumber, byDescription}) {
+      const std::string where = nameOf(scenario) + ", " + place;
+      for (const DeviceInformation& record :
+           {recordFor(number, description), recordFor(-1, description), recordFor(number, L""),
+            recordFor(number, UnknownDescription), recordFor(number, description, AccessFusion)}) {
         const OpenControl control(DaqCtrlBase_Create(scenario));
-        if (control == nullptr) continue;
-        const std::string where = nameOf(scenario) + ", " + place;
-        if (failed(DaqCtrlBase_setSelectedDevice(control.get(), &record)))
-          expectUnbound(control.get(), findings, where);
-        else
-          checkBound(control.get(), byNumber, findings, where);
+        if (control == nullptr || failed(DaqCtrlBase_setSelectedDevice(control.get(), &record))) {
+          findings.refuse(where);
+          if (control != nullptr) expectUnbound(scenario, control.get(), findings, where);
+          break;
+        }
+        checkBound(control.get(), recordFor(number, description, record.OpenMode), findings, where);
       }
     }
   });
 }
 
-constexpr Check List[] = {{"control-unbound", checkUnbound}, {"control-binding", checkBinding}};
+// A control that is bound once more is the new device's, and one that this is refused to is nobody's.
+void checkBindingAnew(const Bench&, Findings& findings) {
+  const std::vector<int32_t> numbers = listedNumbers();
+  for (const Scenario scenario : Scenarios) {
+    OpenControl control;
+    for (const int32_t number : numbers) {
+      const OpenDevice opened = openDevice(number, nullptr);
+      const std::wstring description = descriptionOf(opened.get());
+      const DeviceInformation record = recordFor(number, description);
+      const std::string where = nameOf(scenario) + " bound anew, " + placeOf(description);
+      if (control == nullptr)
+        control = openControl(scenario, number);
+      else if (failed(DaqCtrlBase_setSelectedDevice(control.get(), &record)))
+        expectUnbound(scenario, control.get(), findings, where);
+      else
+        checkBound(control.get(), record, findings, where);
+    }
+    if (control != nullptr) expectNoBinding(scenario, control.get(), recordFor(UnknownNumber, L""), findings);
+  }
+}
+
+constexpr Check List[] = {{"control-unbound", "complete-tables", checkUnbound},
+                          {"control-unknown", "control-unbound open-unknown", checkUnknown},
+                          {"control-binding", "control-unknown", checkBinding},
+                          {"control-bound-anew", "control-binding", checkBindingAnew}};
 
 }  // namespace
 

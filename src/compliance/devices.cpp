@@ -5,31 +5,49 @@
 
 namespace compliance {
 
-namespace {
-
-constexpr int32_t MostChildren = 256;
-
-}  // namespace
-
-OpenDevice openDevice(int32_t number, const wchar_t* description) {
-  return OpenDevice(DeviceCtrl_Create(number, description, AccessDevice));
+OpenDevice openDevice(int32_t number, const wchar_t* description, AccessMode mode) {
+  return OpenDevice(DeviceCtrl_Create(number, description, mode));
 }
 
-OpenControl openControl(Scenario scenario, DeviceCtrl* device) {
+DeviceInformation recordFor(int32_t number, const std::wstring& description, AccessMode mode) {
+  DeviceInformation record{number, mode, 0, {}};
+  description.copy(record.Description, std::size(record.Description) - 1);
+  return record;
+}
+
+OpenControl openControl(Scenario scenario, int32_t number) {
   OpenControl control(DaqCtrlBase_Create(scenario));
   if (control == nullptr) return nullptr;
-  DeviceInformation record{DeviceCtrl_getDeviceNumber(device), AccessDevice, 0, {}};
+  const DeviceInformation record = recordFor(number, L"");
   if (failed(DaqCtrlBase_setSelectedDevice(control.get(), &record))) return nullptr;
   return control;
 }
 
-std::vector<std::wstring> listedDescriptions() {
+Array* itemsOf(Scenario scenario, DaqCtrlBase* control) {
+  return scenario == ScenarioFirmware ? FirmwareCtrls_getFirmwares(static_cast<FirmwareCtrls*>(control))
+                                      : CalibrationCtrl_getSolutions(static_cast<CalibrationCtrl*>(control));
+}
+
+std::vector<std::wstring> descriptionsIn(Array* devices) {
   std::vector<std::wstring> descriptions;
-  for (const void* const node : elementsOf(DeviceCtrl_getInstalledDevices())) {
+  for (const void* const node : elementsOf(devices)) {
     const auto* const text = static_cast<const char*>(node) + offsetof(InstalledDeviceNode, Description);
     descriptions.emplace_back(reinterpret_cast<const wchar_t*>(text));
   }
   return descriptions;
+}
+
+std::vector<int32_t> listedNumbers() {
+  std::vector<int32_t> numbers;
+  for (const std::wstring& description : listedDescriptions())
+    if (const OpenDevice device = openDevice(description)) numbers.push_back(DeviceCtrl_getDeviceNumber(device.get()));
+  return numbers;
+}
+
+int32_t unusedNumber() {
+  const std::vector<int32_t> numbers = listedNumbers();
+  const auto highest = std::max_element(numbers.begin(), numbers.end());
+  return highest == numbers.end() || *highest == INT32_MAX ? UnknownNumber : *highest + 1;
 }
 
 std::wstring descriptionOf(DeviceCtrl* device) {
@@ -50,9 +68,7 @@ std::vector<void*> elementsOf(Array* array) {
 }
 
 void forEachDevice(Findings& findings, const std::function<void(DeviceCtrl*, const std::string&)>& visit) {
-  const std::vector<std::wstring> descriptions = listedDescriptions();
-  findings.expect(!descriptions.empty(), "no device to check", "list of installed devices");
-  for (const std::wstring& description : descriptions) {
+  for (const std::wstring& description : listedDescriptions()) {
     const std::string where = placeOf(description);
     const OpenDevice device = openDevice(description);
     if (findings.expect(device != nullptr, "cannot be opened by its description", where)) visit(device.get(), where);
@@ -60,13 +76,18 @@ void forEachDevice(Findings& findings, const std::function<void(DeviceCtrl*, con
 }
 
 std::vector<int32_t> childrenOf(int32_t fusionNumber) {
-  std::vector<int32_t> children(MostChildren, -1);
-  int32_t count = MostChildren;
+  std::vector<int32_t> children(MostFusionChildren, -1);
+  int32_t count = MostFusionChildren;
   const bool listed = CvxFusionDeviceGetChildren(fusionNumber, &count, children.data()) == Success;
-  children.resize(listed ? static_cast<size_t>(std::clamp(count, 0, MostChildren)) : 0);
+  children.resize(listed ? static_cast<size_t>(std::clamp(count, 0, MostFusionChildren)) : 0);
+  std::sort(children.begin(), children.end());
   return children;
 }
 
-std::string placeOf(std::wstring_view description) { return "device " + show(std::wstring(description).c_str()); }
+std::string show(const std::vector<int32_t>& numbers) {
+  std::string shown;
+  for (const int32_t number : numbers) shown += (shown.empty() ? "" : ", ") + std::to_string(number);
+  return "[" + shown + "]";
+}
 
 }  // namespace compliance

@@ -1,81 +1,80 @@
 #include "compliance/exported_symbols.h"
 
-#include <elf.h>
-#include <link.h>
+#include <fcntl.h>
+#include <gelf.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
-#include <utility>
 
 namespace compliance {
 
 namespace {
 
-using FileHeader = ElfW(Ehdr);
-using SectionHeader = ElfW(Shdr);
-using Symbol = ElfW(Sym);
-
-// The bytes of a file, read by offset.
-class Image {
+class File {
  public:
-  explicit Image(const std::string& path) : path_(path) {
-    const std::ifstream file(path, std::ios::binary);
-    if (!file) throw std::runtime_error(path + ": cannot be read");
-    std::ostringstream bytes;
-    bytes << file.rdbuf();
-    bytes_ = std::move(bytes).str();
+  explicit File(const std::string& path) : path_(path), descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (descriptor_ < 0) refuse(std::strerror(errno));
+    elf_version(EV_CURRENT);
+    elf_ = elf_begin(descriptor_, ELF_C_READ, nullptr);
+    GElf_Ehdr header;
+    if (elf_ == nullptr || gelf_getehdr(elf_, &header) == nullptr || header.e_type != ET_DYN)
+      refuse("is no shared library");
   }
-
-  template <typename Record>
-  Record at(size_t offset) const {
-    if (offset > bytes_.size() || bytes_.size() - offset < sizeof(Record)) refuse();
-    Record record;
-    std::memcpy(&record, bytes_.data() + offset, sizeof record);
-    return record;
+  ~File() {
+    elf_end(elf_);
+    close(descriptor_);
   }
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
 
-  std::string textAt(size_t offset) const {
-    const size_t end = offset < bytes_.size() ? bytes_.find('\0', offset) : std::string::npos;
-    if (end == std::string::npos) refuse();
-    return bytes_.substr(offset, end - offset);
-  }
+  Elf* elf() const { return elf_; }
 
-  [[noreturn]] void refuse() const { throw std::runtime_error(path_ + ": no shared library of this machine's kind"); }
+  [[noreturn]] void refuse(const std::string& why) const { throw std::runtime_error(path_ + ": " + why); }
 
  private:
   std::string path_;
-  std::string bytes_;
+  int descriptor_;
+  Elf* elf_ = nullptr;
 };
 
-SectionHeader section(const Image& image, const FileHeader& header, size_t index) {
-  return image.at<SectionHeader>(header.e_shoff + index * sizeof(SectionHeader));
+bool isExported(const GElf_Sym& symbol) {
+  const int visibility = GELF_ST_VISIBILITY(symbol.st_other);
+  // Absolute symbols are the names of versions.
+  return symbol.st_shndx != SHN_UNDEF && symbol.st_shndx != SHN_ABS && GELF_ST_BIND(symbol.st_info) != STB_LOCAL &&
+         (visibility == STV_DEFAULT || visibility == STV_PROTECTED);
 }
 
-bool isExported(const Symbol& symbol) {
-  const unsigned visibility = ELF64_ST_VISIBILITY(symbol.st_other);
-  // Absolute symbols are the names of versions.
-  return symbol.st_shndx != SHN_UNDEF && symbol.st_shndx != SHN_ABS && ELF64_ST_BIND(symbol.st_info) != STB_LOCAL &&
-         (visibility == STV_DEFAULT || visibility == STV_PROTECTED);
+void addNames(const File& file, Elf_Scn* section, const GElf_Shdr& header, std::vector<std::string>& names) {
+  Elf_Data* const data = elf_getdata(section, nullptr);
+  if (data == nullptr || header.sh_entsize == 0) file.refuse("has a symbol table that cannot be read");
+  const auto count = static_cast<int>(header.sh_size / header.sh_entsize);
+  for (int i = 0; i < count; ++i) {
+    GElf_Sym symbol;
+    if (gelf_getsym(data, i, &symbol) == nullptr) file.refuse("has a symbol table that cannot be read");
+    if (!isExported(symbol)) continue;
+    const char* const name = elf_strptr(file.elf(), header.sh_link, symbol.st_name);
+    if (name == nullptr) file.refuse("has a symbol without a name");
+    names.emplace_back(name);
+  }
 }
 
 }  // namespace
 
+void expectSharedLibrary(const std::string& path) { const File file(path); }
+
 std::vector<std::string> exportedSymbols(const std::string& path) {
-  const Image image(path);
-  const auto header = image.at<FileHeader>(0);
-  if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 || header.e_type != ET_DYN) image.refuse();
+  const File file(path);
   std::vector<std::string> names;
-  for (size_t i = 0; i < header.e_shnum; ++i) {
-    const SectionHeader table = section(image, header, i);
-    if (table.sh_type != SHT_DYNSYM) continue;
-    const SectionHeader texts = section(image, header, table.sh_link);
-    for (size_t offset = 0; offset + sizeof(Symbol) <= table.sh_size; offset += sizeof(Symbol)) {
-      const auto symbol = image.at<Symbol>(table.sh_offset + offset);
-      if (isExported(symbol)) names.push_back(image.textAt(texts.sh_offset + symbol.st_name));
-    }
+  bool isFound = false;
+  for (Elf_Scn* section = nullptr; (section = elf_nextscn(file.elf(), section)) != nullptr;) {
+    GElf_Shdr header;
+    if (gelf_getshdr(section, &header) == nullptr || header.sh_type != SHT_DYNSYM) continue;
+    isFound = true;
+    addNames(file, section, header, names);
   }
+  if (!isFound) file.refuse("has no symbol table");
   return names;
 }
 

@@ -1,4 +1,4 @@
-// The dynamic symbol table of a library file.
+// A library's file, as it lies there.
 #pragma once
 
 #include <string>
@@ -6,8 +6,11 @@
 
 namespace compliance {
 
-/// The names that the file defines for others, in its order. Throws std::runtime_error when the file is no readable
-/// shared library of this machine's kind.
+/// Throws std::runtime_error when the file is no readable shared library.
+void expectSharedLibrary(const std::string& path);
+
+/// The names that the file defines for others, in its order. Throws std::runtime_error when it has no symbol table
+/// that can be read.
 std::vector<std::string> exportedSymbols(const std::string& path);
 
 }  // namespace compliance

@@ -1,28 +1,32 @@
-// What a check found broken.
+// What a check found.
 #pragma once
 
 #include <string>
 
+#include "compliance/report.h"
+
 namespace compliance {
 
+/// Keeps of each kind the first and the number of all.
 class Findings {
  public:
+  explicit Findings(Report& report) : report_(report) {}
+
   /// Notes that `what` was found at `where` unless the promise holds. Returns `holds`.
   bool expect(bool holds, const std::string& what, const std::string& where) {
-    if (!holds) note(what, where);
+    if (!holds && report_.findings++ == 0) report_.finding.set(what + ", " + where);
     return holds;
   }
 
-  bool isEmpty() const { return count_ == 0; }
+  /// Notes that the library refuses what was to be tried at `where`, as it may.
+  void refuse(const std::string& where) {
+    if (report_.refusals++ == 0) report_.refusal.set(where);
+  }
 
-  /// The first finding and the number of the others, one line.
-  std::string summary() const;
+  bool isEmpty() const { return report_.findings == 0; }
 
  private:
-  void note(const std::string& what, const std::string& where);
-
-  std::string first_;
-  size_t count_ = 0;
+  Report& report_;
 };
 
 }  // namespace compliance

@@ -1,5 +1,6 @@
 // Fusion devices as far as they can be looked at.
 #include <algorithm>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -10,36 +11,80 @@ namespace compliance {
 
 namespace {
 
-void checkUnknownIsNoFusion(const Bench&, Findings& findings) {
-  for (const int32_t number : {-1, -2, UnknownNumber})
-    findings.expect(CvxIsFusionDevice(number) != Success, "is called a fusion device",
-                    "number " + std::to_string(number) + ", which is none");
+constexpr int32_t Untouched = -12345;
+
+// What the library lists with room for `capacity` children, and whether it wrote anything behind them.
+struct Listing {
+  Listing(int32_t number, int32_t capacity)
+      : children(2 * MostFusionChildren, Untouched),
+        count(capacity),
+        status(CvxFusionDeviceGetChildren(number, &count, children.data())) {}
+
+  bool isUntouchedFrom(int32_t index) const {
+    return std::all_of(children.begin() + index, children.end(), [](int32_t child) { return child == Untouched; });
+  }
+
+  std::vector<int32_t> children;
+  int32_t count;
+  ErrorCode status;
+};
+
+void expectNoGroup(int32_t number, Findings& findings) {
+  const std::string where = "number " + std::to_string(number) + ", which is no fusion device";
+  findings.expect(CvxIsFusionDevice(number) != Success, "is called a fusion device", where);
+  for (const int32_t capacity : {1, MostFusionChildren}) {
+    const Listing listing(number, capacity);
+    findings.expect(listing.status != Success, "has children", where);
+    findings.expect(listing.isUntouchedFrom(capacity), "writes more children than there is room for", where);
+  }
+  findings.expect(CvxFusionDeviceCheckChildren(number, 1, &UnknownNumber) != Success, "would take a child", where);
 }
 
-void checkChildren(const Bench&, Findings& findings) {
+void checkUnknown(const Bench&, Findings& findings) {
+  for (const int32_t number : {-1, -2, UnknownNumber, unusedNumber()}) expectNoGroup(number, findings);
+}
+
+void checkChildren(int32_t number, const Listing& listing, Findings& findings, const std::string& where) {
+  std::set<int32_t> distinct;
+  for (int32_t i = 0; i < listing.count; ++i) {
+    const int32_t child = listing.children[static_cast<size_t>(i)];
+    const std::string name = "child " + std::to_string(child);
+    findings.expect(openDevice(child, nullptr) != nullptr, name + " cannot be opened", where);
+    findings.expect(distinct.insert(child).second, name + " is listed twice", where);
+    findings.expect(CvxIsFusionDevice(child) != Success, name + " is a fusion device", where);
+    findings.expect(CvxFusionDeviceCheckChildren(number, 1, &child) != Success, name + " would be taken once more",
+                    where);
+  }
+}
+
+void checkGroup(int32_t number, Findings& findings, const std::string& where) {
+  const Listing listing(number, MostFusionChildren);
+  if (!findings.expect(listing.status == Success, "children: status " + show(listing.status), where)) return;
+  const std::string count = std::to_string(listing.count);
+  if (!findings.expect(listing.count > 0 && listing.count <= MostFusionChildren, count + " children", where)) return;
+  findings.expect(listing.isUntouchedFrom(listing.count), "writes behind the " + count + " children that it counts",
+                  where);
+  checkChildren(number, listing, findings, where);
+  findings.expect(CvxFusionDeviceCheckChildren(number, 1, &UnknownNumber) != Success,
+                  "would take a child that is not there", where);
+  if (listing.count == 1) return;
+  const Listing tooFew(number, 1);
+  findings.expect(tooFew.status != Success, "lists " + count + " children in the room for 1", where);
+  findings.expect(tooFew.isUntouchedFrom(1), "writes more children than there is room for", where);
+}
+
+void checkListed(const Bench&, Findings& findings) {
   forEachDevice(findings, [&](DeviceCtrl* device, const std::string& where) {
     const int32_t number = DeviceCtrl_getDeviceNumber(device);
-    if (CvxIsFusionDevice(number) != Success) return;
-    constexpr int32_t most = 256;
-    constexpr int32_t filler = -12345;
-    std::vector<int32_t> children(2 * most, filler);
-    int32_t count = most;
-    const ErrorCode status = CvxFusionDeviceGetChildren(number, &count, children.data());
-    if (!findings.expect(status == Success, "children: status " + show(status), where)) return;
-    if (!findings.expect(count > 0 && count <= most, std::to_string(count) + " children", where)) return;
-    findings.expect(std::all_of(children.begin() + count, children.end(), [](int32_t n) { return n == filler; }),
-                    "writes behind the " + std::to_string(count) + " children that it counts", where);
-    for (int32_t i = 0; i < count; ++i) {
-      const int32_t child = children[static_cast<size_t>(i)];
-      findings.expect(openDevice(child, nullptr) != nullptr, "child " + std::to_string(child) + " cannot be opened",
-                      where);
-    }
-    findings.expect(CvxFusionDeviceCheckChildren(number, 1, &UnknownNumber) != Success,
-                    "would take a child that is not there", where);
+    if (CvxIsFusionDevice(number) == Success)
+      checkGroup(number, findings, where);
+    else
+      expectNoGroup(number, findings);
   });
 }
 
-constexpr Check List[] = {{"fusion-unknown", checkUnknownIsNoFusion}, {"fusion-children", checkChildren}};
+constexpr Check List[] = {{"fusion-unknown", "open-by-number", checkUnknown},
+                          {"fusion-children", "fusion-unknown", checkListed}};
 
 }  // namespace
 

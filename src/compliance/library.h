@@ -5,26 +5,30 @@
 
 #include <string>
 
+#include "compliance/report.h"
+
 namespace compliance {
 
 /// A library that is loaded until the process ends. What stands before it in the loader's order, as a preloaded probe
 /// does, answers in its place. There is one in a process.
 class Library {
  public:
-  /// Loads the file. Throws std::runtime_error with what the loader says, also when there is no entry in it.
-  explicit Library(const std::string& path);
+  /// Loads nothing yet. `report` hears of every call.
+  Library(const std::string& path, Report& report);
+
+  /// Loads the file and fetches its tables, whatever is in them. Throws std::runtime_error with what the loader says,
+  /// also when there is no entry in the file.
+  void load();
 
   const std::string& path() const { return path_; }
 
-  /// The file that answers: `path()`, or the layer over it.
-  const std::string& answeringPath() const { return answeringPath_; }
-
-  /// What the entry returned: the tables that all operations of <velq/binding.h> now go through.
-  const Automation::Velq::LibraryTable* tables() const;
+  /// What the entry returned.
+  const Automation::Velq::LibraryTable* tables() const { return tables_; }
 
  private:
   std::string path_;
-  std::string answeringPath_;
+  Report& report_;
+  const Automation::Velq::LibraryTable* tables_ = nullptr;
 };
 
 }  // namespace compliance

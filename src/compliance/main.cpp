@@ -1,94 +1,72 @@
 // velq-compliance: checks that a device library keeps the promises that tools rely on.
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <stdexcept>
-#include <string>
+#include <exception>
+#include <system_error>
 
 #include "compliance/check.h"
-#include "compliance/library.h"
-#include "compliance/runner.h"
-#include "compliance/snapshot.h"
+#include "compliance/exported_symbols.h"
+#include "compliance/judge.h"
+#include "compliance/options.h"
+#include "text/one_line.h"
 
 using namespace compliance;
 
 namespace {
 
-constexpr int UsageStatus = 2;  // also for a library that cannot be loaded
+constexpr const Checks* Reading[] = {&LibraryChecks, &DeviceChecks,  &TextChecks,     &OpenChecks,    &ArrayChecks,
+                                     &FusionChecks,  &ControlChecks, &ScenarioChecks, &LifetimeChecks};
+constexpr const Checks* Writing[] = {&DescriptionChecks, &BoardIdChecks, &GroupChecks};
 
-constexpr const char* Help = R"(Usage: velq-compliance [--write] LIBRARY
+constexpr const char* Help = R"(Usage: velq-compliance [--write] [--timeout SECONDS] LIBRARY
 Checks that the device library in the file LIBRARY keeps the promises of
-<velq/operations.def>, on every device that it lists: "ok" or "FAIL" and what
-was found where, a line a check, then a line that counts them.
+<velq/operations.def>, on every device that it lists. A line a check: "ok",
+"FAIL" and what was found where, or "--" for what was not run; then a line that
+counts them. Each check runs in a process of its own, so that nothing that the
+library does ends the others.
 
   --write    also change descriptions, board ids and fusion groups, and put them
              back; only when every other check has passed
+  --timeout SECONDS
+             what a check may take, 10 unless given
   --help     show this text
   --version  show the version
 
 A probe that is preloaded (LD_PRELOAD) lies over the library and is checked with
-it. Exit status: 0 no check failed, 1 a check failed, 2 wrong usage or no
-library that can be loaded.
+it. Exit status: 0 no check failed, 1 a check failed, 2 wrong usage, no shared
+library, or output that cannot be written.
 )";
 
-struct Options {
-  bool writes = false;
-  std::string library;
-};
-
-// Throws std::invalid_argument with what is wrong.
-Options parse(int argc, char** argv) {
-  Options options;
-  for (int i = 1; i < argc; ++i) {
-    const std::string argument = argv[i];
-    if (argument == "--write")
-      options.writes = true;
-    else if (argument.starts_with("-"))
-      throw std::invalid_argument("unknown option \"" + argument + "\"; see velq-compliance --help");
-    else if (!options.library.empty())
-      throw std::invalid_argument("\"" + argument + "\": one LIBRARY only, \"" + options.library +
-                                  "\" is given before");
-    else
-      options.library = argument;
-  }
-  if (options.library.empty()) throw std::invalid_argument("no LIBRARY given; see velq-compliance --help");
-  return options;
+int print(const char* text) {
+  if (std::fputs(text, stdout) < 0 || std::fflush(stdout) != 0)
+    throw std::system_error(errno, std::generic_category(), "standard output");
+  return 0;
 }
 
-constexpr const Checks* Reading[] = {&DeviceChecks,  &TextChecks,     &ArrayChecks,   &FusionChecks,
-                                     &ControlChecks, &ScenarioChecks, &SnapshotChecks};
-constexpr const Checks* Writing[] = {&WriteChecks, &FusionWriteChecks};
-
 // Returns the exit status.
-int runChecks(const Library& library, bool writes) {
-  Runner runner;
-  Bench bench{library, {}};
-  runner.run(SymbolChecks, bench);
-  // Nothing can be called through tables with holes in them.
-  const bool callable = runner.run(TableChecks, bench);
-  if (callable) {
-    Runner::begin("first-reading");
-    bench.before = takeSnapshot();
+int judge(const Options& options) {
+  expectSharedLibrary(options.library);
+  Judge judge(options.library, options.limit);
+  for (const Checks* const checks : Reading) judge.run(*checks);
+  for (const Checks* const checks : Writing) {
+    if (options.writes)
+      judge.run(*checks);
+    else
+      judge.leaveOut(*checks, "needs --write");
   }
-  for (const Checks* const checks : Reading) runner.runIf(callable, *checks, bench);
-  // A device is changed only through a library that reads it right.
-  const bool changing = writes && !runner.hasFailures();
-  for (const Checks* const checks : Writing) runner.runIf(changing, *checks, bench);
-  runner.summarize();
-  return runner.hasFailures() ? 1 : 0;
+  return judge.finish() ? 0 : 1;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 2 && std::strcmp(argv[1], "--help") == 0) return printf("%s", Help) < 0;
-  if (argc == 2 && std::strcmp(argv[1], "--version") == 0) return puts("velq-compliance " VERSION) < 0;
   try {
-    const Options options = parse(argc, argv);
-    const Library library(options.library);
-    if (library.answeringPath() != library.path()) printf("through %s\n", library.answeringPath().c_str());
-    return runChecks(library, options.writes);
+    if (argc == 2 && std::strcmp(argv[1], "--help") == 0) return print(Help);
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) return print("velq-compliance " VERSION "\n");
+    return judge(parseOptions(argv));
   } catch (const std::exception& error) {
-    fprintf(stderr, "velq-compliance: %s\n", error.what());
+    fprintf(stderr, "velq-compliance: %s\n", text::oneLine(error.what()).c_str());
     return UsageStatus;
   }
 }

@@ -1,17 +1,36 @@
 // All that can be read of the devices, to see whether anything has changed.
 #pragma once
 
+#include <velq/types.h>
+
+#include <cstdint>
+#include <map>
 #include <string>
-#include <vector>
 
 namespace compliance {
 
-/// A line for each fact.
-using Snapshot = std::vector<std::string>;
+/// Values as texts, each by the fact's name, such as "device 3: board id".
+using Snapshot = std::map<std::string, std::string>;
 
+/// Of everything that is listed.
 Snapshot takeSnapshot();
 
-/// "LINE before, LINE after" for the first fact that differs; empty when none does.
-std::string firstDifference(const Snapshot& before, const Snapshot& after);
+/// What one device tells of itself.
+Snapshot factsOf(Automation::Velq::DeviceCtrl* device);
+
+/// The names of the facts that changes are about. The first is of the list, all others of the device.
+std::string listedFact(int32_t number);
+std::string descriptionFact(int32_t number);
+std::string boardIdFact(int32_t number);
+
+/// What is left of a snapshot without a device, and without the order of the list.
+Snapshot without(int32_t number, Snapshot snapshot);
+
+/// "FACT is VALUE, not VALUE" for the first that is not as wanted; empty when all are.
+std::string firstDifference(const Snapshot& wanted, const Snapshot& found);
+
+/// A snapshot as a text without zeros, and back.
+std::string textOf(const Snapshot& snapshot);
+Snapshot snapshotOf(const std::string& text);
 
 }  // namespace compliance
