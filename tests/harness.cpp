@@ -57,6 +57,14 @@ int converse(const std::string& line, std::string keys, std::string answers, std
 
 }  // namespace
 
+std::string outputOf(const std::string& command) {
+  std::string output;
+  FILE* const pipe = popen((command + " 2>&1").c_str(), "r");
+  for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) output += static_cast<char>(c);
+  pclose(pipe);
+  return output;
+}
+
 std::string Outcome::calls(const std::vector<std::string>& operations) const {
   std::string lines;
   for (const std::string& line : trace) {

@@ -86,6 +86,9 @@ class ToolTest : public testing::Test {
   std::string folder_;
 };
 
+/// What a shell's command prints, standard error included.
+std::string outputOf(const std::string& command);
+
 /// What printf() leaves of a message in the locale "C": C libraries differ in what they leave of one with a character
 /// that it cannot write.
 template <typename... Values>

@@ -1,20 +1,9 @@
 // The executable and the libraries that it can be put on.
-#include <array>
-
 #include "harness.h"
 
 namespace {
 
 using LibraryTest = ToolTest;
-
-std::string outputOf(const std::string& command) {
-  std::string output;
-  FILE* const pipe = popen(command.c_str(), "r");
-  std::array<char, 4096> bytes;
-  while (const size_t count = fread(bytes.data(), 1, bytes.size(), pipe)) output.append(bytes.data(), count);
-  EXPECT_EQ(pclose(pipe), 0) << command;
-  return output;
-}
 
 TEST_F(LibraryTest, SameExecutableOnAnotherLibrary) {
   environment["MINIMAL_BOARD"] = "/nonexistent/board";

@@ -20,7 +20,8 @@ TEST_F(SimulatorTest, BadRigIsOneLineAndNoList) {
   EXPECT_EQ(listed.output, "");
   EXPECT_EQ(listed.status, 0);
   EXPECT_EQ(listed.errors, "velq-sim: " + path("rig.json") + ": /devices/0: expected the key \"description\"\n");
-  EXPECT_EQ(runWith({.arguments = {"/dn:1"}, .expectsErrors = true}).output, "Cannot find specifiled Quellis device 1!(Errorleve= 2)\n");
+  EXPECT_EQ(runWith({.arguments = {"/dn:1"}, .expectsErrors = true}).output,
+            "Cannot find specifiled Quellis device 1!(Errorleve= 2)\n");
   environment["VELQ_RIG"] = path("none");
   EXPECT_EQ(runWith({.arguments = {}, .expectsErrors = true}).errors,
             "velq-sim: " + path("none") + ": cannot be opened: No such file or directory\n");
@@ -66,7 +67,8 @@ TEST_F(SimulatorTest, WithoutSqliteOnlyChangesAreRefused) {
   run({"/dn:0"});
   const Outcome changed = runWith({.arguments = {"/dn:0", "-cd:New"}, .expectsErrors = true});
   EXPECT_EQ(changed.output, Refused);
-  EXPECT_EQ(changed.errors, "velq-sim: " + state + ": cannot be used: " + path("./libsqlite3.so.0") + ": file too short\n");
+  EXPECT_EQ(changed.errors,
+            "velq-sim: " + state + ": cannot be used: " + path("./libsqlite3.so.0") + ": file too short\n");
 }
 
 TEST_F(SimulatorTest, StateOfAnotherRigIsLeftAlone) {
@@ -76,7 +78,8 @@ TEST_F(SimulatorTest, StateOfAnotherRigIsLeftAlone) {
   useRig(OneBoard);
   const Outcome changed = runWith({.arguments = {"/dn:0", "-cd:New"}, .expectsErrors = true});
   EXPECT_EQ(changed.output, Refused);
-  EXPECT_NE(changed.errors.find("was written for another rig (device 5 has no \"description\" here)"), std::string::npos);
+  EXPECT_NE(changed.errors.find("was written for another rig (device 5 has no \"description\" here)"),
+            std::string::npos);
   EXPECT_EQ(std::count(changed.errors.begin(), changed.errors.end(), '\n'), 1);
   EXPECT_EQ(std::filesystem::last_write_time(state), before);
   environment.erase("VELQ_RIG");
@@ -109,19 +112,15 @@ TEST_F(SimulatorTest, SetUserIdProcessIgnoresTheEnvironment) {
   chmod(path("").c_str(), 0711);
   chmod(path("qutil").c_str(), 04755);
   const auto output = [&](const std::string& prefix, const std::string& arguments) {
-    std::string command = "VELQ_RIG=" + path("rig.json") + " VELQ_STATE=" + state + " XDG_STATE_HOME=" + path("xdg") + " ";
-    command += prefix + path("qutil") + " " + arguments + " 2>&1";
-    std::string text(4096, 0);
-    FILE* const pipe = popen(command.c_str(), "r");
-    text.resize(fread(text.data(), 1, text.size(), pipe));
-    pclose(pipe);
-    return text;
+    return outputOf("VELQ_RIG=" + path("rig.json") + " VELQ_STATE=" + state + " XDG_STATE_HOME=" + path("xdg") + " " +
+                    prefix + path("qutil") + " " + arguments);
   };
   EXPECT_EQ(output("", "/dn:0 -cd:New").find(Refused), std::string::npos);
   const std::string other = "setpriv --reuid=65534 --regid=65534 --clear-groups ";
   EXPECT_TRUE(output(other, "/dn:0").starts_with("Detail information of device 0 (QA-3216,BID#0)\n"));
   EXPECT_EQ(output(other, "/dn:0 -cd:Other"),
-            "velq-sim: the state: neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where it is to be\n" + std::string(Refused));
+            "velq-sim: the state: neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where it is to be\n" +
+                std::string(Refused));
   EXPECT_FALSE(std::filesystem::exists(path("xdg")));
 }
 
@@ -150,9 +149,12 @@ TEST_F(SimulatorTest, GroupsLeaveNothingBehind) {
 TEST_F(SimulatorTest, NothingIsReportedThatWasNotKept) {
   state = path("missing/state");
   const std::string file = firmware("f", "0x3216", "0x0500");
-  EXPECT_EQ(runWith({.arguments = {"/dn:0", "-cali:ai.reverse"}, .expectsErrors = true}).output, "This device operation failed!\n");
-  EXPECT_TRUE(runWith({.arguments = {"/dn:0", "-fwo:" + file}, .expectsErrors = true}).output.ends_with("overwrite.\n"));
-  EXPECT_EQ(runWith({.arguments = {"/dd:R", "-fusion", "QS-2004,BID#0"}, .expectsErrors = true}).output.find("Create"), std::string::npos);
+  EXPECT_EQ(runWith({.arguments = {"/dn:0", "-cali:ai.reverse"}, .expectsErrors = true}).output,
+            "This device operation failed!\n");
+  EXPECT_TRUE(
+      runWith({.arguments = {"/dn:0", "-fwo:" + file}, .expectsErrors = true}).output.ends_with("overwrite.\n"));
+  EXPECT_EQ(runWith({.arguments = {"/dd:R", "-fusion", "QS-2004,BID#0"}, .expectsErrors = true}).output.find("Create"),
+            std::string::npos);
 }
 
 TEST_F(SimulatorTest, RulesForDescriptionsAndIds) {
