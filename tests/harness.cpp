@@ -26,7 +26,7 @@ std::string quoted(const std::string& text) {
   return result + "' ";
 }
 
-// Runs the line on a terminal, until its last process ends or says nothing for ten seconds. Echo stays on, so what the
+// Runs the line on a terminal, until its last process ends or says nothing for a minute. Echo stays on, so what the
 // terminal echoes in line mode stands in the output, and a key read raw does not.
 int converse(const std::string& line, std::string keys, std::string answers, std::string& output) {
   int terminal = -1;
@@ -36,7 +36,7 @@ int converse(const std::string& line, std::string keys, std::string answers, std
     text.erase(0, static_cast<size_t>(write(terminal, text.data(), text.size())));
   };
   pollfd file{terminal, POLLIN, 0};
-  for (int waits = 0; waits < 1000; ++waits) {
+  for (int waits = 0; waits < 6000; ++waits) {
     termios settings{};
     if (!keys.empty() && tcgetattr(terminal, &settings) == 0 && (settings.c_lflag & ICANON) == 0) type(keys);
     if (!answers.empty() && output.ends_with("(Y/N):\r\n")) type(answers);
