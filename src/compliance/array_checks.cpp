@@ -1,10 +1,10 @@
-#include "compliance/array_checks.h"
-
+// Arrays stay as they are for as long as what they were asked of.
 #include <utility>
 #include <vector>
 
 #include "compliance/check.h"
 #include "compliance/devices.h"
+#include "compliance/rules.h"
 
 namespace compliance {
 

@@ -26,9 +26,13 @@ bool tryOut(ChangedDevice& device, int32_t id) {
 
 void changeBoardIds(ChangedDevice& device) {
   const int32_t own = DeviceCtrl_getBoardId(device.handle());
+  const OpenDevice openedBefore = openDevice(device.number(), nullptr);
   int taken = tryOut(device, own);
   for (const int32_t id : Candidates) taken += tryOut(device, id);
   if (taken == 0) return device.refuse();
+  const int32_t elsewhere = DeviceCtrl_getBoardId(openedBefore.get());
+  device.expect(elsewhere == DeviceCtrl_getBoardId(device.handle()),
+                "has the board id " + std::to_string(elsewhere) + " in a handle that was open before the change");
   device.lookInNextProcess("changes of the board id");
   if (own < 0) return;
   const ErrorCode status = DeviceCtrl_setBoardId(device.handle(), own);

@@ -85,24 +85,37 @@ void checkBound(DaqCtrlBase* control, const DeviceInformation& wanted, Findings&
       "has another device, " + show(descriptionOf(device)), where);
 }
 
+// Binds a new control to the device and looks at it. Returns whether the library lets it be bound.
+bool tryBinding(Scenario scenario, const DeviceInformation& record, const DeviceInformation& answer, Findings& findings,
+                const std::string& where) {
+  const OpenControl control(DaqCtrlBase_Create(scenario));
+  if (control == nullptr) return false;
+  const bool isBound = !failed(DaqCtrlBase_setSelectedDevice(control.get(), &record));
+  if (isBound)
+    checkBound(control.get(), answer, findings, where);
+  else
+    expectUnbound(scenario, control.get(), findings, where);
+  return isBound;
+}
+
 // By number whatever the description, by description, and in both modes.
 void checkBinding(const Bench&, Findings& findings) {
   forEachDevice(findings, [&](DeviceCtrl* device, const std::string& place) {
     const int32_t number = DeviceCtrl_getDeviceNumber(device);
     const std::wstring description = descriptionOf(device);
+    const DeviceInformation whole = recordFor(number, description);
+    const DeviceInformation forFusion = recordFor(number, description, AccessFusion);
     for (const Scenario scenario : Scenarios) {
       const std::string where = nameOf(scenario) + ", " + place;
+      const bool isTaken = tryBinding(scenario, whole, whole, findings, where);
+      if (!isTaken) findings.refuse(where);
       for (const DeviceInformation& record :
-           {recordFor(number, description), recordFor(-1, description), recordFor(number, L""),
-            recordFor(number, UnknownDescription), recordFor(number, description, AccessFusion)}) {
-        const OpenControl control(DaqCtrlBase_Create(scenario));
-        if (control == nullptr || failed(DaqCtrlBase_setSelectedDevice(control.get(), &record))) {
-          findings.refuse(where);
-          if (control != nullptr) expectUnbound(scenario, control.get(), findings, where);
-          break;
-        }
-        checkBound(control.get(), recordFor(number, description, record.OpenMode), findings, where);
-      }
+           {recordFor(-1, description), recordFor(number, L""), recordFor(number, UnknownDescription)})
+        findings.expect(tryBinding(scenario, record, whole, findings, where) == isTaken,
+                        "is bound by number and description, but not by number " + std::to_string(record.DeviceNumber) +
+                            " and " + show(record.Description) + ", or otherwise",
+                        where);
+      tryBinding(scenario, forFusion, forFusion, findings, where);
     }
   });
 }

@@ -98,6 +98,7 @@ void changeDescriptions(ChangedDevice& device) {
   const std::wstring own = descriptionOf(device.handle());
   Array* const listedBefore = DeviceCtrl_getInstalledDevices();
   const std::vector<std::wstring> before = descriptionsIn(listedBefore);
+  const OpenDevice openedBefore = openDevice(device.number(), nullptr);
   const OpenControl firmware = openControl(ScenarioFirmware, device.number());
   const OpenControl calibration = openControl(ScenarioCalibration, device.number());
 
@@ -112,6 +113,9 @@ void changeDescriptions(ChangedDevice& device) {
   device.lookInNextProcess("changes of the description");
   expectRecord(device, ScenarioFirmware, firmware.get());
   expectRecord(device, ScenarioCalibration, calibration.get());
+  device.expect(
+      descriptionOf(openedBefore.get()) == descriptionOf(device.handle()),
+      "is described " + show(descriptionOf(openedBefore.get())) + " in a handle that was open before the change");
   device.expect(descriptionsIn(listedBefore) == before, "a list that was taken before the change reads otherwise");
   renaming.putBack(own);
   device.lookInNextProcess("putting the description back");

@@ -1,11 +1,12 @@
 // The list of installed devices: complete, stable, and every description in it opens one device.
-#include <algorithm>
 #include <map>
+#include <set>
 #include <string>
+#include <vector>
 
-#include "compliance/array_checks.h"
 #include "compliance/check.h"
 #include "compliance/devices.h"
+#include "compliance/rules.h"
 #include "compliance/snapshot.h"
 
 namespace compliance {
@@ -14,23 +15,27 @@ namespace {
 
 constexpr const char* TheList = "list of installed devices";
 
-void checkDescriptions(const std::vector<std::wstring>& descriptions, Findings& findings) {
-  for (const std::wstring& description : descriptions) {
+}  // namespace
+
+void expectDistinctDevices(Findings& findings) {
+  std::set<std::wstring> seen;
+  for (const std::wstring& description : listedDescriptions()) {
     const std::string where = placeOf(description) + " in the " + TheList;
     findings.expect(!description.empty(), "an empty description", where);
     findings.expect(description.size() < DescriptionCapacity,
                     std::to_string(description.size()) + " characters, more than the 63 that a record holds", where);
-    findings.expect(std::count(descriptions.begin(), descriptions.end(), description) == 1,
-                    "two devices of one description", where);
+    findings.expect(seen.insert(description).second, "two devices of one description", where);
   }
 }
+
+namespace {
 
 void checkList(const Bench&, Findings& findings) {
   Array* const devices = DeviceCtrl_getInstalledDevices();
   if (!findings.expect(devices != nullptr, "null", TheList) || !expectStable(devices, findings, TheList)) return;
   const std::vector<std::wstring> descriptions = descriptionsIn(devices);
   findings.expect(!descriptions.empty(), "no device to check", TheList);
-  checkDescriptions(descriptions, findings);
+  expectDistinctDevices(findings);
   const auto count = [](size_t size) { return std::to_string(size) + " devices"; };
   const std::vector<std::wstring> again = listedDescriptions();
   findings.expect(again == descriptions,

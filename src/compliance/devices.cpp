@@ -76,7 +76,8 @@ void forEachDevice(Findings& findings, const std::function<void(DeviceCtrl*, con
 }
 
 std::vector<int32_t> childrenOf(int32_t fusionNumber) {
-  std::vector<int32_t> children(MostFusionChildren, -1);
+  // Twice the room, for a library that writes more.
+  std::vector<int32_t> children(2 * MostFusionChildren, -1);
   int32_t count = MostFusionChildren;
   const bool listed = CvxFusionDeviceGetChildren(fusionNumber, &count, children.data()) == Success;
   children.resize(listed ? static_cast<size_t>(std::clamp(count, 0, MostFusionChildren)) : 0);

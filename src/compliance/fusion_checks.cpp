@@ -6,6 +6,7 @@
 
 #include "compliance/check.h"
 #include "compliance/devices.h"
+#include "compliance/rules.h"
 
 namespace compliance {
 
@@ -57,7 +58,9 @@ void checkChildren(int32_t number, const Listing& listing, Findings& findings, c
   }
 }
 
-void checkGroup(int32_t number, Findings& findings, const std::string& where) {
+}  // namespace
+
+void expectListedChildren(int32_t number, Findings& findings, const std::string& where) {
   const Listing listing(number, MostFusionChildren);
   if (!findings.expect(listing.status == Success, "children: status " + show(listing.status), where)) return;
   const std::string count = std::to_string(listing.count);
@@ -73,11 +76,13 @@ void checkGroup(int32_t number, Findings& findings, const std::string& where) {
   findings.expect(tooFew.isUntouchedFrom(1), "writes more children than there is room for", where);
 }
 
+namespace {
+
 void checkListed(const Bench&, Findings& findings) {
   forEachDevice(findings, [&](DeviceCtrl* device, const std::string& where) {
     const int32_t number = DeviceCtrl_getDeviceNumber(device);
     if (CvxIsFusionDevice(number) == Success)
-      checkGroup(number, findings, where);
+      expectListedChildren(number, findings, where);
     else
       expectNoGroup(number, findings);
   });

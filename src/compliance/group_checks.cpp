@@ -7,6 +7,7 @@
 
 #include "compliance/check.h"
 #include "compliance/devices.h"
+#include "compliance/rules.h"
 #include "compliance/snapshot.h"
 
 namespace compliance {
@@ -153,6 +154,8 @@ void Groups::remove(int32_t number, Children present, const Children& gone) {
 void Groups::examine(int32_t number, const Children& children) {
   expectGroup(number, children, "its creation");
   expectOnlyBefore(bench_.next.look(), number, "its creation, in the next process");
+  expectListedChildren(number, findings_, placeOf(number));
+  expectDistinctDevices(findings_);
   tryRefusals(number, children);
   tryExtension(number, children);
   tryRename(number);
@@ -192,7 +195,7 @@ void Groups::tryAll() {
 
 void checkGroups(const Bench& bench, Findings& findings) { Groups(bench, findings).tryAll(); }
 
-constexpr Check List[] = {{"write-fusion", "reads-change-nothing", checkGroups}};
+constexpr Check List[] = {{"write-fusion", "reads-change-nothing write-description", checkGroups}};
 
 }  // namespace
 

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "compliance/array_checks.h"
 #include "compliance/check.h"
 #include "compliance/devices.h"
+#include "compliance/rules.h"
 
 namespace compliance {
 
