@@ -19,8 +19,6 @@ done
 for package in "$work"/one/*.deb; do cmp "$package" "$work/another/${package##*/}"; done
 lintian --display-info --pedantic --allow-root --fail-on error,warning,info,pedantic "$work"/one/*.changes
 
-root=$(script/elsewhere --root "$(. /etc/os-release && echo "$VERSION_CODENAME")")
-mkdir "$work/root"
-tar -C "$work/root" -xf "$root"
+mmdebstrap --quiet --variant=minbase "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$work/root"
 autopkgtest "$work"/one/*.deb "$work/one/qutil" -- chroot "$work/root" >"$work/log" 2>&1 || fail "$(cat "$work/log")"
 sed -n '/^autopkgtest.*@@@ summary/,$p' "$work/log"
