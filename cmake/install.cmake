@@ -1,5 +1,5 @@
-# What `cmake --install` installs for authors of tools and libraries: find_package(velq) gives the target velq::velq, pkg-config the
-# module velq. Programs, pages and completions are installed where they are built.
+# What `cmake --install` installs for authors of tools, libraries and rigs: find_package(velq) gives the target velq::velq, pkg-config
+# the module velq. Programs, pages and completions are installed where they are built.
 
 include(CMakePackageConfigHelpers)
 
@@ -16,3 +16,4 @@ install(FILES docs/library.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libvelq-d
 install(DIRECTORY examples/minimal-library DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libvelq-dev/examples)
 
 install(FILES src/simulator/builtin_rig.json DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velq-sim/examples)
+install(FILES src/simulator/rig.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/velq-sim)

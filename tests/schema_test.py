@@ -1,0 +1,56 @@
+#!/usr/bin/python3
+"""rig.schema.json accepts and refuses what velq-sim --check does: schema_test.py VELQ-SIM SOURCES. Takes the rigs that tests and fuzzers keep, and every
+rig that differs from a small whole one in a single value or key."""
+import json
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+import jsonschema
+
+program, sources = sys.argv[1], pathlib.Path(sys.argv[2])
+schema = jsonschema.Draft202012Validator(json.loads((sources / "src/simulator/rig.schema.json").read_text()))
+VALUES = [None, True, 0.5, -2**31 - 1, -2, -1, 0, 15, 16, 2**16 - 1, 2**16, 2**31 - 1, 2**31, 2**32 - 1, 2**32, 2**64 - 1, 2**64, "", "x" * 256, "x" * 1001,
+          "a\0", "0x", "0X1", "0x0f", "0x10", "0xffff", "0x10000", "0x07fffffff", "0x80000000", "0xffffffff", "0x100000000", "0x1" + 16 * "0", [], [0, 0], {}]
+# What a schema cannot say: how keys of one document, or values beside each other, belong together.
+BEYOND = re.compile("the key stands twice|levels|another number than|a device |of a device|board_id: expected a number from 0 to [02]\n")
+
+
+def variants(value):
+    """Every value that differs in one place: another value there, or a key more or less."""
+    yield from VALUES
+    if isinstance(value, dict):
+        yield {**value, "colour": 1}
+        yield from ({other: value[other] for other in value if other != key} for key in value)
+        yield from ({**value, key: variant} for key in value for variant in variants(value[key]))
+    elif isinstance(value, list):
+        yield from (value[:i] + [variant] + value[i + 1:] for i in range(len(value)) for variant in variants(value[i]))
+
+
+def accepts(text):
+    try:
+        return schema.is_valid(json.loads(text))
+    except (ValueError, RecursionError):
+        return False
+
+
+item = {"name": "i", "in_use": 1, "backup": 2, "walk": [3], "fails": True}
+section = {"description": "s", "instruction": "i", "items": [item]}
+whole = {"$schema": "rig.schema.json", "devices": [
+    {"number": 3, "description": "D", "product_id": 5, "board_id": 1, "highest_board_id": 2, "board_version": "1", "driver_version": "2", "location": "l",
+     "base_addresses": [1], "interrupts": [1],
+     "firmware": [{"description": "c", "version": 1, "notice": "n", "password": "p", "progress": [0]}],
+     "calibration": [{"name": "n", "description": "d", "instruction": "i", "sections": [section]}]},
+    {"number": 4, "description": "F", "board_id": 0, "children": [3]}]}
+kept = [path.read_bytes() for path in [*sources.glob("fuzz/corpus/rig/*"), sources / "tests/installed/rig.json", sources / "src/simulator/builtin_rig.json"]]
+wrong = 0
+with tempfile.NamedTemporaryFile() as file:
+    for text in [*kept, *map(json.dumps, variants(whole))]:
+        pathlib.Path(file.name).write_bytes(text if isinstance(text, bytes) else text.encode())
+        check = subprocess.run([program, "--check", file.name], capture_output=True, text=True)
+        if accepts(text) != (check.returncode == 0) and not BEYOND.search(check.stderr):
+            print(f"{text[:300]}: the schema says {accepts(text)}; {check.stdout}{check.stderr}")
+            wrong += 1
+sys.exit(wrong > 0)
