@@ -11,9 +11,10 @@ fail() {
   exit 1
 }
 
+mkdir -p "$work/one/qutil" "$work/another"
+git ls-files -z | xargs -0 cp --parents -t "$work/one/qutil"
+cp -r "$work/one/qutil" "$work/another/folder"
 for folder in one/qutil another/folder; do
-  mkdir -p "$work/$folder"
-  git ls-files -z | xargs -0 cp --parents -t "$work/$folder"
   (cd "$work/$folder" && dpkg-buildpackage -us -uc -b) >"$work/log" 2>&1 || fail "$(tail -n 30 "$work/log")"
 done
 for package in "$work"/one/*.deb; do cmp "$package" "$work/another/${package##*/}"; done
