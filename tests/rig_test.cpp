@@ -38,40 +38,28 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
   const std::pair<std::string, std::string> cases[] = {
       {"", "line 1, column 1: "},
       {"{\n \"devices\": [}", "line 2, column 14: syntax error"},
-      {"{\"devices\": [{\"number\": \"\xFF\"}]}", "line 1, column 26: syntax error"},
-      {"{\"devices\": [{\"number\": 0, \"descr", "line 1, column 34: syntax error"},
-      {std::string("\xFF\xFE{\0\"\0", 6), "line 1, column 1: syntax error"},
-      {std::string("{\0\"\0", 4), "line 1, column 2: syntax error"},
-      {device(", \"location\": \"M\xFChle\""), "line 1, column 97: syntax error"},
       {device(", \"location\": \"\xED\xA0\x80\""), "line 1, column 97: syntax error"},
-      {device(", \"location\": \"\\ud800\""), "line 1, column 102: syntax error"},
       {"[]", "the document: expected an object"},
       {"{}", "the document: expected the key \"devices\""},
       {"{\"devices\": 3}", "/devices: expected a list"},
-      {"{\"devices\": {\"a\": {}}}", "/devices: expected a list"},
       {"{\"devices\": [7]}", "/devices/0: expected an object"},
-      {"{\"devices\": [[]]}", "/devices/0: expected an object"},
-      {"{\"devices\": [], \"device\": []}", "/device: unknown key; expected one of devices"},
       {"{\"devices\": " + deep, "/devices/0/0/0/0/0/0/0/0/0: expected at most 10 levels"},
-      {device(", \"colour\": 1"), "/devices/1/colour: unknown key; expected one of number, description, "},
       {device(", \"number\": 2"), "/devices/1/number: the key stands twice"},
-      {device("}, {\"number\": 1, \"description\": \"F\""), "/devices/2/number: expected another number than that of /devices/0"},
+      {device("}, {\"number\": 1, \"description\": \"F\""),
+       "/devices/2/number: expected another number than that of /devices/0"},
       {device(", \"product_id\": -1"), "/devices/1/product_id: expected a number from 0 to 2147483647"},
-      {device(", \"product_id\": \"0x80000000\""), "/devices/1/product_id: expected a number from 0 to 2147483647"},
-      {device(", \"product_id\": 1.5"), "/devices/1/product_id: expected a number from 0 to 2147483647"},
-      {device(", \"board_id\": \"3\""), "/devices/1/board_id: expected a number"},
       {device(", \"interrupts\": [1, 99999999999999999999]"), "/devices/1/interrupts/1: expected a number"},
-      {device(", \"base_addresses\": [\"0x\"]"), "/devices/1/base_addresses/0: expected a number from 0 to 0xffff"},
-      {device(", \"location\": 5"), "/devices/1/location: expected a text"},
       {device(", \"location\": \"a\\u0000\""), "/devices/1/location: expected a text without the character U+0000"},
-      {device(", \"location\": \"" + std::string(10'000'000, 'x') + "\""), "/devices/1/location: expected a text of at most 1000 characters"},
+      {device(", \"location\": \"" + std::string(10'000'000, 'x') + "\""),
+       "/devices/1/location: expected a text of at most 1000 characters"},
       {"{\"devices\": [{\"number\": 0, \"description\": \"" + std::string(256, 'x') + "\"}]}",
        "/devices/0/description: expected a text of at most 255 characters"},
       {device(", \"product_id\": " + std::string(1'000'000, '9')), "/devices/1/product_id: expected a number"},
-      {device(", \"firmware\": {}"), "/devices/1/firmware: expected a list"},
       {chip("\"description\": \"c\""), "/devices/1/firmware/0: expected the key \"version\""},
-      {chip("\"description\": \"c\", \"version\": 65536"), "/devices/1/firmware/0/version: expected a number from 0 to 65535"},
-      {chip("\"description\": \"c\", \"version\": 1, \"progress\": []"), "/devices/1/firmware/0/progress: expected at least one progress value"},
+      {chip("\"description\": \"c\", \"version\": 65536"),
+       "/devices/1/firmware/0/version: expected a number from 0 to 65535"},
+      {chip("\"description\": \"c\", \"version\": 1, \"progress\": []"),
+       "/devices/1/firmware/0/progress: expected at least one progress value"},
       {device(", \"children\": [7]"), "/devices/1/children/0: expected the number of a device that is listed"},
       {device(", \"children\": [0]"), "/devices/1/children/0: expected a device that is no fusion device"},
       {device(", \"children\": [1, 1]"), "/devices/1/children/1: expected a device that belongs to no group yet"},
@@ -82,16 +70,27 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
       {device(", \"a\\nb/c~d\\u007f\\u009b\": 1"), "/devices/1/a\\u000ab~1c~0d\\u007f\\u009b: unknown key"},
       {"{\"devices\": [], \"devices\": []}", "/devices: the key stands twice"},
       {chip("\"version\": 1, \"version\": 2"), "/devices/1/firmware/0/version: the key stands twice"},
-      {device(""), "none"},
-      {device(", \"product_id\": \"0x7fffffff\", \"base_addresses\": [\"0xffffffffffffffff\"], \"interrupts\": [-1]"), "none"},
+      {R"({"$schema": "rig.schema.json", "devices": []})", "none"},
+      {R"({"$schema": 1, "devices": []})", "/$schema: expected a text"},
+      {device(", \"product_id\": \"0x7fffffff\", \"base_addresses\": [\"0xffffffffffffffff\"], \"interrupts\": [-1]"),
+       "none"},
   };
   for (const auto& [json, expected] : cases) {
     const std::string problem = problemOf(json);
     EXPECT_EQ(problem.substr(0, expected.size()), expected) << json.substr(0, 200);
     EXPECT_EQ(problem.find('\n'), std::string::npos);
   }
+  const std::string texts = R"("description": "d", "instruction": "i", "name": "n", )";
+  const std::string full = device(R"(, "firmware": [{"description": "d", "version": 1}], "calibration": [{)" + texts +
+                                  R"("sections": [{"description": "d", "instruction": "i", "items": [{"name": "m", )"
+                                  R"("in_use": 0, "backup": 0, "walk": [0]}]}]}])");
+  EXPECT_EQ(problemOf(full), "none");
+  for (size_t brace = full.find('{'); brace != std::string::npos; brace = full.find('{', brace + 1))
+    EXPECT_NE(problemOf(std::string(full).insert(brace + 1, "\"x\": 1, ")).find("/x: unknown key; expected one of "),
+              std::string::npos);
   EXPECT_EQ(problemOf("\xEF\xBB\xBF" + device("")), "none");
   EXPECT_THROW(readRigFile("/"), RigError);
+  EXPECT_THROW(readRigFile("/dev/zero"), RigError);
 }
 
 TEST(RigTest, DevicesAreOrderedAndTheBuiltInRigIsGood) {

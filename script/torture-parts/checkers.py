@@ -10,7 +10,7 @@ import time
 
 from rig import Fault, Rig, build
 
-FUZZERS = ["tool", "rig", "firmware_file"]
+FUZZERS = ["tool", "rig"]
 
 
 def fuzz(options):

@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "simulator/json_fields.h"
 #include "simulator/rig_error.h"
 
 namespace simulator {
@@ -19,14 +18,16 @@ constexpr size_t DeepestNesting = 10;
 // Builds the document while it is parsed, for the library's own builder lets a later key replace an earlier one.
 class Builder final : public nlohmann::json_sax<Json> {
  public:
+  Builder(std::string_view key, const std::function<void(const JsonValue&)>& take) : key_(key), take_(take) {}
+
   Json document;
 
-  bool null() override { return put(nullptr) != nullptr; }
-  bool boolean(bool value) override { return put(value) != nullptr; }
-  bool number_integer(int64_t value) override { return put(value) != nullptr; }
-  bool number_unsigned(uint64_t value) override { return put(value) != nullptr; }
-  bool number_float(double value, const std::string&) override { return put(value) != nullptr; }
-  bool string(std::string& value) override { return put(std::move(value)) != nullptr; }
+  bool null() override { return finish(put(nullptr)); }
+  bool boolean(bool value) override { return finish(put(value)); }
+  bool number_integer(int64_t value) override { return finish(put(value)); }
+  bool number_unsigned(uint64_t value) override { return finish(put(value)); }
+  bool number_float(double value, const std::string&) override { return finish(put(value)); }
+  bool string(std::string& value) override { return finish(put(std::move(value))); }
   bool binary(Json::binary_t&) override { return false; }
   bool start_object(size_t) override { return open(Json::object()); }
   bool start_array(size_t) override { return open(Json::array()); }
@@ -70,28 +71,41 @@ class Builder final : public nlohmann::json_sax<Json> {
   }
 
   bool close() {
+    Json* const container = levels_.back().container;
     levels_.pop_back();
+    return finish(container);
+  }
+
+  bool finish(Json* value) {
+    if (levels_.size() != 2 || !levels_[1].container->is_array()) return true;
+    if (!levels_[0].container->is_object() || levels_[0].member.key() != key_) return true;
+    take_(JsonValue(*value, place()));
+    *value = nullptr;
     return true;
   }
 
-  // Names the last value or key as a JSON pointer.
-  [[noreturn]] void fail(const char* problem) const {
+  // The last value or key as a JSON pointer.
+  std::string place() const {
     std::string place;
     for (const Level& level : levels_) {
       if (level.container->empty()) break;
       place += "/" + (level.container->is_array() ? std::to_string(level.container->size() - 1)
                                                   : pointerPart(level.member.key()));
     }
-    throw RigError(place + ": " + problem);
+    return place;
   }
 
+  [[noreturn]] void fail(const char* problem) const { throw RigError(place() + ": " + problem); }
+
+  const std::string_view key_;
+  const std::function<void(const JsonValue&)>& take_;
   std::vector<Level> levels_;
 };
 
 }  // namespace
 
-Json parseJson(std::string_view text) {
-  Builder builder;
+Json parseJson(std::string_view text, std::string_view key, const std::function<void(const JsonValue&)>& take) {
+  Builder builder(key, take);
   Json::sax_parse(text, &builder);
   return std::move(builder.document);
 }

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <set>
+#include <string_view>
 #include <unordered_map>
 
 #include "simulator/builtin_rig.h"
@@ -57,9 +58,13 @@ class RigCheck {
   std::set<int32_t> taken_;                     ///< children of any group
 };
 
-Rig readRig(const nlohmann::json& document) {
+Rig readRig(std::string_view text) {
+  Rig rig;
+  const auto take = [&](const JsonValue& device) { rig.devices.push_back(readDevice(device)); };
+  const nlohmann::json document = parseJson(text, "devices", take);
   JsonFields fields(JsonValue(document, ""));
-  Rig rig{fields.required("devices").list(readDevice)};
+  const JsonValue devices = fields.required("devices");
+  if (!devices.json().is_array()) devices.fail("a list");
   if (const auto schema = fields.optional("$schema")) schema->text();  // for editors
   fields.end();
   RigCheck{rig.devices};
@@ -98,8 +103,8 @@ bool Rig::hasBoard(int32_t number) const {
   return device != nullptr && !device->children;
 }
 
-Rig readRigFile(const std::string& path) { return readRig(parseJson(readFile(path))); }
+Rig readRigFile(const std::string& path) { return readRig(readFile(path)); }
 
-Rig readBuiltInRig() { return readRig(parseJson(BuiltInRig)); }
+Rig readBuiltInRig() { return readRig(BuiltInRig); }
 
 }  // namespace simulator

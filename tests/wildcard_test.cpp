@@ -1,11 +1,9 @@
-// Wildcard substitution, and the simulator's texts.
-#include "simulator/text.h"
+// Wildcard substitution.
+#include "qutil/wildcard.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
-
-#include "qutil/wildcard.h"
 
 namespace {
 
@@ -21,15 +19,6 @@ TEST(WildcardTest, Substitution) {
   std::string text = "aabacaa";
   RemoveChar(text, 'a');
   EXPECT_EQ(text, "bc");
-}
-
-TEST(TextTest, Utf8RoundTripAndWhatIsNoCharacter) {
-  const std::string text = "a\u00FC\u20AC\U0001F527";
-  EXPECT_EQ(simulator::fromUtf8(text), L"a\u00FC\u20AC\U0001F527");
-  EXPECT_EQ(simulator::toUtf8(L"a\u00FC\u20AC\U0001F527"), text);
-  EXPECT_EQ(simulator::characterCount(text), 4U);
-  for (const unsigned bad : {0xD800U, 0xDFFFU, 0x110000U, 0x44434241U, 0xFFFFFFFFU})
-    EXPECT_EQ(simulator::toUtf8(std::wstring(1, static_cast<wchar_t>(bad))), std::nullopt);
 }
 
 }  // namespace
