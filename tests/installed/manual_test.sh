@@ -31,4 +31,6 @@ simulated() { "$prefix/bin/velq-sim" "$@"; }
 check qutil.1 '/?' $(simulated qutil '/?' | grep -o '^[-/][a-z]*:\?[a-z.]*')
 # shellcheck disable=SC2046
 check velq-sim.1 $(simulated --help | grep -o '^  --[a-z]*')
+# shellcheck disable=SC2046
+check velq-compliance.1 $("$prefix/bin/velq-compliance" --help | grep -o '^  --[a-z]*')
 exit $((failures > 0))
