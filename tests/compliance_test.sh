@@ -7,7 +7,7 @@ checker=$1 qutil=$2 simulator=$3 probe=$4 minimal=$5 bad=$6 other=$7
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 # The sanitizers' runtime may come after the probe.
-export VELQ_STATE="$work/state" MINIMAL_BOARD="$work/board" LC_ALL=C ASAN_OPTIONS=verify_asan_link_order=0
+export VELQ_STATE="$work/state" MINIMAL_BOARD="$work/board" LC_ALL=C ASAN_OPTIONS=verify_asan_link_order=0:handle_segv=0
 failures=0
 
 # expect STATUS FAILS LINE COMMAND...: the command ends with the status, so many of its lines are failures, and one of
@@ -19,7 +19,8 @@ expect() {
   found=$?
   if [ $found -ne "$status" ] || [ "$(grep -c ^FAIL "$work/output")" -ne "$fails" ] ||
     ! cut -c "-${#line}" "$work/output" | grep -qxF -e "$line"; then
-    printf '%s\nended with %s, not %s, not with %s failures, or without the line "%s":\n' "$*" $found "$status" "$fails" "$line"
+    printf '%s\nended with %s, not %s, or without %s failures, one of its lines being "%s":\n' \
+      "$*" $found "$status" "$fails" "$line"
     grep -v '^velq-probe' "$work/output"
     failures=$((failures + 1))
   fi
@@ -102,10 +103,10 @@ says no but does|write-board-id: device 0: board id is 1, not 0, after a change 
 next process|write-board-id: device 0: board id is 0, not 2147483647, in the next process after changes of the board id
 END
 
-expect 1 2 "FAIL one-export: exports __cxxabiv1::__class_type_info::~__class_type_info(), which a version" "$checker" "$other"
+expect 1 2 'FAIL one-export: exports ' "$checker" "$other"
 expect 1 2 "FAIL load: $other: does not export CvxQuellisLibInitialize" "$checker" "$other"
 head -c 20000 "$minimal" >"$work/cut.so"
-expect 1 2 'FAIL one-export: ' "$checker" "$work/cut.so"
+expect 1 2 "FAIL one-export: $work/cut.so: has " "$checker" "$work/cut.so"
 expect 2 0 'velq-compliance: standard output: No space left on device' sh -c "'$checker' '$minimal' >/dev/full"
 expect 0 0 'Usage: velq-compliance [--write] [--timeout SECONDS] LIBRARY' "$checker" --help
 expect 2 0 'velq-compliance: no LIBRARY given; see velq-compliance --help' "$checker" --write

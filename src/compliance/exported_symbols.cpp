@@ -1,11 +1,11 @@
 #include "compliance/exported_symbols.h"
 
-#include <fcntl.h>
 #include <gelf.h>
-#include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
+#include <memory>
 #include <stdexcept>
 
 namespace compliance {
@@ -14,29 +14,24 @@ namespace {
 
 class File {
  public:
-  explicit File(const std::string& path) : path_(path), descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-    if (descriptor_ < 0) refuse(std::strerror(errno));
+  explicit File(const std::string& path)
+      : path_(path), stream_(std::fopen(path.c_str(), "rbe"), std::fclose), elf_(nullptr, elf_end) {
+    if (stream_ == nullptr) refuse(std::strerror(errno));
     elf_version(EV_CURRENT);
-    elf_ = elf_begin(descriptor_, ELF_C_READ, nullptr);
+    elf_.reset(elf_begin(fileno(stream_.get()), ELF_C_READ, nullptr));
     GElf_Ehdr header;
-    if (elf_ == nullptr || gelf_getehdr(elf_, &header) == nullptr || header.e_type != ET_DYN)
+    if (elf_ == nullptr || gelf_getehdr(elf_.get(), &header) == nullptr || header.e_type != ET_DYN)
       refuse("is no shared library");
   }
-  ~File() {
-    elf_end(elf_);
-    close(descriptor_);
-  }
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
 
-  Elf* elf() const { return elf_; }
+  Elf* elf() const { return elf_.get(); }
 
   [[noreturn]] void refuse(const std::string& why) const { throw std::runtime_error(path_ + ": " + why); }
 
  private:
   std::string path_;
-  int descriptor_;
-  Elf* elf_ = nullptr;
+  std::unique_ptr<FILE, int (*)(FILE*)> stream_;
+  std::unique_ptr<Elf, int (*)(Elf*)> elf_;
 };
 
 bool isExported(const GElf_Sym& symbol) {

@@ -97,6 +97,6 @@ list 'qutil /' '/?' $(qutil '/?' | grep -o '^/[a-z]*:')
 list 'qutil /dn:' 3 4 7 8 10 11 12 13 15 16 29
 list 'velq-sim --' $(velq-sim --help | grep -o '^  --[a-z]*')
 list 'velq-compliance --' $($prefix/bin/velq-compliance --help | grep -o '^  --[a-z]*')
-touch some.so
-list 'velq-compliance --write so' some.so
+touch some.so some.so.1
+list 'velq-compliance --write some.so' some.so some.so.1
 exit $((failures > 0))
