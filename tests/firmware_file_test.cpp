@@ -41,9 +41,11 @@ TEST(FirmwareFileTest, AnyDamageIsFound) {
   }
   // The format's version, its signature and the suffix's length, the CRC being right.
   for (size_t i = good.size() - 10; i < good.size() - 4; ++i)
-    EXPECT_EQ(statusOf(withCrc(good.substr(0, i) + char(good[i] ^ 4) + good.substr(i + 1))), ErrorFirmwareWrongDevice) << i;
+    EXPECT_EQ(statusOf(withCrc(good.substr(0, i) + char(good[i] ^ 4) + good.substr(i + 1))), ErrorFirmwareWrongDevice)
+        << i;
   EXPECT_EQ(statusOf(withCrc(good.substr(7))), Success) << "no payload";
   EXPECT_EQ(statusOf("more " + good), ErrorFirmwareWrongDevice);
+  std::filesystem::remove(Path);
 }
 
 TEST(FirmwareFileTest, WhatIsNoFileOrHuge) {

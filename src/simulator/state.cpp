@@ -103,9 +103,9 @@ void State::open() {
   sqlite().busy_timeout(database, LongestWaitMilliseconds);
   // Nothing that the file holds is run.
   for (const auto& [option, isOn] : {std::pair(SQLITE_DBCONFIG_DEFENSIVE, 1),
-                                    {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
-                                    {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
-                                    {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0}}) {
+                                     {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
+                                     {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
+                                     {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0}}) {
     if (sqlite().db_config(database, option, isOn, nullptr) != SQLITE_OK) fail();
   }
   // Also syncs the folder when the journal is gone, without which a power cut could bring the old values back.
