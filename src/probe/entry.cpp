@@ -48,7 +48,7 @@ struct Probe {
     const Faults::Report& report = faults.report();
     if (trace.isOpen()) {
       writeAll(trace.descriptor(), report.line);
-    } else if (!report.isGood) {
+    } else if (!report.allReached) {
       writeAll(STDERR_FILENO, "velq-probe: ");
       writeAll(STDERR_FILENO, report.line);
     }

@@ -36,7 +36,7 @@ class Faults {
   /// A line, its end included, that counts the faults that no call has reached and names them as they were written.
   struct Report {
     std::string line;
-    bool isGood;  ///< whether all were reached
+    bool allReached;
   };
 
   /// How it stands now. Fit for a signal handler: the line was made when the last fault was reached.
