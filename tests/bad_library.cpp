@@ -1,6 +1,7 @@
 // The minimal library with one fault at a time, named by BAD_LIBRARY: what the probe's faults cannot bring about.
 #include <clocale>
 #include <csignal>
+#include <filesystem>
 #include <map>
 #include <stdexcept>
 
@@ -56,6 +57,7 @@ ErrorCode keepId(int32_t id) {
 }
 
 int32_t forgottenId = 0;
+const Board AtStart = readBoard();
 
 const std::map<std::string, void (*)(ObjectTable&)> Faults = {
     {"constructor", [](auto&) {}},
@@ -67,6 +69,7 @@ const std::map<std::string, void (*)(ObjectTable&)> Faults = {
     {"throw", actWhenAsked<[] { throw std::runtime_error("no board"); }>},
     {"hang", actWhenAsked<[] { pause(); }>},
     {"print", actWhenAsked<[] { std::puts("asked"); }>},
+    {"folder", actWhenAsked<[] { std::filesystem::current_path("/"); }>},
     {"locale", actWhenAsked<[] { std::setlocale(LC_ALL, "C.UTF-8"); }>},
     {"hole", [](auto& table) { table.CalibrationItem_getState = nullptr; }},
     {"overrun", spoilVersion<[](auto status, auto capacity, auto* text) { return text[capacity] = 0, status; }>},
@@ -112,6 +115,9 @@ const std::map<std::string, void (*)(ObjectTable&)> Faults = {
      setText<[](auto* device, int32_t count, auto* text) { return setDescription(device, count - 1, text); }>},
     {"negative id", setId<[](auto*, int32_t id) { return keepId(id); }>},
     {"says no but does", setId<[](auto*, int32_t id) { return keepId(id), ErrorNotOffered; }>},
+    {"forgets others", setId<[](auto*, int32_t id) {
+       return id != (id & 15) ? ErrorNotOffered : changeBoard([&](Board& board) { (board = AtStart).id = id; });
+     }>},
     {"next process",
      [](auto& table) {
        table.DeviceCtrl_getBoardId = [](auto*) { return forgottenId; };

@@ -27,10 +27,10 @@ expect() {
   rm -f "$VELQ_STATE" "$MINIMAL_BOARD"
 }
 
-expect 0 0 '32 ok, 0 failed, 0 not run, 1 refused' "$checker" --write "$simulator"
+expect 0 0 '33 ok, 0 failed, 0 not run, 1 refused' "$checker" --write "$simulator"
 expect 0 0 'ok   write-fusion: refused, not tried: fusion devices of two' "$checker" --write "$minimal"
 expect 0 0 "through $probe" env "LD_PRELOAD=$probe" "$checker" "$simulator"
-expect 0 0 '29 ok, 0 failed, 3 not run, 0 refused' "$checker" "$simulator"
+expect 0 0 '29 ok, 0 failed, 4 not run, 0 refused' "$checker" "$simulator"
 
 # On a fusion device as well; everything is put back.
 "$qutil" /dd:Pair -fusion QS-2004,BID#0 QS-2004,BID#1 >"$work/fused"
@@ -86,6 +86,7 @@ throw|first-look: lets an exception out during DeviceCtrl_getProductId: std::run
 hang|first-look: is not done within 2 s, during DeviceCtrl_getProductId
 print|process-left-alone: writes to standard output, which is the tool's, during DeviceCtrl_getProductId
 locale|process-left-alone: sets the locale to C.UTF-8, which is the tool's to choose, during DeviceCtrl_getProductId
+folder|process-left-alone: changes the working folder, which is the user's, during DeviceCtrl_getProductId
 hole|complete-tables: null, ObjectTable::CalibrationItem_getState
 overrun|text-library-version: writes outside of the buffer, device "Minimal board", capacity 1024
 unterminated|text-library-version: no terminator, status 0xa0000001, device "Minimal board", capacity 1024
@@ -100,6 +101,7 @@ cuts a description|write-description: takes "xxxxxxxx
 needs the terminator|write-description: 
 negative id|write-board-id: takes the board id -1
 says no but does|write-board-id: device 0: board id is 1, not 0, after a change of the board id to 1 with status 0xe0
+forgets others|write-from-two-processes: device 0: description is "Minimal board", not "velq-compliance, other", after
 next process|write-board-id: device 0: board id is 0, not 2147483647, in the next process after changes of the board id
 END
 

@@ -45,5 +45,6 @@ extern const Checks LifetimeChecks;
 extern const Checks DescriptionChecks;
 extern const Checks BoardIdChecks;
 extern const Checks GroupChecks;
+extern const Checks SharingChecks;
 
 }  // namespace compliance

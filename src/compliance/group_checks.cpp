@@ -40,6 +40,8 @@ class Groups {
   Findings& findings_;
   const Snapshot before_ = takeSnapshot();
   const Children listed_ = listedNumbers();
+  Array* const list_ = DeviceCtrl_getInstalledDevices();
+  const std::vector<std::wstring> listedBefore_ = descriptionsIn(list_);
 };
 
 std::string placeOf(int32_t number) { return "fusion device " + std::to_string(number); }
@@ -100,6 +102,10 @@ void Groups::tryRefusals(int32_t number, const Children& children) {
                      placeOf(number));
     expectGroup(number, children, "being asked to let " + shown + " go");
   }
+  const Children half{own, UnknownNumber};
+  findings_.expect(CvxFusionDeviceRemoveChildren(number, countOf(half), half.data()) != Success,
+                   "lets " + show(half) + " go", placeOf(number));
+  expectGroup(number, children, "being asked to let " + show(half) + " go");
   int32_t other = 0;
   for (const Children& taken : {Children{own}, Children{number}}) {
     const ErrorCode status = CvxFusionDeviceCreate(1, taken.data(), &other);
@@ -112,6 +118,10 @@ void Groups::tryRefusals(int32_t number, const Children& children) {
 void Groups::tryExtension(int32_t number, const Children& children) {
   for (const int32_t child : listed_) {
     if (std::count(children.begin(), children.end(), child) > 0) continue;
+    const Children half{child, UnknownNumber};
+    findings_.expect(CvxFusionDeviceAddChildren(number, countOf(half), half.data()) != Success, "takes " + show(half),
+                     placeOf(number));
+    expectGroup(number, children, "being asked to take " + show(half));
     const ErrorCode check = CvxFusionDeviceCheckChildren(number, 1, &child);
     expectGroup(number, children, "a look whether it would take " + std::to_string(child));
     const ErrorCode status = CvxFusionDeviceAddChildren(number, 1, &child);
@@ -153,6 +163,8 @@ void Groups::remove(int32_t number, Children present, const Children& gone) {
 
 void Groups::examine(int32_t number, const Children& children) {
   expectGroup(number, children, "its creation");
+  findings_.expect(descriptionsIn(list_) == listedBefore_, "a list that was taken before its creation reads otherwise",
+                   placeOf(number));
   expectOnlyBefore(bench_.next.look(), number, "its creation, in the next process");
   expectListedChildren(number, findings_, placeOf(number));
   expectDistinctDevices(findings_);
@@ -183,10 +195,9 @@ void Groups::tryAll() {
       const Children children{first, second};
       const std::optional<int32_t> number = make(children);
       if (!number) continue;
-      if (isMade)
-        remove(*number, children, children);
-      else
-        examine(*number, children);
+      if (!isMade) examine(*number, children);
+      // As tools do: all at once.
+      if (const auto again = isMade ? number : make(children)) remove(*again, children, children);
       isMade = true;
     }
   }

@@ -40,7 +40,10 @@ void checkSideBySide(const Bench&, Findings& findings) {
   for (const OpenDevice& device : openSome()) {
     const OpenDevice only = openDevice(DeviceCtrl_getDeviceNumber(device.get()), nullptr);
     alone.push_back(factsOf(only.get()));
-    expectBoundFacts(DeviceCtrl_getDeviceNumber(device.get()), alone.back(), findings);
+    const int32_t number = DeviceCtrl_getDeviceNumber(device.get());
+    if (const OpenDevice fusing = openDevice(number, nullptr, AccessFusion))
+      expectFacts(fusing.get(), alone.back(), findings, "when opened with AccessFusion");
+    expectBoundFacts(number, alone.back(), findings);
   }
   std::vector<OpenDevice> devices = openSome();
   std::vector<OpenDevice> twins = openSome();

@@ -17,7 +17,7 @@ namespace {
 
 constexpr const Checks* Reading[] = {&LibraryChecks, &DeviceChecks,  &TextChecks,     &OpenChecks,    &ArrayChecks,
                                      &FusionChecks,  &ControlChecks, &ScenarioChecks, &LifetimeChecks};
-constexpr const Checks* Writing[] = {&DescriptionChecks, &BoardIdChecks, &GroupChecks};
+constexpr const Checks* Writing[] = {&DescriptionChecks, &BoardIdChecks, &GroupChecks, &SharingChecks};
 
 constexpr const char* Help = R"(Usage: velq-compliance [--write] [--timeout SECONDS] LIBRARY
 Checks that the device library in the file LIBRARY keeps the promises of

@@ -5,6 +5,8 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <string>
+#include <string_view>
 #include <system_error>
 
 namespace compliance {
@@ -18,7 +20,13 @@ struct Pipe {
   int ends[2];
 };
 
-void sendAll(int descriptor, const std::string& text) {
+// Understood by the server, which is made of the same program.
+struct Request {
+  NextProcess::Act act;
+  int32_t number;
+};
+
+void sendAll(int descriptor, std::string_view text) {
   for (size_t sent = 0; sent < text.size();) {
     const ssize_t count = write(descriptor, text.data() + sent, text.size() - sent);
     if (count <= 0) std::_Exit(1);
@@ -28,16 +36,17 @@ void sendAll(int descriptor, const std::string& text) {
 
 // Answers every request, until nobody is left to ask, with what a process of its own reads, and a zero.
 [[noreturn]] void serve(int requests, int answers, const std::function<void()>& load) {
-  char request = 0;
-  while (read(requests, &request, 1) == 1) {
+  Request request{};
+  while (read(requests, &request, sizeof request) == sizeof request) {
     const pid_t reader = fork();
     if (reader == 0) {
       load();
+      if (request.act != nullptr) request.act(request.number);
       sendAll(answers, textOf(takeSnapshot()));
       std::exit(0);
     }
     waitpid(reader, nullptr, 0);
-    sendAll(answers, std::string(1, '\0'));
+    sendAll(answers, std::string_view("", 1));
   }
   std::_Exit(0);
 }
@@ -64,9 +73,10 @@ NextProcess::~NextProcess() {
   close(answers_);
 }
 
-Snapshot NextProcess::look() const {
+Snapshot NextProcess::look(Act act, int32_t number) const {
   std::string text;
-  sendAll(requests_, "?");
+  const Request request{act, number};
+  sendAll(requests_, {reinterpret_cast<const char*>(&request), sizeof request});
   char block[4096];
   for (ssize_t count = 0; (count = read(answers_, block, sizeof block)) > 0;) {
     text.append(block, static_cast<size_t>(count));

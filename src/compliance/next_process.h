@@ -18,9 +18,12 @@ class NextProcess {
   NextProcess(const NextProcess&) = delete;
   NextProcess& operator=(const NextProcess&) = delete;
 
-  /// Loads the library in a new process and reads there what can be read. What is missing at the end of a process that
-  /// ended before its time shows as a difference.
-  Snapshot look() const;
+  /// What such a run does ahead of reading, to one device.
+  using Act = void (*)(int32_t number);
+
+  /// Loads the library in a new process, acts there when asked to, and reads what can be read. What is missing at the
+  /// end of a process that ended before its time shows as a difference.
+  Snapshot look(Act act = nullptr, int32_t number = 0) const;
 
  private:
   int requests_ = -1;

@@ -45,7 +45,7 @@ void checkChip(FirmwareItem* chip, Findings& findings, const std::string& where)
   expectText(FirmwareItem_getDescription, chip, "description", findings, where);
   expectText(FirmwareItem_getVersion, chip, "version", findings, where);
   expectText(FirmwareItem_getNotice, chip, "notice", findings, where);
-  for (const wchar_t* const path : {L"/nonexistent/velq-compliance.dfu", L""}) {
+  for (const wchar_t* const path : {L"/nonexistent/velq-compliance.dfu", L"velq-compliance: no such file", L""}) {
     const ErrorCode status = FirmwareItem_loadFile(chip, path);
     findings.expect(status == ErrorFileUnreadable || status == ErrorDeviceBusy,
                     "status " + show(status) + " for a firmware file that does not exist, " + show(path), where);

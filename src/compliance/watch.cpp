@@ -5,11 +5,15 @@
 #include <unistd.h>
 
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <typeinfo>
 
 namespace compliance {
@@ -21,6 +25,13 @@ using namespace Automation::Velq;
 // The watched functions have no room for arguments of ours.
 const LibraryTable* library = nullptr;
 Report* reported = nullptr;
+
+std::filesystem::path folder() {
+  std::error_code none;
+  return std::filesystem::current_path(none);
+}
+
+const std::filesystem::path startFolder = folder();
 
 std::string nameOf(const std::type_info* type) {
   if (type == nullptr) return "what is no C++ exception";
@@ -36,7 +47,14 @@ std::string disturbance() {
   if (fstat(STDOUT_FILENO, &output) != 0) return "closes standard output";
   if (output.st_size != 0) return "writes to standard output, which is the tool's";
   const std::string locale = std::setlocale(LC_ALL, nullptr);
-  return locale == "C" ? "" : "sets the locale to " + locale + ", which is the tool's to choose";
+  if (locale != "C") return "sets the locale to " + locale + ", which is the tool's to choose";
+  if (folder() != startFolder) return "changes the working folder, which is the user's";
+  for (const int signal : {SIGINT, SIGTERM, SIGPIPE}) {
+    struct sigaction action {};
+    sigaction(signal, nullptr, &action);
+    if (action.sa_handler != SIG_DFL) return std::string("takes over SIG") + sigabbrev_np(signal);
+  }
+  return "";
 }
 
 FunctionTable watchedFunctions() {
