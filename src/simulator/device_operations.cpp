@@ -11,7 +11,6 @@ namespace simulator {
 namespace {
 
 constexpr const char* LibraryVersion = "1.0-sim";
-constexpr size_t LongestDescription = 63;
 
 // The installed devices. A node is as long as its description, which the rig may make longer than the record has room
 // for.
@@ -116,7 +115,7 @@ ErrorCode DeviceCtrl_setDescription(DeviceCtrl* device, int32_t count, const wch
   if (description == nullptr || count <= 0) return ErrorRefused;
   const std::wstring_view wide(description, wcsnlen(description, static_cast<size_t>(count)));
   const std::optional<std::string> text = toUtf8(wide);
-  if (!text || wide.empty() || wide.size() > LongestDescription) return ErrorRefused;
+  if (!text || wide.empty() || wide.size() >= DescriptionCapacity) return ErrorRefused;
   Simulation& simulation = Simulation::instance();
   return simulation.change([&](std::vector<StateChange>& changes) {
     const ErrorCode status = checkChangeable(simulation, number);

@@ -11,10 +11,6 @@ namespace simulator {
 
 namespace {
 
-constexpr int32_t NothingLoaded = -1001;
-constexpr int32_t Aborted = -1;
-constexpr int32_t Complete = 100;
-
 std::string versionText(uint16_t version) {
   char text[8];
   snprintf(text, sizeof text, "%x.%02x", version >> 8U, version & 0xFFU);
@@ -104,10 +100,10 @@ ErrorCode FirmwareItem_start(FirmwareItem* item, int32_t /*mode*/, const wchar_t
 
 int32_t FirmwareItem_getProgress(FirmwareItem* item) {
   ChipObject& chip = resolve<ChipObject>(item, __func__);
-  if (!chip.started) return NothingLoaded;
+  if (!chip.started) return ProgressNothingLoaded;
   const std::vector<int32_t>& progress = chip.chip.progress;
   const int32_t value = progress[std::min(chip.polls, progress.size() - 1)];
-  if (value >= Complete && !chip.finished && !(chip.finished = keepVersion(chip))) return Aborted;
+  if (value >= ProgressDone && !chip.finished && !(chip.finished = keepVersion(chip))) return ProgressAborted;
   ++chip.polls;
   return value;
 }

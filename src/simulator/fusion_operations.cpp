@@ -9,7 +9,6 @@ namespace simulator {
 namespace {
 
 constexpr int32_t FirstNewNumber = 256;
-constexpr size_t MostChildren = 256;  // as many as tools have room for
 
 using Children = std::vector<int32_t>;
 
@@ -22,7 +21,7 @@ ErrorCode checkFusable(Simulation& simulation, const Children& children, const C
   if (children.empty()) return ErrorCannotFuse;
   const std::set<int32_t> distinct(children.begin(), children.end());
   if (distinct.size() != children.size()) return ErrorCannotFuse;
-  if (children.size() + present.size() > MostChildren) return ErrorCannotFuse;
+  if (children.size() + present.size() > MostFusionChildren) return ErrorCannotFuse;
   const int32_t model = present.empty() ? children.front() : present.front();
   for (const int32_t child : children) {
     if (!simulation.exists(child) || simulation.isFusion(child) || simulation.groupOf(child) != -1)

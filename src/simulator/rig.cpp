@@ -1,6 +1,7 @@
 #include "simulator/rig.h"
 
 #include <fcntl.h>
+#include <velq/types.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -19,7 +20,6 @@ namespace simulator {
 
 namespace {
 
-constexpr size_t MostChildren = 256;
 constexpr size_t LongestFile = 64 << 20;
 
 // Refuses devices that cannot stand in one rig together. They are in the order of the file, for faults name their place
@@ -40,7 +40,8 @@ class RigCheck {
   static std::string place(size_t index) { return "/devices/" + std::to_string(index); }
 
   void checkChildren(const std::vector<int32_t>& children, const std::string& place) {
-    if (children.empty() || children.size() > MostChildren) throw RigError(place + ": expected 1 to 256 children");
+    if (children.empty() || children.size() > Automation::Velq::MostFusionChildren)
+      throw RigError(place + ": expected 1 to 256 children");
     for (size_t i = 0; i < children.size(); ++i) {
       const std::string childPlace = place + "/" + std::to_string(i) + ": expected ";
       const auto child = places_.find(children[i]);

@@ -1,16 +1,13 @@
 #pragma once
 
 #include <stdexcept>
-#include <string>
-
-#include "simulator/text.h"
 
 namespace simulator {
 
-/// A rig that cannot be used. what() is "PLACE: what is wrong there", without the file's name, on one line whatever the
-/// rig holds.
+/// A rig that cannot be used. what() is "PLACE: what is wrong there", without the file's name; what the rig holds
+/// stands in it as it is.
 struct RigError : std::runtime_error {
-  explicit RigError(const std::string& problem) : std::runtime_error(printable(problem)) {}
+  using std::runtime_error::runtime_error;
 };
 
 }  // namespace simulator

@@ -2,7 +2,6 @@
 
 #include <utf8.h>
 
-#include <cstdio>
 #include <functional>
 #include <iterator>
 #include <map>
@@ -29,19 +28,6 @@ std::optional<std::string> toUtf8(std::wstring_view text) {
 bool isUtf8(std::string_view text) { return utf8::is_valid(text.begin(), text.end()); }
 
 size_t characterCount(std::string_view text) { return static_cast<size_t>(utf8::distance(text.begin(), text.end())); }
-
-std::string printable(std::string_view text) {
-  std::string shown;
-  for (const wchar_t c : fromUtf8(utf8::replace_invalid(text))) {
-    const auto code = static_cast<char32_t>(c);
-    char escape[8];
-    if (code < 0x20 || (code >= 0x7F && code < 0xA0))
-      shown.append(escape, static_cast<size_t>(snprintf(escape, sizeof escape, "\\u%04x", unsigned{code})));
-    else
-      utf8::append(code, shown);
-  }
-  return shown;
-}
 
 const wchar_t* lasting(std::string_view text) {
   static std::map<std::string, std::wstring, std::less<>> texts;

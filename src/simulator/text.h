@@ -20,10 +20,6 @@ std::optional<std::string> toUtf8(std::wstring_view text);
 /// Whether `text` is valid UTF-8.
 bool isUtf8(std::string_view text);
 
-/// One line of UTF-8 whatever the text holds: control characters as \u and four hexadecimal digits, and what is no
-/// character as U+FFFD.
-std::string printable(std::string_view text);
-
 /// The number of characters in valid UTF-8.
 size_t characterCount(std::string_view text);
 
