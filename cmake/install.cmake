@@ -1,5 +1,5 @@
-# What `cmake --install` installs for authors of tools, libraries and rigs: find_package(velq) gives the target velq::velq, pkg-config
-# the module velq. Programs, pages and completions are installed where they are built.
+# What `cmake --install` installs for authors of tools, libraries and rigs: find_package(velq) gives the target
+# velq::velq, pkg-config the module velq. Programs, pages and completions are installed where they are built.
 
 include(CMakePackageConfigHelpers)
 
@@ -7,7 +7,8 @@ set(VELQ_CMAKE_DIR ${CMAKE_INSTALL_DATADIR}/cmake/velq)
 set_target_properties(velq_headers PROPERTIES EXPORT_NAME velq)
 install(TARGETS velq_headers EXPORT velq)
 install(EXPORT velq NAMESPACE velq:: FILE velqConfig.cmake DESTINATION ${VELQ_CMAKE_DIR})
-write_basic_package_version_file(${CMAKE_BINARY_DIR}/velqConfigVersion.cmake COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/velqConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
 configure_file(cmake/velq.pc.in velq.pc @ONLY)
 install(DIRECTORY include/velq DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES ${CMAKE_BINARY_DIR}/velqConfigVersion.cmake DESTINATION ${VELQ_CMAKE_DIR})

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Builds the Debian packages in two folders, which must give the same files, has lintian look at them, and runs debian/tests in a
-# throw-away root of this Debian's release. Run as root.
+# Builds the Debian packages in two folders, which must give the same files, has lintian look at them, and runs
+# debian/tests in a throw-away root of this Debian's release. Run as root.
 set -eu
 cd "$(dirname "$0")/.."
 work=$(mktemp -d)
@@ -18,8 +18,13 @@ for folder in one/qutil another/folder; do
   (cd "$work/$folder" && dpkg-buildpackage -us -uc -b) >"$work/log" 2>&1 || fail "$(tail -n 30 "$work/log")"
 done
 for package in "$work"/one/*.deb; do cmp "$package" "$work/another/${package##*/}"; done
-lintian --display-info --pedantic --allow-root --fail-on error,warning,info,pedantic "$work"/one/*.changes
+# Which texts lintian reads as one depends on how the compiler has cut them: an override for that may be unused.
+lintian --display-info --pedantic --allow-root --suppress-tags unused-override \
+  --fail-on error,warning,info,pedantic "$work"/one/*.changes
 
 mmdebstrap --quiet --variant=minbase "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$work/root"
-autopkgtest "$work"/one/*.deb "$work/one/qutil" -- chroot "$work/root" >"$work/log" 2>&1 || fail "$(cat "$work/log")"
+# shellcheck disable=SC2016
+unshare --mount sh -ec 'mount -t proc proc "$1/root/proc"
+  exec autopkgtest --apt-upgrade "$1"/one/*.deb "$1/one/qutil" -- chroot "$1/root"' - "$work" >"$work/log" 2>&1 ||
+  fail "$(cat "$work/log")"
 sed -n '/^autopkgtest.*@@@ summary/,$p' "$work/log"
