@@ -26,6 +26,8 @@ struct Request {
   int32_t number;
 };
 
+constexpr char End = 0;  // of an answer
+
 void sendAll(int descriptor, std::string_view text) {
   for (size_t sent = 0; sent < text.size();) {
     const ssize_t count = write(descriptor, text.data() + sent, text.size() - sent);
@@ -46,7 +48,7 @@ void sendAll(int descriptor, std::string_view text) {
       std::exit(0);
     }
     waitpid(reader, nullptr, 0);
-    sendAll(answers, std::string_view("", 1));
+    sendAll(answers, {&End, 1});
   }
   std::_Exit(0);
 }
@@ -80,7 +82,7 @@ Snapshot NextProcess::look(Act act, int32_t number) const {
   char block[4096];
   for (ssize_t count = 0; (count = read(answers_, block, sizeof block)) > 0;) {
     text.append(block, static_cast<size_t>(count));
-    if (text.ends_with('\0')) break;
+    if (text.ends_with(End)) break;
   }
   if (!text.empty()) text.pop_back();
   return snapshotOf(text);
