@@ -118,17 +118,6 @@ TEST_F(SimulatorTest, GroupsLeaveNothingBehind) {
   EXPECT_TRUE(listed.output.ends_with("0,B\n1,A\n2,Plain\n")) << listed.output;
 }
 
-TEST_F(SimulatorTest, NothingIsReportedThatWasNotKept) {
-  state = path("missing/state");
-  const std::string file = firmware("f", "0x3216", "0x0500");
-  EXPECT_EQ(runWith({.arguments = {"/dn:0", "-cali:ai.reverse"}, .expectsErrors = true}).output,
-            "This device operation failed!\n");
-  EXPECT_TRUE(
-      runWith({.arguments = {"/dn:0", "-fwo:" + file}, .expectsErrors = true}).output.ends_with("overwrite.\n"));
-  EXPECT_EQ(runWith({.arguments = {"/dd:R", "-fusion", "QS-2004,BID#0"}, .expectsErrors = true}).output,
-            "Device description you have entered:R\nSpecified devices can not be fused!(ErroeLevel = 3)\n");
-}
-
 TEST_F(SimulatorTest, RulesForDescriptionsAndIds) {
   const auto outputOf = [&](const char* device, const std::string& option) { return run({device, option}).output; };
   EXPECT_EQ(outputOf("/dn:0", "-cd:QD-0096,BID#2").find("Failed"), 0U);

@@ -7,7 +7,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "simulator/simulation.h"
@@ -24,12 +27,24 @@ class HandleTest : public testing::Test {
     setenv("VELQ_STATE", Path.c_str(), 1);
     GTEST_FLAG_SET(death_test_style, "threadsafe");
   }
+  void TearDown() override { std::remove(Path.c_str()); }
+
+  void changeElsewhere(const std::vector<simulator::StateChange>& all) {
+    const auto decide = [&](std::vector<simulator::StateChange>& changes) { return changes = all, Success; };
+    EXPECT_EQ(other.change(decide), Success);
+  }
+
+  simulator::Simulation other{"", {Path, false}};  ///< another process's
 };
 
 DaqCtrlBase* bind(Scenario scenario, int32_t number) {
   DaqCtrlBase* const control = DaqCtrlBase_Create(scenario);
   const DeviceInformation record{.DeviceNumber = number, .OpenMode = AccessDevice, .ModuleIndex = 0, .Description = {}};
+  DeviceInformation bound{.DeviceNumber = 7, .OpenMode = AccessFusion, .ModuleIndex = 7, .Description = {}};
+  EXPECT_EQ(DaqCtrlBase_getSelectedDevice(control, &bound), simulator::ErrorWrongOrder);
   EXPECT_EQ(DaqCtrlBase_setSelectedDevice(control, &record), Success);
+  EXPECT_EQ(DaqCtrlBase_getSelectedDevice(control, &bound), Success);
+  EXPECT_EQ(std::tuple(bound.DeviceNumber, bound.OpenMode, bound.ModuleIndex), std::tuple(number, AccessDevice, 0));
   return control;
 }
 
@@ -61,26 +76,49 @@ TEST_F(HandleTest, MisuseIsOneLineAndAnAbort) {
   EXPECT_DEATH(FirmwareItem_getVersion(chip), "FirmwareItem_getVersion: handle that was disposed of\n$");
 }
 
-TEST_F(HandleTest, FirmwareStartNeedsAFileANoticeAndThePassword) {
-  FirmwareItem* const chip = chipOf(bind(ScenarioFirmware, 5), 0);
-  EXPECT_EQ(FirmwareItem_start(chip, 2, L"northwind"), simulator::ErrorWrongOrder);
+// The progress stays at the end of its list.
+TEST_F(HandleTest, OverwriteNeedsFileNoticeAndPasswordAndHoldsUntilItsControlGoes) {
+  const std::string file = Path + ".dfu", make = "dfu-suffix -p 0x7024 -d 0x0300 -a " + file + " >/dev/null 2>&1";
+  std::ofstream(file) << "payload";
+  ASSERT_EQ(std::system(make.c_str()), 0);
+  DaqCtrlBase* const control = bind(ScenarioFirmware, 5);
+  FirmwareItem* const chip = chipOf(control, 0);
+  const auto load = [&] { return FirmwareItem_loadFile(chip, std::wstring(file.begin(), file.end()).c_str()); };
+  const auto start = [&](const wchar_t* password = L"northwind") { return FirmwareItem_start(chip, 2, password); };
+  EXPECT_EQ(load(), Success);
+  EXPECT_EQ(start(), simulator::ErrorWrongOrder);
   EXPECT_EQ(FirmwareItem_getProgress(chip), -1001);
   FirmwareItem_confirmNotice(chip);
-  EXPECT_EQ(FirmwareItem_start(chip, 2, L"northwind"), simulator::ErrorWrongOrder);
+  EXPECT_EQ(start(nullptr), simulator::ErrorRefused);
+  for (int run = 0; run < 2; ++run) {
+    EXPECT_EQ(start(), Success);
+    EXPECT_EQ(load(), simulator::ErrorWrongOrder);
+    for (const int32_t percent : {0, 25, 50, 75, 100, 100}) EXPECT_EQ(FirmwareItem_getProgress(chip), percent);
+  }
+  EXPECT_EQ(other.checkFree(5), ErrorDeviceBusy);
+  EXPECT_EQ(load(), WarningFirmwareNotNewer);
+  std::remove(file.c_str());
+  EXPECT_EQ(load(), ErrorFileUnreadable);
+  EXPECT_EQ(start(), simulator::ErrorWrongOrder);
+  DaqCtrlBase_dispose(control);
+  EXPECT_EQ(other.checkFree(5), Success);
 }
 
 void calibrate(CalibrationSolution* solution) {
   Array* const sections = CalibrationSolution_getSections(solution);
   for (int32_t i = 0; i < Array_getLength(sections); ++i) {
     auto* const section = static_cast<CalibrationSection*>(Array_getItem(sections, i));
-    EXPECT_EQ(CalibrationSection_start(section), Success);
     Array* const items = CalibrationSection_getItems(section);
     for (int32_t j = 0; j < Array_getLength(items); ++j) {
       int64_t value = 0;
       int32_t detail = 0;
       uint32_t codes[15] = {};
       auto* const item = static_cast<CalibrationItem*>(Array_getItem(items, j));
-      while (CalibrationItem_getState(item, &value, &detail, codes) == CalibrationRunning) continue;
+      const auto poll = [&] { return CalibrationItem_getState(item, &value, &detail, codes); };
+      EXPECT_EQ(poll(), j == 0 ? CalibrationFailed : CalibrationRunning);
+      EXPECT_EQ(CalibrationSection_start(section), Success);
+      for (int64_t polls = 1; poll() == CalibrationRunning; ++polls) EXPECT_EQ(value, polls);
+      EXPECT_EQ(value, detail);
     }
   }
   EXPECT_EQ(CalibrationSolution_updateAsCurrent(solution), Success);
@@ -90,24 +128,11 @@ TEST_F(HandleTest, WhatOthersKeptCountsAtOnceAndEveryCodeIsKept) {
   DaqCtrlBase* const control = bind(ScenarioCalibration, 0);
   FirmwareItem* const chip = chipOf(bind(ScenarioFirmware, 0), 1);
   EXPECT_STREQ(FirmwareItem_getVersion(chip), L"2.05");
-  simulator::Simulation other("", {Path, false});
-  other.change([](std::vector<simulator::StateChange>& changes) {
-    changes = {{0, "description", "New"},
-               {0, "board id", 9},
-               {0, "firmware 1", 0x999},
-               {6, "fusion", 300},
-               {7, "fusion", 300}};
-    return Success;
-  });
-  int32_t count = 256, children[256], made = 0;
-  EXPECT_EQ(CvxFusionDeviceGetChildren(300, &count, children), Success);
-  EXPECT_EQ(count, 2);
-  EXPECT_EQ(CvxFusionDeviceCreate(2, nullptr, &made), ErrorCannotFuse);
+  changeElsewhere({{0, "description", "New"}, {0, "board id", 9}, {0, "firmware 1", 0x999}});
   DeviceCtrl* const device = DeviceCtrl_Create(-1, L"New", AccessDevice);
   EXPECT_EQ(DeviceCtrl_getBoardId(device), 9);
   for (const wchar_t* text : {L"", L"\xD800", L"\x110000"})
     EXPECT_EQ(DeviceCtrl_setDescription(device, 1, text), simulator::ErrorRefused);
-  EXPECT_EQ(DeviceCtrl_getBoardId(DeviceCtrl_Create(300, nullptr, AccessDevice)), 0);
   EXPECT_STREQ(FirmwareItem_getVersion(chip), L"9.99");
   Array* const solutions = CalibrationCtrl_getSolutions(static_cast<CalibrationCtrl*>(control));
   calibrate(static_cast<CalibrationSolution*>(Array_getItem(solutions, 0)));
@@ -115,8 +140,56 @@ TEST_F(HandleTest, WhatOthersKeptCountsAtOnceAndEveryCodeIsKept) {
   EXPECT_EQ(other.codeInUse(0, "calibration 0.0.0", 1), 0x7CU);
   EXPECT_EQ(other.codeInUse(0, "calibration 0.1.0", 1), 0x84U);
   EXPECT_EQ(other.codeInUse(0, "calibration 0.1.1", 1), 0x88U);
+  EXPECT_EQ(other.checkFree(0), ErrorDeviceBusy);
   DaqCtrlBase_dispose(control);
-  std::remove(Path.c_str());
+  EXPECT_EQ(other.checkFree(0), Success);
+}
+
+// A process that lives long: each query is the first after a change of another process.
+TEST_F(HandleTest, EveryQuerySeesWhatOthersChanged) {
+  const int32_t seven = 7;
+  int32_t group = 300, count = 1, child = 0;
+  const std::function<bool()> queries[] = {
+      [] { return Array_getLength(DeviceCtrl_getInstalledDevices()) == 8; },
+      [&] { return CvxIsFusionDevice(group) == Success; },
+      [&] { return CvxFusionDeviceCheckChildren(group, 1, &seven) == Success; },
+      [&] { return CvxFusionDeviceGetChildren(group, &count, &child) == Success && child == 6; },
+      [&] { return DeviceCtrl_getProductId(DeviceCtrl_Create(group, nullptr, AccessDevice)) == 0x2004; }};
+  EXPECT_EQ(Array_getLength(DeviceCtrl_getInstalledDevices()), 7);
+  for (const auto& sees : queries) {
+    changeElsewhere({{6, "fusion", ++group}});
+    EXPECT_TRUE(sees()) << group;
+  }
+  DeviceCtrl* const gone = DeviceCtrl_Create(group, nullptr, AccessDevice);
+  wchar_t text[64];
+  EXPECT_EQ(DeviceCtrl_getLocation(gone, 64, text), 0xE0000001);
+  changeElsewhere({{6, "fusion", -1}});
+  EXPECT_EQ(CvxIsFusionDevice(group), 0xE0000001);
+  EXPECT_EQ(DeviceCtrl_getDescription(gone, 64, text), 0xE0000002);
+  EXPECT_EQ(DeviceCtrl_setDescription(gone, 1, L"x"), 0xE0000002);
+  EXPECT_EQ(DeviceCtrl_getProductId(gone) + DeviceCtrl_getBoardId(gone), 0);
+}
+
+TEST_F(HandleTest, RulesForGroups) {
+  changeElsewhere({{0, "description", "Fusion device 256"}, {4, "description", "Four"}, {6, "fusion", 4}});
+  void* const fourth = Array_getItem(DeviceCtrl_getInstalledDevices(), 4);
+  EXPECT_STREQ(static_cast<InstalledDeviceNode*>(fourth)->Description, L"Four");
+  const int32_t list[] = {7, 6, 7};
+  int32_t made = 0, room = 0;
+  EXPECT_EQ(CvxFusionDeviceGetChildren(4, &room, nullptr), 0xE0000003);
+  EXPECT_EQ(CvxFusionDeviceRemoveChildren(4, 1, list), 0xE0000003);
+  EXPECT_EQ(CvxFusionDeviceCreate(2, list, &made), ErrorCannotFuse) << "one has a group";
+  EXPECT_EQ(CvxFusionDeviceRemoveChildren(4, 1, list + 1), Success);
+  EXPECT_EQ(CvxFusionDeviceCreate(3, list, &made), ErrorCannotFuse) << "one stands twice";
+  EXPECT_EQ(CvxFusionDeviceCreate(2, nullptr, &made), ErrorCannotFuse);
+  EXPECT_EQ(other.hold(7), Success);
+  EXPECT_EQ(CvxFusionDeviceCreate(2, list, &made), ErrorCannotFuse);
+  other.release(7);
+  EXPECT_EQ(CvxFusionDeviceCreate(2, list, &made), Success);
+  EXPECT_EQ(made, 256);
+  wchar_t text[19];
+  EXPECT_EQ(DeviceCtrl_getDescription(DeviceCtrl_Create(256, nullptr, AccessDevice), 19, text), Success);
+  EXPECT_STREQ(text, L"Fusion device 256'");
 }
 
 ErrorCode rename(simulator::Simulation& simulation, int32_t number, const std::string& text) {
@@ -136,23 +209,36 @@ TEST(StateTest, OthersAreSeenNeverUndoneAndHeldOff) {
   EXPECT_EQ(two.description(1), "QA-1808,BID#1");
   EXPECT_EQ(rename(two, 1, "second"), Success);
   EXPECT_EQ(two.findDescription("first"), 0);
+  EXPECT_EQ(two.findDescription("second"), 1);
+  EXPECT_EQ(two.findDescription("QA-1808,BID#1"), -1);
   one.refresh();
   EXPECT_EQ(one.description(1), "second");
   EXPECT_EQ(one.findDescription("QA-1808,BID#1"), -1);
   const auto fail = [](std::vector<simulator::StateChange>&) -> ErrorCode { throw simulator::StateError("full"); };
   EXPECT_EQ(one.change(fail), simulator::ErrorNotKept);
   EXPECT_EQ(rename(two, 1, "third"), Success);
-  const int input = dup(0);
-  close(0);
-  simulator::StateFile file({Path, false});
-  EXPECT_TRUE(file.hold(5));
-  EXPECT_EQ(fcntl(0, F_GETFD), -1) << "what a tool prints could end up in the state";
-  dup2(input, 0);
-  EXPECT_EQ(one.hold(6), Success);
-  EXPECT_EQ(two.hold(6), ErrorDeviceBusy);
-  EXPECT_EQ(two.hold(7), Success);
-  one.release(6);
-  EXPECT_EQ(two.checkFree(6), Success);
+  for (const int standard : {0, 1, 2}) {
+    const int copy = dup(standard);
+    close(standard);
+    simulator::StateFile file({Path, false});
+    EXPECT_TRUE(file.hold(5));
+    const bool isFree = fcntl(standard, F_GETFD) == -1;
+    dup2(copy, standard);
+    EXPECT_TRUE(isFree) << "what a tool prints could end up in the state";
+  }
+  // Nowhere near the bytes that SQLite locks.
+  constexpr int32_t Device = 0x40000001;
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(one.hold(Device), Success);
+    EXPECT_EQ(one.hold(Device), Success);
+    EXPECT_EQ(two.hold(Device), ErrorDeviceBusy);
+    EXPECT_EQ(two.hold(Device + 1), Success);
+    one.release(Device);
+    EXPECT_EQ(two.checkFree(Device), ErrorDeviceBusy);
+    one.release(Device);
+    EXPECT_EQ(two.checkFree(Device), Success);
+  }
+  EXPECT_EQ(simulator::StateFile({"plain", false}).resolvedPath(), std::filesystem::current_path() / "plain");
   std::remove(Path.c_str());
 }
 
@@ -163,9 +249,10 @@ TEST(StateTest, NothingIsObeyedThatWasNotWrittenForThisRig) {
            "DROP TABLE change; CREATE VIEW change AS WITH RECURSIVE r(device) AS (SELECT 0 UNION ALL SELECT"
            " device FROM r) SELECT device, 'board id' AS item, 1 AS value FROM r",
            row + "(0, 'location', 'x')", row + "(0, 'board id', 'x')", row + "(9, 'board id', 1)",
-           row + "(0, 'fusion', 1)", row + "(0, 'fusion', 4294967296)", row + "(2, 'firmware 0', 1)",
-           row + "(0, 'firmware 2', 1)", row + "(0, 'calibration 0.0.1', 1)", row + "(1, 'description', 5)",
-           row + "(1, 'description', x'ff')"}) {
+           row + "(9, 'description', 'x')", row + "(9, 'fusion', 300)", row + "(9, 'firmware 0', 1)",
+           "UPDATE change SET device = 9, item = 'description', value = 'x'", row + "(0, 'fusion', 1)",
+           row + "(0, 'fusion', 4294967296)", row + "(2, 'firmware 0', 1)", row + "(0, 'firmware 2', 1)",
+           row + "(0, 'calibration 0.0.1', 1)", row + "(1, 'description', 5)", row + "(1, 'description', x'ff')"}) {
     std::remove(Path.c_str());
     simulator::Simulation writer("", {Path, false});
     rename(writer, 0, "first");

@@ -51,6 +51,7 @@ expect 0 '0,Board' --rig rig.json sh -c 'cd / && qutil'
 expect 0 'DLL version: 1.0-sim' qutil /dn:0
 expect 0 'DLL version: 1.0-sim' -- "$prefix/bin/qutil" /dn:0
 expect 7 - sh -c 'exit 7'
+expect 0 - --faults 'CvxIsFusionDevice=0' true
 expect 0 '\[--rig] \[--] \[--help]' --state s -- printf '[%s] [%s] [%s]\n' --rig -- --help
 expect 127 'velq-sim: -x: No such file or directory' -- -x
 expect 127 'velq-sim: -x: No such file or directory' --state s -- -x
@@ -82,6 +83,9 @@ expect 0 'Device description has changed from Board to New' --rig rig.json qutil
 expect 0 '0,New' --rig rig.json qutil
 expect 0 - --rig rig.json --reset
 expect 0 - --rig rig.json --reset
+touch empty empty-journal
+expect 0 - --state empty --reset
+[ -e empty ] || [ -e empty-journal ] && echo "not deleted" && failures=1
 expect 0 'Device description has changed from QA-1808,BID#1 to Old' --state=mine qutil /dn:1 -cd:Old
 expect 0 '1,QA-1808,BID#1' --state mine --reset qutil
 expect 1 'velq-sim: .*/rig.json: is no state of the simulator, so it is not deleted' --state rig.json --reset
