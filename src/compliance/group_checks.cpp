@@ -1,5 +1,6 @@
 // Making, extending and dissolving a fusion device.
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <utility>
@@ -33,7 +34,7 @@ class Groups {
   void tryRefusals(int32_t number, const Children& children);
   void tryExtension(int32_t number, const Children& children);
   void tryRename(int32_t number);
-  void remove(int32_t number, Children present, const Children& gone);
+  void remove(int32_t number, const Children& present, const Children& gone);
   void examine(int32_t number, const Children& children);
 
   const Bench& bench_;
@@ -149,12 +150,14 @@ void Groups::tryRename(int32_t number) {
                    "is not described " + show(wanted) + " after a change with status " + show(status), placeOf(number));
 }
 
-void Groups::remove(int32_t number, Children present, const Children& gone) {
+void Groups::remove(int32_t number, const Children& present, const Children& gone) {
   const std::string where = placeOf(number);
   const ErrorCode status = CvxFusionDeviceRemoveChildren(number, countOf(gone), gone.data());
   findings_.expect(status == Success, "does not let " + show(gone) + " go, status " + show(status), where);
-  std::erase_if(present, [&](int32_t child) { return std::count(gone.begin(), gone.end(), child) > 0; });
-  if (!present.empty()) return expectGroup(number, present, "letting " + show(gone) + " go");
+  Children left;
+  std::copy_if(present.begin(), present.end(), std::back_inserter(left),
+               [&](int32_t child) { return std::count(gone.begin(), gone.end(), child) == 0; });
+  if (!left.empty()) return expectGroup(number, left, "letting " + show(gone) + " go");
   findings_.expect(CvxIsFusionDevice(number) != Success, "is a fusion device without its last child", where);
   findings_.expect(openDevice(number, nullptr) == nullptr, "can be opened without its last child", where);
   const std::string difference = firstDifference(before_, takeSnapshot());
@@ -173,7 +176,8 @@ void Groups::examine(int32_t number, const Children& children) {
   tryRename(number);
   if (children.size() > 1) {
     remove(number, children, {children.front()});
-    remove(number, {children.begin() + 1, children.end()}, {children.begin() + 1, children.end()});
+    const Children others{children.begin() + 1, children.end()};
+    remove(number, others, others);
   } else {
     remove(number, children, children);
   }
