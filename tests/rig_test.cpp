@@ -46,7 +46,6 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
       {device("}, {\"number\": 1, \"description\": \"F\""),
        "/devices/2/number: expected another number than that of /devices/0"},
       {device(", \"product_id\": -1"), "/devices/1/product_id: expected a number from 0 to 2147483647"},
-      {device(", \"interrupts\": [1, 99999999999999999999]"), "/devices/1/interrupts/1: expected a number"},
       {device(", \"location\": \"a\\u0000\""), "/devices/1/location: expected a text without the character U+0000"},
       {device(", \"location\": \"" + std::string(10'000'000, 'x') + "\""),
        "/devices/1/location: expected a text of at most 1000 characters"},
@@ -84,7 +83,6 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
   for (size_t brace = full.find('{'); brace != std::string::npos; brace = full.find('{', brace + 1))
     EXPECT_NE(problemOf(std::string(full).insert(brace + 1, "\"x\": 1, ")).find("/x: unknown key; expected one of "),
               std::string::npos);
-  EXPECT_EQ(problemOf("\xEF\xBB\xBF" + device("")), "none");
   EXPECT_THROW(readRigFile("/"), RigError);
   EXPECT_THROW(readRigFile("/dev/zero"), RigError);
 }

@@ -41,6 +41,8 @@ expect 2 'velq-sim: reset was given a disallowed flag override; see velq-sim --h
 expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json qutil
 expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json --reset
 
+expect 0 '  --reset       forget what commands have changed; needs no COMMAND' --help
+
 # Rigs
 expect 0 'rig.json: good, number of devices: 1' --check rig.json
 expect 1 'velq-sim: bad.json: /devices/0: expected the key "description"' --check bad.json
@@ -49,7 +51,6 @@ expect 0 '0,Board' --rig rig.json sh -c 'cd / && qutil'
 
 # The command, its exit status, and what it finds
 expect 0 'DLL version: 1.0-sim' qutil /dn:0
-expect 0 'DLL version: 1.0-sim' -- "$prefix/bin/qutil" /dn:0
 expect 7 - sh -c 'exit 7'
 expect 0 - --faults 'CvxIsFusionDevice=0' true
 expect 0 '\[--rig] \[--] \[--help]' --state s -- printf '[%s] [%s] [%s]\n' --rig -- --help
