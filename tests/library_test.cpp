@@ -12,6 +12,10 @@ TEST_F(LibraryTest, SameExecutableOnAnotherLibrary) {
             "Detail information of device 0 (Minimal board)\nDevice Number: 0\nDescription: Minimal board\n"
             "ProductID:0x100\nBoard ID: 0\nDriver version: N/A\nDLL version: 1.0-min\nBoard version: N/A\n"
             "Location: N/A\nBase address: 0xd000\nInterrupt: N/A\n");
+  // This library uses its addresses again, which get a new name in the trace each time.
+  const std::string name = "Minimal board", opened = "DeviceCtrl_Create(-1, \"Minimal board\", 1) = DeviceCtrl#";
+  EXPECT_EQ(runWith({.arguments = {"/dd:R", "-fusion", name, name}, .library = MINIMAL_LIBRARY_DIR}).calls({opened}),
+            opened + "1\n" + opened + "2\n");
   EXPECT_NE(run({"/dn:0"}).output.find("DLL version: 1.0-sim\n"), std::string::npos);
 }
 

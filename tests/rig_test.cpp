@@ -67,7 +67,6 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
       {device(", \"board_id\": 16"), "/devices/1/board_id: expected a number from 0 to 15"},
       {device(", \"a\\nb/c~d\\u007f\\u009b\": 1"), "/devices/1/a\nb~1c~0d\x7F\u009B: unknown key"},
       {R"({"$schema": "rig.schema.json", "devices": []})", "none"},
-      {R"({"$schema": 1, "devices": []})", "/$schema: expected a text"},
       {device(", \"product_id\": \"0x7fffffff\", \"base_addresses\": [\"0xffffffffffffffff\"], \"interrupts\": [-1]"),
        "none"},
   };
@@ -91,8 +90,6 @@ TEST(RigTest, DevicesAreOrderedAndTheBuiltInRigIsGood) {
   const Rig rig = readBuiltInRig();
   ASSERT_GE(rig.devices.size(), 7U);
   for (size_t i = 1; i < rig.devices.size(); ++i) EXPECT_LT(rig.devices[i - 1].number, rig.devices[i].number);
-  EXPECT_EQ(rig.find(4), nullptr);
-  EXPECT_EQ(rig.find(5)->description, "QE-7024 Node 3");
 }
 
 }  // namespace
