@@ -16,6 +16,7 @@ TEST_F(LibraryTest, SameExecutableOnAnotherLibrary) {
   const std::string name = "Minimal board", opened = "DeviceCtrl_Create(-1, \"Minimal board\", 1) = DeviceCtrl#";
   EXPECT_EQ(runWith({.arguments = {"/dd:R", "-fusion", name, name}, .library = MINIMAL_LIBRARY_DIR}).calls({opened}),
             opened + "1\n" + opened + "2\n");
+  EXPECT_NE(run({"/dn:0", "-cali:ai.auto"}).calls().find("Item_getState(CalibrationItem#1,"), std::string::npos);
   EXPECT_NE(run({"/dn:0"}).output.find("DLL version: 1.0-sim\n"), std::string::npos);
 }
 

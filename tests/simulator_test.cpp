@@ -115,6 +115,14 @@ TEST_F(SimulatorTest, GroupsLeaveNothingBehind) {
   EXPECT_TRUE(listed.output.ends_with("0,B\n1,A\n2,Plain\n")) << listed.output;
 }
 
+TEST_F(SimulatorTest, ProgressThatEndsBelow100IsNeverDone) {
+  useRig(R"({"devices": [{"number": 0, "description": "D", "firmware": [
+    {"description": "C", "version": 1, "progress": [0, 99]}]}]})");
+  const Outcome ended = runLine("FirmwareItem_getProgress#5=100 /dn:0 -fwo:" + firmware("f", "0x0000", "0x0002"));
+  EXPECT_NE(ended.output.find("100%\nFirmware Download OK."), std::string::npos);
+  EXPECT_NE(run({"/dn:0", "-fw"}).output.find("version:0.01\n"), std::string::npos);
+}
+
 TEST_F(SimulatorTest, RulesForDescriptionsAndIds) {
   const auto outputOf = [&](const char* device, const std::string& option) { return run({device, option}).output; };
   EXPECT_EQ(outputOf("/dn:0", "-cd:QD-0096,BID#2").find("Failed"), 0U);

@@ -184,9 +184,9 @@ TEST_F(HandleTest, RulesForGroups) {
   other.release(7);
   EXPECT_EQ(CvxFusionDeviceCreate(2, list, &made), Success);
   EXPECT_EQ(made, 256);
-  wchar_t text[19];
-  EXPECT_EQ(DeviceCtrl_getDescription(DeviceCtrl_Create(256, nullptr, AccessDevice), 19, text), Success);
-  EXPECT_STREQ(text, L"Fusion device 256'");
+  wchar_t text[18];
+  EXPECT_EQ(DeviceCtrl_getDescription(DeviceCtrl_Create(256, nullptr, AccessDevice), 18, text), 0xA0000001);
+  EXPECT_STREQ(text, L"Fusion device 256") << "and a mark more, for the other device's sake";
 }
 
 ErrorCode rename(simulator::Simulation& simulation, int32_t number, const std::string& text) {
