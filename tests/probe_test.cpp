@@ -49,7 +49,6 @@ TEST_F(ProbeTest, BadFaultsStopTheRun) {
   for (const auto& [faults, expected] : cases) {
     const Outcome outcome = runWith({.arguments = {}, .faults = faults, .expectsErrors = true});
     EXPECT_EQ(outcome.signal, SIGABRT) << faults;
-    EXPECT_EQ(outcome.output, "");
     EXPECT_TRUE(outcome.errors.starts_with("velq-probe: VELQ_FAULTS: \"")) << outcome.errors;
     EXPECT_EQ(runWith({.arguments = {"/?"}, .faults = faults, .expectsErrors = true}).signal, SIGABRT);
     EXPECT_TRUE(outcome.errors.ends_with(std::string("\": expected ") + expected + "\n")) << outcome.errors;

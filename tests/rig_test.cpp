@@ -39,8 +39,6 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
       {"{\n \"devices\": [}", "line 2, column 14: syntax error"},
       {device(", \"location\": \"\xED\xA0\x80\""), "line 1, column 97: syntax error"},
       {"[]", "the document: expected an object"},
-      {"{}", "the document: expected the key \"devices\""},
-      {"{\"devices\": 3}", "/devices: expected a list"},
       {"{\"devices\": " + deep, "/devices/0/0/0/0/0/0/0/0/0: expected at most 10 levels"},
       {device(", \"number\": 2"), "/devices/1/number: the key stands twice"},
       {device("}, {\"number\": 1, \"description\": \"F\""),

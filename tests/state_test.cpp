@@ -157,6 +157,10 @@ TEST_F(HandleTest, EveryQuerySeesWhatOthersChanged) {
     changeElsewhere({{6, "fusion", ++group}});
     EXPECT_TRUE(sees()) << group;
   }
+  for (const int32_t bare : {2, group}) {
+    EXPECT_EQ(CalibrationCtrl_getSolutions(static_cast<CalibrationCtrl*>(bind(ScenarioCalibration, bare))), nullptr);
+    EXPECT_EQ(FirmwareCtrls_getFirmwares(static_cast<FirmwareCtrls*>(bind(ScenarioFirmware, bare))), nullptr);
+  }
   DeviceCtrl* const gone = DeviceCtrl_Create(group, nullptr, AccessDevice);
   wchar_t text[64];
   EXPECT_EQ(DeviceCtrl_getLocation(gone, 64, text), 0xE0000001);
