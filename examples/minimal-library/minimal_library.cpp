@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>
+#include <list>
 #include <string>
 
 using namespace Automation::Velq;
@@ -105,6 +106,7 @@ struct Control {
   List items{{this}};
 };
 
+std::list<Control> controls;  // a tool may leave some of them to the end of the process
 Control& controlOf(Handle* handle) { return objectOf<Control>(handle); }
 
 ErrorCode setSelectedDevice(DaqCtrlBase* control, const DeviceInformation* device) {
@@ -122,8 +124,8 @@ ErrorCode getSelectedDevice(DaqCtrlBase* control, DeviceInformation* device) {
 Array* itemsOf(auto* control) { return controlOf(control).isBound ? controlOf(control).items.handle() : nullptr; }
 
 void offerControls(ObjectTable& table) {
-  table.DaqCtrlBase_Create = [](Scenario) { return handleOf<DaqCtrlBase>(*new Control); };
-  table.DaqCtrlBase_dispose = [](DaqCtrlBase* control) { delete &controlOf(control); };
+  table.DaqCtrlBase_Create = [](Scenario) { return handleOf<DaqCtrlBase>(controls.emplace_back()); };
+  table.DaqCtrlBase_dispose = [](auto* gone) { controls.remove_if([&](auto& c) { return &c == &controlOf(gone); }); };
   table.DaqCtrlBase_setSelectedDevice = setSelectedDevice;
   table.DaqCtrlBase_getSelectedDevice = getSelectedDevice;
   table.DaqCtrlBase_getDevice = [](DaqCtrlBase* control) {
@@ -177,9 +179,7 @@ void offerSolution(ObjectTable& table) {
   table.CalibrationSolution_getDescription = [](auto*) { return L"Analog input auto calibration"; };
   table.CalibrationSolution_getInstruction = [](auto*) { return L"Let the board warm up."; };
   table.CalibrationSolution_getSections = itemsOf<CalibrationSolution>;
-  table.CalibrationSolution_updateAsCurrent = [](auto*) {
-    return changeBoard([](Board& board) { board.gain = NewGain; });
-  };
+  table.CalibrationSolution_updateAsCurrent = [](auto*) { return changeBoard([](Board& b) { b.gain = NewGain; }); };
   table.CalibrationSection_getDescription = [](auto*) { return L"Gain"; };
   table.CalibrationSection_getInstruction = [](auto*) { return L"Connect 5 V to analog input 0."; };
   table.CalibrationSection_start = [](CalibrationSection* section) {
