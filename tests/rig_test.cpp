@@ -65,6 +65,8 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
       {device(", \"board_id\": 16"), "/devices/1/board_id: expected a number from 0 to 15"},
       {device(", \"a\\nb/c~d\\u007f\\u009b\": 1"), "/devices/1/a\nb~1c~0d\x7F\u009B: unknown key"},
       {R"({"$schema": "rig.schema.json", "devices": []})", "none"},
+      {R"({"$schema": 1, "devices": []})", "/$schema: expected a text"},
+      {R"({"devices": 3})", "/devices: expected a list"},
       {device(", \"product_id\": \"0x7fffffff\", \"base_addresses\": [\"0xffffffffffffffff\"], \"interrupts\": [-1]"),
        "none"},
   };

@@ -75,7 +75,6 @@ TEST_F(HandleTest, MisuseIsOneLineAndAnAbort) {
   EXPECT_DEATH(FirmwareItem_getVersion(chip), "FirmwareItem_getVersion: handle that was disposed of\n$");
 }
 
-// The progress stays at the end of its list.
 TEST_F(HandleTest, OverwriteNeedsFileNoticeAndPasswordAndHoldsUntilItsControlGoes) {
   const std::string file = Path + ".dfu", make = "(echo >" + file + "; dfu-suffix -p 0x7024 -d 0x300 -a " + file;
   ASSERT_EQ(std::system((make + ") >/dev/null 2>&1").c_str()), 0);
@@ -226,8 +225,7 @@ TEST(StateTest, OthersAreSeenNeverUndoneAndHeldOff) {
     dup2(copy, standard);
     EXPECT_TRUE(isFree) << "what a tool prints could end up in the state";
   }
-  // Nowhere near the bytes that SQLite locks.
-  constexpr int32_t Device = 0x40000001;
+  constexpr int32_t Device = 0x40000001;  // the number of a byte that SQLite locks
   for (int round = 0; round < 2; ++round) {
     EXPECT_EQ(one.hold(Device), Success);
     EXPECT_EQ(one.hold(Device), Success);
