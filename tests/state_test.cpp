@@ -170,24 +170,25 @@ TEST_F(HandleTest, EveryQuerySeesWhatOthersChanged) {
 }
 
 TEST_F(HandleTest, RulesForGroups) {
-  changeElsewhere({{0, "description", "Fusion device 256"}, {4, "description", "Four"}, {6, "fusion", 4}});
+  changeElsewhere(
+      {{0, "description", "Fusion device 256"}, {4, "description", "F"}, {6, "fusion", 4}, {7, "board id", 9}});
   void* const fourth = Array_getItem(DeviceCtrl_getInstalledDevices(), 4);
-  EXPECT_STREQ(static_cast<InstalledDeviceNode*>(fourth)->Description, L"Four");
+  EXPECT_STREQ(static_cast<InstalledDeviceNode*>(fourth)->Description, L"F");
   const int32_t list[] = {7, 6, 7};
   int32_t made = 0, room = 0;
   EXPECT_EQ(CvxFusionDeviceGetChildren(4, &room, nullptr), 0xE0000003);
   EXPECT_EQ(CvxFusionDeviceRemoveChildren(4, 1, list), 0xE0000003);
   EXPECT_EQ(CvxFusionDeviceCreate(2, list, &made), ErrorCannotFuse) << "one has a group";
   EXPECT_EQ(CvxFusionDeviceRemoveChildren(4, 1, list + 1), Success);
+  EXPECT_EQ(DeviceCtrl_getBoardId(DeviceCtrl_Create(7, nullptr, AccessDevice)), 9) << "undone with the group";
   EXPECT_EQ(CvxFusionDeviceCreate(3, list, &made), ErrorCannotFuse) << "one stands twice";
   EXPECT_EQ(CvxFusionDeviceCreate(2, nullptr, &made), ErrorCannotFuse);
   EXPECT_EQ(other.hold(7), Success);
   EXPECT_EQ(CvxFusionDeviceCreate(2, list, &made), ErrorCannotFuse);
   other.release(7);
   EXPECT_EQ(CvxFusionDeviceCreate(2, list, &made), Success);
-  EXPECT_EQ(made, 256);
   wchar_t text[18];
-  EXPECT_EQ(DeviceCtrl_getDescription(DeviceCtrl_Create(256, nullptr, AccessDevice), 18, text), 0xA0000001);
+  EXPECT_EQ(DeviceCtrl_getDescription(DeviceCtrl_Create(made, nullptr, AccessDevice), 18, text), 0xA0000001);
   EXPECT_STREQ(text, L"Fusion device 256") << "and a mark more, for the other device's sake";
 }
 
