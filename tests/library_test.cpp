@@ -6,7 +6,7 @@ namespace {
 using LibraryTest = ToolTest;
 
 TEST_F(LibraryTest, SameExecutableOnAnotherLibrary) {
-  environment = {{"MINIMAL_BOARD", "/nonexistent/board"}, {"LSAN_OPTIONS", "detect_leaks=0"}};
+  environment = {{"MINIMAL_BOARD", "/nonexistent/board"}};
   const Outcome outcome = runWith({.arguments = {"/dn:0"}, .library = MINIMAL_LIBRARY_DIR});
   EXPECT_EQ(outcome.output,
             "Detail information of device 0 (Minimal board)\nDevice Number: 0\nDescription: Minimal board\n"

@@ -6,13 +6,13 @@ namespace probe {
 
 std::string HandleNames::nameOf(const void* handle, const char* kind) {
   if (handle == nullptr) return "null";
-  const auto known = names_.find(handle);
-  if (known == names_.end() || known->second.kind != kind) names_[handle] = {kind, ++counts_[kind]};
-  return std::string(kind) + "#" + std::to_string(names_[handle].number);
+  int& number = numbers_[handle][kind];
+  if (number == 0) number = ++counts_[kind];
+  return std::string(kind) + "#" + std::to_string(number);
 }
 
 void HandleNames::forget(const void* handle) {
-  names_.erase(handle);
+  numbers_.erase(handle);
   std::vector<const void*> owned;
   for (const auto& [child, owner] : owners_) {
     if (owner == handle) owned.push_back(child);

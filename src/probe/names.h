@@ -39,11 +39,7 @@ class HandleNames {
   void forget(const void* handle);
 
  private:
-  struct Name {
-    std::string kind;
-    int number;
-  };
-  std::unordered_map<const void*, Name> names_;
+  std::unordered_map<const void*, std::map<std::string, int>> numbers_;  ///< by kind: objects can share an address
   std::unordered_map<const void*, const void*> owners_;
   std::map<std::string, int> counts_;
 };
