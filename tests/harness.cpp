@@ -190,6 +190,7 @@ std::pair<Outcome, Outcome> ToolTest::runBeside(const std::vector<std::string>& 
     usleep(10'000);
     beside = runLine(meanwhile);
   }
+  EXPECT_NE(beside.calls().find(found), std::string::npos) << found;
   const Outcome last = runLine(after);
   kill(process, SIGKILL);
   waitpid(process, nullptr, 0);
