@@ -26,5 +26,5 @@ mmdebstrap --quiet --variant=minbase "$(. /etc/os-release && echo "$VERSION_CODE
 # shellcheck disable=SC2016
 unshare --mount sh -ec 'mount -t proc proc "$1/root/proc"
   exec autopkgtest --apt-upgrade "$1"/one/*.deb "$1/one/qutil" -- chroot "$1/root"' - "$work" >"$work/log" 2>&1 ||
-  fail "$(cat "$work/log")"
+  fail "$(tail -n 100 "$work/log")"
 sed -n '/^autopkgtest.*@@@ summary/,$p' "$work/log"
