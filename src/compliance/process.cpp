@@ -35,6 +35,8 @@ sigset_t childEnds() {
   const rlimit none{};
   setrlimit(RLIMIT_CORE, &none);
   sigprocmask(SIG_SETMASK, &signals, nullptr);
+  // Who started the checker may have ignored some, as shells do in the background; the library is not to be blamed.
+  for (const int signal : {SIGINT, SIGTERM, SIGPIPE}) std::signal(signal, SIG_DFL);
   const int input = open("/dev/null", O_RDONLY | O_CLOEXEC);
   dup2(input, STDIN_FILENO);
   dup2(output.descriptor(), STDOUT_FILENO);
