@@ -56,7 +56,7 @@ void reportFusionFirmware(const DeviceInformation& device) {
   printf("N/A,%S is a SW device.\n", description.data());
 }
 
-// The device stays open, deliberately, as what is opened for a report of a failure does elsewhere.
+// The device that is opened for the report stays open, deliberately.
 void reportUnboundFirmware(const DeviceInformation& device, ErrorCode status) {
   DeviceCtrl* const opened = DeviceCtrl_Create(device.DeviceNumber, device.Description, device.OpenMode);
   if (opened == nullptr) return;
