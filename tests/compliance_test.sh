@@ -34,7 +34,11 @@ expect 0 0 'ok   write-fusion: refused, not tried: fusion devices of two' \
 expect 0 0 "through $probe" env "LD_PRELOAD=$probe" "$checker" --timeout 60 "$simulator"
 expect 0 0 '29 ok, 0 failed, 4 not run, 0 refused' "$checker" --timeout 60 "$simulator"
 
-# On a fusion device as well; everything is put back.
+# On a fusion device as well; everything is put back. Five devices tell as much as eight, in a third of the time.
+export VELQ_RIG="$work/rig"
+python3 -c 'import json, sys
+print(json.dumps({"devices": [device for device in json.load(sys.stdin)["devices"] if device["number"] in (0, 2, 6, 7)]}))
+' <"$(dirname "$0")/../src/simulator/builtin_rig.json" >"$VELQ_RIG"
 "$qutil" /dd:Pair -fusion QS-2004,BID#0 QS-2004,BID#1 >"$work/fused"
 cp "$VELQ_STATE" "$work/fused"
 "$qutil" '/dd:*' >"$work/before"
@@ -49,7 +53,7 @@ while IFS='|' read -r fault line; do
     *Create=* | *RemoveChildren=*) rm "$VELQ_STATE" ;;
   esac
   limit=60
-  [ "$fault" != hang ] || limit=2
+  [ "$fault" != hang ] || limit=1
   case $fault in
     *=*)
       expect 1 1 "FAIL $line" env "VELQ_FAULTS=$fault" "LD_PRELOAD=$probe" \
@@ -60,10 +64,10 @@ while IFS='|' read -r fault line; do
 done <<'END'
 DeviceCtrl_getInstalledDevices=null|device-list: null, list of installed devices
 Array_getLength=-1|device-list: length -1, list of installed devices
-Array_getLength#2=9|device-list: length 8, and 9 when asked again, list of installed devices
-Array_getItem#5=null|device-list: element 4 of 8 is null, list of installed devices
-DeviceCtrl_Create#3=null|open-listed: cannot be opened by its description, device "QD-0096,BID#2"
-DeviceCtrl_getDeviceNumber=7|open-listed: has the number 7 of device "QA-3216,BID#0", device "QA-1808,BID#1" (and 6
+Array_getLength#2=9|device-list: length 5, and 9 when asked again, list of installed devices
+Array_getItem#5=null|device-list: element 4 of 5 is null, list of installed devices
+DeviceCtrl_Create#3=null|open-listed: cannot be opened by its description, device "QS-2004,BID#0"
+DeviceCtrl_getDeviceNumber=7|open-listed: has the number 7 of device "QA-3216,BID#0", device "QD-0096,BID#2" (and 3
 DeviceCtrl_getDescription=0|text-description: no terminator, status 0x00000000, device "QA-3216,BID#0", capacity 1024
 DeviceCtrl_getLocation#10=0xE0000001|text-location: status 0xe0000001, but 0x00000000 at capacity 1024, device "QA-3216
 DeviceCtrl_getInterrupts#2=null|array-interrupts: once null and once not, device "QA-3216,BID#0"
@@ -77,7 +81,7 @@ FirmwareItem_getVersion#2=null|firmware: version is another when asked for again
 FirmwareItem_loadFile=0|firmware: status 0x00000000 for a firmware file that does not exist
 CalibrationItem_getName=null|calibration: name is null, device "QA-3216,BID#0", solution 0, section 0, item 0
 CalibrationItem_getState=2|calibration: runs although its section was not started, device "QA-3216,BID#0", solution 0
-DeviceCtrl_getBoardId#40=9|devices-side-by-side: device 
+DeviceCtrl_getBoardId#15=9|devices-side-by-side: device 
 DeviceCtrl_setDescription#2=0|write-description: device 0: description is "QA-3216,BID#0", not "velq-compliance 1", afte
 DeviceCtrl_setBoardId#3=0|write-board-id: device 0: board id is 0, not 1, after a change of the board id to 1 with stat
 CvxFusionDeviceCreate=0xE0000001|write-fusion: is refused with status 0xe0000001, after which tools go on with device 0
@@ -90,7 +94,7 @@ quick exit|first-look: ends the process with status 0 during DeviceCtrl_getProdu
 signal|first-look: ends the process with SIGSEGV during DeviceCtrl_getProductId
 stack|first-look: ends the process with SIGSEGV during DeviceCtrl_getProductId
 throw|first-look: lets an exception out during DeviceCtrl_getProductId: std::runtime_error: no board
-hang|first-look: is not done within 2 s, during DeviceCtrl_getProductId
+hang|first-look: is not done within 1 s, during DeviceCtrl_getProductId
 print|process-left-alone: writes to standard output, which is the tool's, during DeviceCtrl_getProductId
 locale|process-left-alone: sets the locale to C.UTF-8, which is the tool's to choose, during DeviceCtrl_getProductId
 folder|process-left-alone: changes the working folder, which is the user's, during DeviceCtrl_getProductId

@@ -1,4 +1,5 @@
-"""Writes the measured figures into docs/performance.md and docs/performance.svg."""
+"""Writes the measured figures into docs/performance.md, in place of the same system's, and their plot beside it."""
+import datetime
 import os
 import platform
 import subprocess
@@ -7,8 +8,9 @@ from growth import COUNTS, per_device
 from measure import ROOT
 
 PAGE = ROOT / "docs/performance.md"
-PLOT = ROOT / "docs/performance.svg"
-BEGIN, END = "<!-- measured by script/bench -->\n", "<!-- end of what script/bench measured -->\n"
+SYSTEM = "{ID} {VERSION_ID}".format(**platform.freedesktop_os_release()).capitalize()
+PLOT = PAGE.with_name(f"performance-{SYSTEM.replace(' ', '-').lower()}.svg")
+BEGIN, END = f"<!-- measured by script/bench on {SYSTEM} -->\n", "<!-- end of what script/bench measured -->\n"
 
 GNUPLOT = """set terminal svg size 760,420 font 'sans,12' background 'white'
 set output '{plot}'
@@ -100,17 +102,19 @@ def processor():
 def write(startup, growth, sizes, in_memory, on_disk, minutes):
     draw(growth)
     text = f"""
-All of this was measured in one run of {minutes:.0f} minutes, on {os.cpu_count()} processors ({processor()}), Linux {platform.release().split('-')[0]}.
+## {SYSTEM}
 
-## Targets
+Measured on {datetime.date.today()} in one run of {minutes:.0f} minutes, on {os.cpu_count()} processors ({processor()}), Linux {platform.release().split('-')[0]}.
+
+### Targets
 
 {targets_table(startup, growth, sizes, in_memory)}
-## One run
+### One run
 
 {startup_table(startup)}
-## Growth
+### Growth
 
-![Instructions a device over the number of devices](performance.svg)
+![Instructions a device over the number of devices]({PLOT.name})
 
 {growth_table(growth, sizes)}
 | renaming | ms | as many bare transactions, ms | ratio |
@@ -119,5 +123,5 @@ All of this was measured in one run of {minutes:.0f} minutes, on {os.cpu_count()
 | 1,000 devices, state on a disk | {on_disk[0]:,.0f} | {on_disk[1]:,.0f} | {on_disk[0] / on_disk[1]:.2f} |
 
 """
-    page = PAGE.read_text()
-    PAGE.write_text(page.split(BEGIN)[0] + BEGIN + text + END + page.split(END)[1])
+    before, _, others = PAGE.read_text().partition(BEGIN)
+    PAGE.write_text(before + BEGIN + text + END + others.partition(END)[2])
