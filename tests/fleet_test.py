@@ -25,10 +25,10 @@ with tempfile.TemporaryDirectory() as folder:
         {'devices': [{'number': number, 'description': text} for number, text in zip([0, 2, 4, 7], KEPT)]}))
 
     def host(name, match, text, faults):
-        program = work / name
-        program.write_text(f'#!/bin/sh\nexport VELQ_FAULTS={faults} LD_PRELOAD={probe if faults else ""}\n{qutil} "$@"\n')
-        program.chmod(0o755)
-        return {'qutil_match': match, 'qutil_text': text, 'qutil_program': str(program),
+        script = work / name
+        script.write_text(f'#!/bin/sh\nexport VELQ_FAULTS={faults} LD_PRELOAD={probe if faults else ""}\n{qutil} "$@"\n')
+        script.chmod(0o755)
+        return {'qutil_match': match, 'qutil_text': text, 'qutil_program': str(script),
                 'qutil_environment': {'VELQ_RIG': f'{work}/rig.json', 'VELQ_STATE': f'{work}/{name}.state'}}
 
     (work / 'hosts.json').write_text(json.dumps({'all': {
