@@ -26,7 +26,7 @@ with tempfile.TemporaryDirectory() as folder:
 
     def host(name, match, text, faults):
         script = work / name
-        script.write_text(f'#!/bin/sh\nexport VELQ_FAULTS={faults} LD_PRELOAD={probe if faults else ""}\n{qutil} "$@"\n')
+        script.write_text(f'#!/bin/sh\nVELQ_FAULTS={faults} LD_PRELOAD={probe if faults else ""} exec {qutil} "$@"\n')
         script.chmod(0o755)
         return {'qutil_match': match, 'qutil_text': text, 'qutil_program': str(script),
                 'qutil_environment': {'VELQ_RIG': f'{work}/rig.json', 'VELQ_STATE': f'{work}/{name}.state'}}
