@@ -18,7 +18,7 @@ class Failure(Exception):
 def build(packages):
     """Builds all that is measured, with those packages installed that script/setup has under this name."""
     subprocess.run([ROOT / "script/setup", packages], check=True)
-    subprocess.run([ROOT / "script/build", "release"], check=True)
+    subprocess.run([ROOT / "script/build", "release", "qutil", "minimal_library"], check=True)
     if not (FLOORS / "build.ninja").exists():
         subprocess.run(["cmake", "-S", ROOT / "bench", "-B", FLOORS, "-G", "Ninja"], check=True,
                        stdout=subprocess.DEVNULL)
