@@ -19,7 +19,7 @@ std::string show(const int32_t* values, int64_t count) {
   if (values == nullptr) return "null";
   std::string shown = "[";
   for (int64_t i = 0; i < std::min<int64_t>(count, MostFusionChildren); ++i)
-    shown += (i == 0 ? "" : ", ") + std::to_string(values[i]);
+    shown.append(i == 0 ? "" : ", ").append(std::to_string(values[i]));
   return shown + "]";
 }
 
@@ -27,7 +27,7 @@ std::string showCodes(const uint32_t* codes) {
   int32_t count = CalibrationCodeCount;
   while (count > 1 && codes[count - 1] == 0) --count;
   std::string shown = "[";
-  for (int32_t i = 0; i < count; ++i) shown += (i == 0 ? "" : ", ") + text::hexadecimal(codes[i]);
+  for (int32_t i = 0; i < count; ++i) shown.append(i == 0 ? "" : ", ").append(text::hexadecimal(codes[i]));
   return shown + "]";
 }
 
