@@ -93,7 +93,7 @@ exit|first-look: ends the process with status 0 during DeviceCtrl_getProductId
 quick exit|first-look: ends the process with status 0 during DeviceCtrl_getProductId
 signal|first-look: ends the process with SIGSEGV during DeviceCtrl_getProductId
 stack|first-look: ends the process with SIGSEGV during DeviceCtrl_getProductId
-throw|first-look: lets an exception out during DeviceCtrl_getProductId: std::runtime_error: no board
+throw|first-look: lets an exception out during DeviceCtrl_getProductId: std::runtime_error
 hang|first-look: is not done within 1 s, during DeviceCtrl_getProductId
 print|process-left-alone: writes to standard output, which is the tool's, during DeviceCtrl_getProductId
 locale|process-left-alone: sets the locale to C.UTF-8, which is the tool's to choose, during DeviceCtrl_getProductId

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "operations/elements.h"
+#include "operations/library_text.h"
 #include "qutil/console.h"
 
 using namespace Automation::Velq;
@@ -32,7 +33,7 @@ void showCode(uint32_t code, CalibrationState state) {
 }
 
 void showItem(const Elements<CalibrationItem>& items, int32_t index, ItemState& state) {
-  const std::wstring name = CalibrationItem_getName(items[index]);
+  const std::wstring name = nameFrom(CalibrationItem_getName(items[index]));
   bool first = true;
   CalibrationState outcome = CalibrationRunning;
   while (outcome == CalibrationRunning) {
@@ -79,9 +80,8 @@ bool runSolution(const Elements<CalibrationSolution>& solutions, int32_t index, 
   return true;
 }
 
-// The copy throws where the library gives no name.
 bool nameHolds(CalibrationSolution* solution, const wchar_t* text) {
-  return std::wstring(CalibrationSolution_getName(solution)).find(text) != std::wstring::npos;
+  return nameFrom(CalibrationSolution_getName(solution)).find(text) != std::wstring::npos;
 }
 
 void restoreBackup(const Elements<CalibrationSolution>& solutions, int32_t index, bool analogInput,

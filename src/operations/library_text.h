@@ -4,6 +4,8 @@
 #include <velq/velq.h>
 
 #include <array>
+#include <stdexcept>
+#include <string>
 
 /// Room for `Capacity` characters, zero filled, and for one more: it ends even where a library leaves out the
 /// terminator.
@@ -28,4 +30,11 @@ inline LibraryText descriptionOf(Automation::Velq::DeviceCtrl* device) {
   LibraryText text;
   Automation::Velq::DeviceCtrl_getDescription(device, LibraryText::capacity, text.data());
   return text;
+}
+
+/// A name as the library gives it. Throws std::logic_error where it gives none, which ends the run.
+inline std::wstring nameFrom(const wchar_t* name) {
+  // As GNU's string does; others would read it.
+  if (name == nullptr) throw std::logic_error("basic_string: construction from null is not valid");
+  return name;
 }
