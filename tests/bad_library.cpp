@@ -94,6 +94,15 @@ const std::map<std::string, void (*)(ObjectTable&)> Faults = {
      [](auto& table) {
        table.FirmwareCtrls_getFirmwares = [](auto* control) { return controlOf(control).items.handle(); };
      }},
+    {"rebinding",
+     [](auto& table) {
+       static wchar_t version[] = L"1.0";
+       table.DaqCtrlBase_setSelectedDevice = [](auto* control, auto* record) {
+         if (controlOf(control).isBound) version[0] = L'2';
+         return setSelectedDevice(control, record);
+       };
+       table.FirmwareItem_getVersion = [](auto*) -> const wchar_t* { return version; };
+     }},
     {"module index",
      [](auto& table) {
        table.DaqCtrlBase_getSelectedDevice = [](auto* control, auto* record) {

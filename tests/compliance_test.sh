@@ -106,6 +106,7 @@ reading changes|reads-change-nothing: device 0: description is "x", not "Minimal
 any device|open-unknown: opens a device that is not there, DeviceCtrl_Create(2147483647, null)
 one list|write-description: a list that was taken before the change reads otherwise, device "Minimal board"
 unbound chips|control-unbound: has chips or solutions although it is not bound, firmware control
+rebinding|returned-stays-when-bound-anew: firmware control bound to device 0
 module index|control-binding: module index is 1515870810 in the record, firmware control, device "Minimal board"
 codes|calibration: writes more than 15 codes, device "Minimal board", solution 0, section 0, item 0
 cuts a description|write-description: takes "xxxxxxxx
@@ -122,6 +123,7 @@ head -c 20000 "$minimal" >"$work/cut.so"
 expect 1 2 "FAIL one-export: $work/cut.so: has " "$checker" "$work/cut.so"
 expect 2 0 'velq-compliance: standard output: No space left on device' sh -c "'$checker' '$minimal' >/dev/full"
 expect 0 0 'Usage: velq-compliance [--write] [--timeout SECONDS] LIBRARY' "$checker" --help
+expect 0 0 'velq-compliance 1.0.0' "$checker" --version
 expect 2 0 'velq-compliance: no LIBRARY given; see velq-compliance --help' "$checker" --write
 expect 2 0 'velq-compliance: unknown option "--writes"; see velq-compliance --help' "$checker" --writes "$minimal"
 expect 2 0 'velq-compliance: --timeout: "0" is no number of seconds from 1 to 3600' "$checker" --timeout 0 "$minimal"
