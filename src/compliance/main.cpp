@@ -27,7 +27,7 @@ counts them. Each check runs in a process of its own, so that nothing that the
 library does ends the others.
 
   --write    also change descriptions, board ids and fusion groups, and put them
-             back; only when every check that is run before has passed
+             back; begun only when every check before them has passed
   --timeout SECONDS
              what a check may take, 10 unless given
   --help     show this text
