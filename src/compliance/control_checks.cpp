@@ -122,7 +122,8 @@ void checkBinding(const Bench&, Findings& findings) {
 
 // A control that is bound once more is the new device's, and one that this is refused to is nobody's.
 void checkBindingAnew(const Bench&, Findings& findings) {
-  const std::vector<int32_t> numbers = listedNumbers();
+  std::vector<int32_t> numbers = listedNumbers();
+  if (!numbers.empty()) numbers.push_back(numbers.front());  // where there is one device, too
   for (const Scenario scenario : Scenarios) {
     OpenControl control;
     for (const int32_t number : numbers) {

@@ -23,8 +23,6 @@ class Findings {
     if (report_.refusals++ == 0) report_.refusal.set(where);
   }
 
-  bool isEmpty() const { return report_.findings == 0; }
-
  private:
   Report& report_;
 };
