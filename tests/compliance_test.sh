@@ -36,7 +36,7 @@ print(json.dumps({"devices": devices + [devices[3] | {"number": 8, "description"
 ' <"$(dirname "$0")/../src/simulator/builtin_rig.json" >"$VELQ_RIG"
 
 # A minute for each check, which a busy machine may need, but for what hangs.
-expect 0 0 '33 ok, 0 failed, 0 not run, 0 refused' "$checker" --timeout 60 --write "$simulator"
+expect 0 0 '33 ok, 0 failed, 0 not run, 0 refused' "$checker" --timeout 3600 --write "$simulator"
 expect 0 0 'ok   write-fusion: refused, not tried: fusion devices of two' \
   env --ignore-signal=INT,PIPE "$checker" --timeout 60 --write "$minimal"
 expect 0 0 "through $probe" env VELQ_FAULTS=FirmwareItem_loadFile=0xE0000019 "LD_PRELOAD=$probe" \
@@ -82,6 +82,7 @@ Array_getLength#5=4|device-list: another length after its elements were asked fo
 Array_getItem#5=null|device-list: element 4 of 6 is null, list of installed devices
 DeviceCtrl_Create#3=null|open-listed: cannot be opened by its description, device "QS-2004,BID#0"
 DeviceCtrl_getDeviceNumber=7|+4 open-listed: has the number 7 of device "QA-3216,BID#0", device "QD-0096,BID#2"
+DeviceCtrl_getDeviceNumber#1=-1|open-listed: has the number -1, device "QA-3216,BID#0"
 DeviceCtrl_getDeviceNumber#2=5|open-by-description: is another with AccessFusion, device "QA-3216,BID#0"
 DeviceCtrl_getDescription=0|+1805 text-description: no terminator, status 0x00000000, device "QA-3216,BID#0", capacity
 DeviceCtrl_getLocation#10=0xE0000001|text-location: status 0xe0000001, but 0x00000000 at capacity 1024, device
@@ -95,9 +96,11 @@ CvxFusionDeviceCheckChildren#8=0|fusion-children: would take a child that is not
 CvxFusionDeviceGetChildren#11=0|+510 fusion-children: child -12345 cannot be opened, device "Pair"
 CvxFusionDeviceGetChildren#11=0xE0000001|fusion-children: children: status 0xe0000001, device "Pair"
 CvxFusionDeviceGetChildren#12=0|fusion-children: lists 2 children in the room for 1, device "Pair"
-DaqCtrlBase_setSelectedDevice=0|+9 control-unknown: is bound to a device that is not there, status 0x00000000
+DaqCtrlBase_setSelectedDevice=0|+9 control-unknown: is bound to a device that is not there, status 0x00000000, firmware
 DaqCtrlBase_getSelectedDevice=0|+1 control-unbound: tells of a device although it is not bound, status 0x00000000
 DaqCtrlBase_getDevice=null|+59 control-binding: has no device although it is bound, firmware control, device
+DaqCtrlBase_getDevice#2=null|control-binding: has another device when asked again, firmware control, device
+DaqCtrlBase_getSelectedDevice#1=0xE0000001|+4 control-binding: status 0xe0000001 for the record of the bound device
 FirmwareItem_getVersion#2=null|firmware: version is another when asked for again, device "QA-3216,BID#0", chip 0
 FirmwareItem_loadFile=0|+7 firmware: status 0x00000000 for a firmware file that does not exist
 FirmwareItem_loadFile#4=0|firmware: status 0x00000000 for an empty firmware file, device "QA-3216,BID#0", chip 0
@@ -105,6 +108,8 @@ CalibrationItem_getState=2|+4 calibration: runs although its section was not sta
 DeviceCtrl_getBoardId#15=9|devices-side-by-side: device 7: board id is 9, not 1, as the device of a firmware control
 DeviceCtrl_getBoardId#2=9|devices-side-by-side: device 0: board id is 9, not 0, when opened with AccessFusion
 DeviceCtrl_getBoardId#28=9|devices-side-by-side: device 6: board id is 9, not 0, while other devices are open
+DeviceCtrl_getBoardId#31=9|devices-side-by-side: device 0: board id is 9, not 0, after another opening of it was
+DeviceCtrl_getBoardId#32=9|devices-side-by-side: device 0: board id is 9, not 0, after another device was disposed of
 DeviceCtrl_setDescription#2=0|+3 write-description: device 0: description is "QA-3216,BID#0", not "velq-compliance 1"
 DeviceCtrl_setDescription#12=0|write-description: takes "QD-0096,BID#2", device "QA-3216,BID#0"
 DeviceCtrl_setBoardId=0|+38 write-board-id: device 0: board id is 0, not 1, after a change of the board id to 1 with
@@ -117,11 +122,11 @@ CvxFusionDeviceRemoveChildren#5=0|+12 write-fusion: has the children [6, 7, 8], 
 CvxFusionDeviceRemoveChildren#7=0|+10 write-fusion: is a fusion device without its last child, fusion device 256
 constructor|load: ends the process with SIGABRT during dlopen()
 destructor|load: ends the process with SIGABRT during exit()
+last words|process-left-alone: writes to standard output
 exit|first-look: ends the process with status 0 during DeviceCtrl_getProductId
-quick exit|first-look: ends the process with status 0 during DeviceCtrl_getProductId
 signal|first-look: ends the process with SIGSEGV during DeviceCtrl_getProductId
-stack|first-look: ends the process with SIGSEGV during DeviceCtrl_getProductId
 throw|first-look: lets an exception out during DeviceCtrl_getProductId: std::runtime_error: no board
+throw a number|first-look: lets an exception out during DeviceCtrl_getProductId: int
 hang|first-look: is not done within 1 s, during DeviceCtrl_getProductId
 print|process-left-alone: writes to standard output, which is the tool's, during DeviceCtrl_getProductId
 locale|process-left-alone: sets the locale to C.UTF-8, which is the tool's to choose, during DeviceCtrl_getProductId
@@ -131,32 +136,33 @@ closed output|process-left-alone: closes standard output, during DeviceCtrl_getP
 hole|complete-tables: null, ObjectTable::CalibrationItem_getState
 overrun|+15 text-library-version: writes outside of the buffer, device "Minimal board", capacity 1024
 unterminated|+300 text-library-version: no terminator, status 0xa0000001, device "Minimal board", capacity 1024
-underrun|+15 text-library-version: writes outside of the buffer, device "Minimal board", capacity 1024
 always warns|+8 text-library-version: status 0xa0000001 for a text that fits, device "Minimal board", capacity 1024
-surrogate|+14 text-library-version: "\x{d800}.0-bad" has what is no character, device "Minimal board", capacity 1024
-other text|+1 text-library-version: "2." is not the beginning of the text that there is room for, device "Minimal
+surrogate|+3 text-library-version: "\x{d800}." has what is no character, device "Minimal board", capacity 3
 silently cut|+6 text-library-version: status 0x00000000 for a text that is cut, device "Minimal board", capacity 1
 reading changes|+1 reads-change-nothing: device 0: description is "x", not "Minimal board", although nothing was done
 any device|+20 open-unknown: opens a device that is not there, DeviceCtrl_Create(2147483647, null)
+no fusion mode|open-by-description: cannot be opened with AccessFusion, device "Minimal board"
 changing list|+1 device-list: 1 devices or their descriptions differ from the 1 devices of the call before, list of
-names|+2 device-list: an empty description, device "" in the list of installed devices
+no names|+2 device-list: an empty description, device "" in the list of installed devices
+moving addresses|+1 returned-stays: device 0: base addresses reads elsewhere: 0 , not 0 , after all other operations
 long name|device-list: 64 characters, more than the 63 that a record holds, device
 counting addresses|+1 array-base-addresses: other values after other calls, device "Minimal board"
-not for fusion|open-by-description: cannot be opened with AccessFusion, device "Minimal board"
+shared items|+5 returned-stays: firmware control of device 0: list of chips reads other handles, not as before, after
 negative number|+1 open-unknown: opens a device that is not there, DeviceCtrl_Create(-2, "Minimal board")
-any case|+1 open-unknown: opens a device that is not there, DeviceCtrl_Create(-1, "MINIMAL BOARD")
+alike|+4 open-unknown: opens a device that is not there, DeviceCtrl_Create(-1, "MINIMAL BOARD")
+old name|write-description: can still be opened as "Minimal board" after a change to "velq-compliance 1", terminator not
 one list|write-description: a list that was taken before the change reads otherwise, device "Minimal board"
 unbound device|+1 control-unbound: has a device although it is not bound, firmware control
 unbound solutions|control-unbound: has chips or solutions although it is not bound, calibration control
 bound once|+11 control-bound-anew: has a device although it is not bound, firmware control bound anew, device "Minimal
-stays bound|+5 control-bound-anew: has a device although it is not bound, firmware control, record of number
+stays bound|+5 control-bound-anew: has a device although it is not bound, firmware control, record of number 2147483647
 other number|+9 control-binding: number is 1 in the record, firmware control, device "Minimal board"
 other mode|+1 control-binding: mode is 1 in the record, firmware control, device "Minimal board"
-rebinding|+5 returned-stays-when-bound-anew: firmware control bound to device 0: notice of a chip reads "1", not "0"
 module index|+9 control-binding: module index is 1 in the record, firmware control, device "Minimal board"
-old record|+1 write-description: is described "Minimal board" in the record of a firmware control that was bound
+old record|+1 write-description: is described "Minimal board" in the record of a firmware control that was bound before
 long record|+9 control-binding: writes behind the record, firmware control, device "Minimal board"
 one text|+11 returned-stays: firmware control of device 0: notice of a chip reads
+rebinding|+5 returned-stays-when-bound-anew: firmware control bound to device 0: notice of a chip reads "1", not "0"
 name by id|+36 write-board-id: device 0: solution 0 is "1" of 1 sections, not "0" of 1 sections, after a change of the
 version by id|+36 write-board-id: device 0: chip 0 is "Bus FPGA", version "1", not "Bus FPGA", version "0", after a
 codes|calibration: writes more than 15 codes, device "Minimal board", solution 0, section 0, item 0
@@ -164,10 +170,10 @@ cuts a description|+6 write-description: takes "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx
 no way back|+3 write-description: the old description is refused, status 0xe0000001, device "Minimal board"
 warns of a change|+19 write-description: device 0: description is "velq-compliance 1", not "Minimal board", after a
 no id back|+3 write-board-id: the old board id is refused, status 0xe0000001, device "Minimal board"
-needs the terminator|+16 write-description: device 0: description is "velq-compliance ", not "velq-compliance 1"
+needs the terminator|+16 write-description: device 0: description is "velq-compliance ", not "velq-compliance 1", after
 says no but does|+35 write-board-id: device 0: board id is 1, not 0, after a change of the board id to 1 with status
 forgets others|write-from-two-processes: device 0: description is "Minimal board", not "velq-compliance, other", after
-next process|write-board-id: device 0: board id is 0, not 2147483647, in the next process after changes of the board
+next process|write-board-id: device 0: board id is 0, not 2147483647, in the next process after changes of the board id
 END
 
 expect 1 2 'FAIL +4 calibration: description is null, device "Minimal board", solution 0' \
@@ -180,7 +186,10 @@ expect 0 0 'Usage: velq-compliance [--write] [--timeout SECONDS] LIBRARY' "$chec
 expect 0 0 'velq-compliance 1.0.0' "$checker" --version
 expect 2 0 'velq-compliance: no LIBRARY given; see velq-compliance --help' "$checker" --write
 expect 2 0 'velq-compliance: unknown option "--writes"; see velq-compliance --help' "$checker" --writes "$minimal"
-expect 2 0 'velq-compliance: --timeout: "0" is no number of seconds from 1 to 3600' "$checker" --timeout 0 "$minimal"
+for seconds in 0 3601 1s ''; do
+  expect 2 0 "velq-compliance: --timeout: \"$seconds\" is no number of seconds from 1 to 3600" \
+    "$checker" "$minimal" --timeout "$seconds"
+done
 expect 2 0 'velq-compliance: "second": one LIBRARY only, "first" is given before' "$checker" first second
 expect 2 0 "velq-compliance: $work/none: No such file" "$checker" "$work/none"
 expect 2 0 "velq-compliance: $0: is no shared library" "$checker" "$0"
