@@ -125,7 +125,7 @@ destructor|load: ends the process with SIGABRT during exit()
 last words|process-left-alone: writes to standard output
 exit|first-look: ends the process with status 0 during DeviceCtrl_getProductId
 signal|first-look: ends the process with SIGSEGV during DeviceCtrl_getProductId
-throw|first-look: lets an exception out during DeviceCtrl_getProductId: std::runtime_error: no board
+throw|first-look: lets an exception out during DeviceCtrl_getProductId: std::runtime_error
 throw a number|first-look: lets an exception out during DeviceCtrl_getProductId: int
 hang|first-look: is not done within 1 s, during DeviceCtrl_getProductId
 print|process-left-alone: writes to standard output, which is the tool's, during DeviceCtrl_getProductId
