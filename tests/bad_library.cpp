@@ -163,6 +163,10 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"bound once", answer<[](auto* control, auto* record) {
        return controlOf(control).isBound ? ErrorNotOffered : setSelectedDevice(control, record);
      }, &Table::DaqCtrlBase_setSelectedDevice>},
+    {"binds what it refuses", answer<[](auto* control, auto* record) {
+       const ErrorCode status = setSelectedDevice(control, record);
+       return controlOf(control).isBound = true, status;
+     }, &Table::DaqCtrlBase_setSelectedDevice>},
     {"stays bound", answer<[](auto* control, auto* record) {
        return isBoard(record->DeviceNumber, record->Description) ? setSelectedDevice(control, record) : ErrorNotOffered;
      }, &Table::DaqCtrlBase_setSelectedDevice>},
@@ -185,6 +189,9 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"long record", spoilRecord<[](auto* record) { record[1].DeviceNumber = 0; }>},
     {"codes", answer<[](auto*, auto*, auto*, uint32_t* codes) { return codes[15] = 0, CalibrationFailed; },
                      &Table::CalibrationItem_getState>},
+    {"address by id", answer<[](auto*) {
+       return baseAddresses[0] = static_cast<uint64_t>(readBoard().id), addressList.handle();
+     }, &Table::DeviceCtrl_getBaseAddresses>},
     {"name by id", answer<[](auto*) { return Versions[readBoard().id % 10]; }, &Table::CalibrationSolution_getName>},
     {"version by id", answer<[](auto*) { return Versions[readBoard().id % 10]; }, &Table::FirmwareItem_getVersion>},
     {"no way back", setText<[](auto* device, int32_t count, auto* text) {

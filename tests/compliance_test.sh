@@ -165,6 +165,8 @@ old record|+1 write-description: is described "Minimal board" in the record of a
 long record|+9 control-binding: writes behind the record, firmware control, device "Minimal board"
 one text|+11 returned-stays: firmware control of device 0: notice of a chip reads
 rebinding|+5 returned-stays-when-bound-anew: firmware control bound to device 0: notice of a chip reads "1", not "0"
+address by id|+36 write-board-id: device 0: base addresses is 1 , not 0 , after a change of the board id to 1
+binds what it refuses|+29 control-unknown: has a device although it is not bound, firmware control
 name by id|+36 write-board-id: device 0: solution 0 is "1" of 1 sections, not "0" of 1 sections, after a change of the
 version by id|+36 write-board-id: device 0: chip 0 is "Bus FPGA", version "1", not "Bus FPGA", version "0", after a
 codes|calibration: writes more than 15 codes, device "Minimal board", solution 0, section 0, item 0
