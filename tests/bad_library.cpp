@@ -90,6 +90,13 @@ ErrorCode keepIdAlone(int32_t id) {
 }
 
 int32_t forgottenId = 0;
+FunctionTable functions = *goodLibrary()->functions;
+
+void listNoChildren(Table&) {
+  functions.CvxFusionDeviceGetChildren = [](int32_t number, int32_t* count, int32_t*) {
+    return *count = 0, number == BoardNumber ? Success : ErrorNotOffered;
+  };
+}
 
 const std::map<std::string, void (*)(Table&)> Faults = {
     {"constructor", [](auto&) {}},
@@ -167,6 +174,9 @@ const std::map<std::string, void (*)(Table&)> Faults = {
        const ErrorCode status = setSelectedDevice(control, record);
        return controlOf(control).isBound = true, status;
      }, &Table::DaqCtrlBase_setSelectedDevice>},
+    {"refuses what it binds", answer<[](auto* control, auto* record) {
+       return setSelectedDevice(control, record), ErrorNotOffered;
+     }, &Table::DaqCtrlBase_setSelectedDevice>},
     {"stays bound", answer<[](auto* control, auto* record) {
        return isBoard(record->DeviceNumber, record->Description) ? setSelectedDevice(control, record) : ErrorNotOffered;
      }, &Table::DaqCtrlBase_setSelectedDevice>},
@@ -181,12 +191,22 @@ const std::map<std::string, void (*)(Table&)> Faults = {
        haveCommonTexts(table);
        table.DaqCtrlBase_Create = [](auto) { return ++letters[0], handleOf<DaqCtrlBase>(controls.emplace_back()); };
      }},
+    {"earlier texts", answer<[](auto*) {
+       static std::list<std::wstring> said;
+       std::fill(said.begin(), said.end(), L"?");
+       return said.emplace_back(L"0").c_str();
+     }, &Table::FirmwareItem_getDescription, &Table::FirmwareItem_getVersion, &Table::CalibrationSolution_getName>},
     {"null texts", [](auto& table) { common = nullptr, haveCommonTexts(table); }},
     {"other number", spoilRecord<[](auto* record) { record->DeviceNumber = 1; }>},
     {"other mode", spoilRecord<[](auto* record) { record->OpenMode = AccessDevice; }>},
     {"module index", spoilRecord<[](auto* record) { record->ModuleIndex = 1; }>},
     {"old record", spoilRecord<[](auto* record) { std::wcscpy(record->Description, AtStart.description); }>},
     {"long record", spoilRecord<[](auto* record) { record[1].DeviceNumber = 0; }>},
+    {"no group", listNoChildren},
+    {"no children", [](auto& table) {
+       listNoChildren(table);
+       functions.CvxIsFusionDevice = [](int32_t number) { return number == BoardNumber ? Success : ErrorNotOffered; };
+     }},
     {"codes", answer<[](auto*, auto*, auto*, uint32_t* codes) { return codes[15] = 0, CalibrationFailed; },
                      &Table::CalibrationItem_getState>},
     {"address by id", answer<[](auto*) {
@@ -220,7 +240,7 @@ const std::map<std::string, void (*)(Table&)> Faults = {
 
 const LibraryTable* CvxQuellisLibInitialize() {
   static ObjectTable objects = *goodLibrary()->objects;
-  static const LibraryTable tables = {.functions = goodLibrary()->functions, .objects = &objects};
+  static const LibraryTable tables = {.functions = &functions, .objects = &objects};
   Faults.at(fault())(objects);
   return &tables;
 }

@@ -10,15 +10,17 @@ trap 'rm -rf "$work"' EXIT
 export VELQ_STATE="$work/state" MINIMAL_BOARD="$work/board" LC_ALL=C ASAN_OPTIONS=verify_asan_link_order=0:handle_segv=0
 failures=0
 
-# expect STATUS FAILS LINE COMMAND...: the command ends with the status, so many of its lines are failures, and one of
-# its lines begins with LINE, in which "(and 3 more)" stands ahead as "+3 ".
+# expect STATUS FAILS LINE COMMAND...: the command ends with the status, so many of its lines are failures, one of its
+# lines begins with LINE, in which "(and 3 more)" stands ahead as "+3 ", and each check has its line or none has.
 expect() {
   status=$1 fails=$2 line=$3
   shift 3
   "$@" >"$work/output" 2>&1
   found=$?
   sed -i 's/^FAIL \(.*\) (and \([0-9]*\) more)$/FAIL +\2 \1/' "$work/output"
+  judged=$(grep -cE '^(ok  |FAIL|--  ) ' "$work/output")
   if [ $found -ne "$status" ] || [ "$(grep -c ^FAIL "$work/output")" -ne "$fails" ] ||
+    [ $((judged % 33)) -ne 0 ] ||
     ! cut -c "-${#line}" "$work/output" | grep -qxF -e "$line"; then
     printf '%s\nended with %s, not %s, or without %s failures, one of its lines being "%s":\n' \
       "$*" $found "$status" "$fails" "$line"
@@ -84,10 +86,11 @@ DeviceCtrl_Create#3=null|open-listed: cannot be opened by its description, devic
 DeviceCtrl_getDeviceNumber=7|+4 open-listed: has the number 7 of device "QA-3216,BID#0", device "QD-0096,BID#2"
 DeviceCtrl_getDeviceNumber#1=-1|open-listed: has the number -1, device "QA-3216,BID#0"
 DeviceCtrl_getDeviceNumber#2=5|open-by-description: is another with AccessFusion, device "QA-3216,BID#0"
+DeviceCtrl_getDeviceNumber#18=5|open-by-number: number 6 with description "Pair" opens "QS-2004,BID#0", device
 DeviceCtrl_getDescription=0|+1805 text-description: no terminator, status 0x00000000, device "QA-3216,BID#0", capacity
 DeviceCtrl_getLocation#10=0xE0000001|text-location: status 0xe0000001, but 0x00000000 at capacity 1024, device
 DeviceCtrl_getInterrupts#2=null|+1 array-interrupts: once null and once not, device "QA-3216,BID#0"
-CvxIsFusionDevice=0|+3 fusion-unknown: is called a fusion device, number -1, which is no fusion device
+CvxIsFusionDevice#2=0|fusion-unknown: is called a fusion device, number -2, which is no fusion device
 CvxFusionDeviceGetChildren=0|+7 fusion-unknown: has children, number -1, which is no fusion device
 CvxFusionDeviceCheckChildren=0|+3 fusion-unknown: would take a child, number -1, which is no fusion device
 CvxIsFusionDevice#12=0|fusion-children: child 6 is a fusion device, device "Pair"
@@ -120,6 +123,7 @@ CvxFusionDeviceCreate=0|+21 write-fusion: gets the number 0, fusion device of [2
 CvxFusionDeviceAddChildren=0|+7 write-fusion: takes 2147483647, fusion device 256
 CvxFusionDeviceAddChildren#6=0|+2 write-fusion: takes 0 with status 0x00000000, but the check says 0xe0000027, fusion
 CvxFusionDeviceRemoveChildren=0|+16 write-fusion: lets 2147483647 go, fusion device 256
+CvxFusionDeviceRemoveChildren#5=0xE0000001|+13 write-fusion: does not let [8] go, status 0xe0000001, fusion device 256
 CvxFusionDeviceRemoveChildren#5=0|+12 write-fusion: has the children [6, 7, 8], not [6, 7], fusion device 256 after
 CvxFusionDeviceRemoveChildren#7=0|+10 write-fusion: is a fusion device without its last child, fusion device 256
 constructor|load: ends the process with SIGABRT during dlopen()
@@ -157,6 +161,9 @@ one list|write-description: a list that was taken before the change reads otherw
 unbound device|+1 control-unbound: has a device although it is not bound, firmware control
 unbound solutions|control-unbound: has chips or solutions although it is not bound, calibration control
 bound once|+11 control-bound-anew: has a device although it is not bound, firmware control bound anew, device "Minimal
+refuses what it binds|+29 control-binding: has a device although it is not bound, firmware control, device
+no group|+1 fusion-children: has children, number 0, which is no fusion device
+no children|fusion-children: 0 children, device "Minimal board"
 stays bound|+5 control-bound-anew: has a device although it is not bound, firmware control, record of number 2147483647
 other number|+9 control-binding: number is 1 in the record, firmware control, device "Minimal board"
 other mode|+1 control-binding: mode is 1 in the record, firmware control, device "Minimal board"
@@ -164,6 +171,7 @@ module index|+9 control-binding: module index is 1 in the record, firmware contr
 old record|+1 write-description: is described "Minimal board" in the record of a firmware control that was bound before
 long record|+9 control-binding: writes behind the record, firmware control, device "Minimal board"
 one text|+11 returned-stays: firmware control of device 0: notice of a chip reads
+earlier texts|+5 returned-stays: firmware control of device 0: description of a chip reads "?", not "0", after all
 rebinding|+5 returned-stays-when-bound-anew: firmware control bound to device 0: notice of a chip reads "1", not "0"
 address by id|+36 write-board-id: device 0: base addresses is 1 , not 0 , after a change of the board id to 1
 binds what it refuses|+29 control-unknown: has a device although it is not bound, firmware control

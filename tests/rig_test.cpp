@@ -66,6 +66,10 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
       {R"({"$schema": "rig.schema.json", "devices": []})", "none"},
       {R"({"$schema": 1, "devices": []})", "/$schema: expected a text"},
       {R"({"devices": 3})", "/devices: expected a list"},
+      {device(R"(, "calibration": [{"name": "", "description": "", "instruction": "", "sections": [
+         {"description": "", "instruction": "", "items": [
+           {"name": "", "in_use": 0, "backup": 0, "walk": [0], "fails": 1}]}]}])"),
+       "/devices/1/calibration/0/sections/0/items/0/fails: expected true or false"},
       {device(", \"product_id\": \"0x7fffffff\", \"base_addresses\": [\"0xffffffffffffffff\"], \"interrupts\": [-1]"),
        "none"},
   };

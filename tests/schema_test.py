@@ -46,7 +46,8 @@ whole = {"$schema": "rig.schema.json", "devices": [
      "firmware": [{"description": "c", "version": 1, "notice": "n", "password": "p", "progress": [0]}],
      "calibration": [{"name": "n", "description": "d", "instruction": "i", "sections": [section]}]},
     {"number": 4, "description": "F", "board_id": 0, "children": [3]}]}
-kept = [path.read_bytes() for path in [*sources.glob("fuzz/corpus/rig/*"), sources / "tests/installed/rig.json"]]
+rigs = ["fuzz/corpus/rig/group.json", "tests/installed/rig.json", "src/simulator/builtin_rig.json"]
+kept = [(sources / rig).read_bytes() for rig in rigs]
 wrong = 0
 with tempfile.NamedTemporaryFile() as file:
     for text in [*kept, *map(json.dumps, variants(whole))]:

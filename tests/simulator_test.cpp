@@ -115,6 +115,18 @@ TEST_F(SimulatorTest, GroupsLeaveNothingBehind) {
   EXPECT_TRUE(listed.output.ends_with("0,B\n1,A\n2,Plain\n")) << listed.output;
 }
 
+TEST_F(SimulatorTest, GroupsOfAtMost256) {
+  std::string boards, children;
+  for (int number = 1; number <= 257; ++number) {
+    const std::string text = std::to_string(number);
+    boards += R"({"number": )" + text + R"(, "description": "D)" + text + "\"}, ";
+    if (number <= 255) children += (number == 1 ? "" : ", ") + text;
+  }
+  useRig(R"({"devices": [)" + boards + R"({"number": 0, "description": "Large", "children": [)" + children + "]}]}");
+  EXPECT_NE(run({"/dn:0", "-fusion", "D256"}).output.find("success"), std::string::npos);
+  EXPECT_EQ(run({"/dn:0", "-fusion", "D257"}).output, "Specified devices can not be merged!(ErroeLevel = 3)\n");
+}
+
 TEST_F(SimulatorTest, ProgressThatEndsBelow100IsNeverDone) {
   useRig(R"({"devices": [{"number": 0, "description": "D", "firmware": [
     {"description": "C", "version": 1, "progress": [0, 99]}]}]})");

@@ -68,6 +68,7 @@ TEST_F(HandleTest, MisuseIsOneLineAndAnAbort) {
   EXPECT_DEATH(CalibrationCtrl_getSolutions(reinterpret_cast<CalibrationCtrl*>(control)),
                "handle of the wrong kind\n$");
   EXPECT_DEATH(DeviceCtrl_dispose(DaqCtrlBase_getDevice(control)), "handle that belongs to its control\n$");
+  EXPECT_DEATH(DeviceCtrl_getDllVersion(nullptr, 0, nullptr), "^velq-sim: DeviceCtrl_getDllVersion: null handle\n$");
   DeviceCtrl_dispose(device);
   EXPECT_DEATH(DeviceCtrl_dispose(device), "DeviceCtrl_dispose: handle that was disposed of\n$");
   EXPECT_DEATH(Array_getLength(addresses), "Array_getLength: handle that was disposed of\n$");

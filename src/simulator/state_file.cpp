@@ -78,8 +78,10 @@ void StateFile::openForLocks() {
 }
 
 bool StateFile::hold(int32_t device) {
-  const auto held = holds_.find(device);
-  if (held != holds_.end()) return ++held->second > 0;
+  if (const auto held = holds_.find(device); held != holds_.end()) {
+    ++held->second;
+    return true;
+  }
   create();
   openForLocks();
   struct flock lock = lockOn(device, F_WRLCK);

@@ -73,7 +73,8 @@ expect 0 '0,Board' --rig rig.json --trace trace sh -c 'cd / && qutil'
 mkfifo pipe
 lost='going on without a trace'
 expect 0 "velq-probe: VELQ_TRACE: .*/pipe: cannot be opened: No such device or address; $lost" --trace pipe qutil
-expect 0 "velq-probe: VELQ_TRACE: /dev/full: cannot be written: No space left on device; $lost" --trace /dev/full qutil
+expect 0 "velq-probe: VELQ_TRACE: /dev/full: cannot be written: No space left on device; $lost" \
+  --trace /dev/full sh -c 'qutil <>input && [ ! -s input ]'
 expect 0 "velq-probe: VELQ_TRACE: .*/new: cannot be written: File too large; $lost" \
   --trace new sh -c '(ulimit -f 0; qutil) 2>&1 | cat'
 expect 0 - --rig rig.json --trace closed sh -c 'qutil >&-'
@@ -82,6 +83,7 @@ grep -q '^0,Board' closed && echo "the list in the trace" && failures=1
 # The state
 expect 0 'Device description has changed from Board to New' --rig rig.json qutil /dn:4 -cd:New
 expect 0 '0,New' --rig rig.json qutil
+[ "$(stat -c %a trace rig.json.state | tr '\n' ' ')" = '600 600 ' ] || { echo "others may read" && failures=1; }
 expect 0 - --rig rig.json --reset
 expect 0 - --rig rig.json --reset
 touch empty empty-journal
