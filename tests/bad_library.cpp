@@ -89,6 +89,7 @@ ErrorCode keepIdAlone(int32_t id) {
   });
 }
 
+List sharedList({});
 int32_t forgottenId = 0;
 FunctionTable functions = *goodLibrary()->functions;
 
@@ -159,11 +160,12 @@ const std::map<std::string, void (*)(Table&)> Faults = {
        return ++baseAddresses[0], fillText(readBoard().description, room, text);
      }, &Table::DeviceCtrl_getDescription>},
     {"shared items", answer<[](auto* control) {
-       static List list({});
-       return controlOf(control).isBound ? (list = List({control})).handle() : nullptr;
+       return controlOf(control).isBound ? (sharedList = List({control})).handle() : nullptr;
      }, &Table::FirmwareCtrls_getFirmwares, &Table::CalibrationCtrl_getSolutions,
         &Table::CalibrationSolution_getSections,
         &Table::CalibrationSection_getItems>},
+    {"bad end", answer<[](auto*) { return std::atexit(std::abort), addressList.handle(); },
+                       &Table::DeviceCtrl_getBaseAddresses, &Table::DeviceCtrl_getInterrupts>},
     {"unbound device", answer<[](auto*) { return handleOf<DeviceCtrl>(boardObject); }, &Table::DaqCtrlBase_getDevice>},
     {"unbound solutions", answer<[](auto* control) { return controlOf(control).items.handle(); },
                                  &Table::CalibrationCtrl_getSolutions>},

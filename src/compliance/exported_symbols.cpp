@@ -41,15 +41,12 @@ bool isExported(const GElf_Sym& symbol) {
          (visibility == STV_DEFAULT || visibility == STV_PROTECTED);
 }
 
-void addNames(const File& file, Elf_Scn* section, const GElf_Shdr& header, std::vector<std::string>& names) {
+void addNames(const File& file, Elf_Scn* section, size_t texts, std::vector<std::string>& names) {
   Elf_Data* const data = elf_getdata(section, nullptr);
-  if (data == nullptr || header.sh_entsize == 0) file.refuse("has a symbol table that cannot be read");
-  const auto count = static_cast<int>(header.sh_size / header.sh_entsize);
-  for (int i = 0; i < count; ++i) {
-    GElf_Sym symbol;
-    if (gelf_getsym(data, i, &symbol) == nullptr) file.refuse("has a symbol table that cannot be read");
+  GElf_Sym symbol;
+  for (int i = 0; gelf_getsym(data, i, &symbol) != nullptr; ++i) {
     if (!isExported(symbol)) continue;
-    const char* const name = elf_strptr(file.elf(), header.sh_link, symbol.st_name);
+    const char* const name = elf_strptr(file.elf(), texts, symbol.st_name);
     if (name == nullptr) file.refuse("has a symbol without a name");
     names.emplace_back(name);
   }
@@ -62,14 +59,12 @@ void expectSharedLibrary(const std::string& path) { const File file(path); }
 std::vector<std::string> exportedSymbols(const std::string& path) {
   const File file(path);
   std::vector<std::string> names;
-  bool isFound = false;
   for (Elf_Scn* section = nullptr; (section = elf_nextscn(file.elf(), section)) != nullptr;) {
     GElf_Shdr header;
-    if (gelf_getshdr(section, &header) == nullptr || header.sh_type != SHT_DYNSYM) continue;
-    isFound = true;
-    addNames(file, section, header, names);
+    if (gelf_getshdr(section, &header) != nullptr && header.sh_type == SHT_DYNSYM)
+      addNames(file, section, header.sh_link, names);
   }
-  if (!isFound) file.refuse("has no symbol table");
+  if (names.empty()) file.refuse("exports nothing that can be read");
   return names;
 }
 

@@ -30,13 +30,11 @@ echo '{"devices": [{"number": 4}]}' >bad.json
 # Wrong usage
 expect 2 'velq-sim: no command is given; see velq-sim --help'
 expect 2 'velq-sim: no command is given; see velq-sim --help' --trace t --
-expect 2 'velq-sim: unknown option "--rigs"; see velq-sim --help' --rigs rig.json qutil
 expect 2 'velq-sim: unknown option "--\\x{1b}\\x{9b}"; see velq-sim --help' "$(printf -- '--\033\302\233')"
 expect 2 'velq-sim: --rig: 1 required FILE missing; see velq-sim --help' --rig
 expect 2 'velq-sim: --rig= needs a value; see velq-sim --help' --rig= qutil /dn:0
 expect 2 'velq-sim: --rig: a value is needed; see velq-sim --help' --rig '' qutil
 expect 2 'velq-sim: --rig: At Most 1 required but received 2; see velq-sim --help' --rig a --rig=b qutil
-expect 2 'velq-sim: --reset: At Most 1 required but received 2; see velq-sim --help' --reset --reset
 expect 2 'velq-sim: reset was given a disallowed flag override; see velq-sim --help' --reset=x
 expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json qutil
 expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json --reset
