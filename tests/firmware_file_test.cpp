@@ -44,6 +44,7 @@ TEST(FirmwareFileTest, AnyDamageIsFound) {
     EXPECT_EQ(statusOf(withCrc(good.substr(0, i) + char(good[i] ^ 4) + good.substr(i + 1))), ErrorFirmwareWrongDevice)
         << i;
   EXPECT_EQ(statusOf(withCrc(good.substr(7))), Success) << "no payload";
+  EXPECT_EQ(statusOf(withCrc(good.substr(0, 13) + '\x1A' + good.substr(14))), Success) << "the other format";
   std::filesystem::remove(Path);
 }
 

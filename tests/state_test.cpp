@@ -144,12 +144,13 @@ TEST_F(HandleTest, WhatOthersKeptCountsAtOnceAndEveryCodeIsKept) {
 
 // A process that lives long: each query is the first after a change of another process.
 TEST_F(HandleTest, EveryQuerySeesWhatOthersChanged) {
-  const int32_t seven = 7;
+  const int32_t six = 6, seven = 7;
   int32_t group = 300, count = 1, child = 0;
   const std::function<bool()> queries[] = {
       [] { return Array_getLength(DeviceCtrl_getInstalledDevices()) == 8; },
       [&] { return CvxIsFusionDevice(group) == Success; },
       [&] { return CvxFusionDeviceCheckChildren(group, 1, &seven) == Success; },
+      [&] { return CvxFusionDeviceRemoveChildren(group, 1, &six) == Success; },
       [&] { return CvxFusionDeviceGetChildren(group, &count, &child) == Success && child == 6; },
       [&] { return DeviceCtrl_getProductId(DeviceCtrl_Create(group, nullptr, AccessDevice)) == 0x2004; }};
   EXPECT_EQ(Array_getLength(DeviceCtrl_getInstalledDevices()), 7);
