@@ -85,7 +85,7 @@ TEST_F(CalibrationTest, CodesInUseAreKept) {
   run({"/dn:0", "-cali:ai.auto"});
   EXPECT_NE(runLine("/dn:0 -cali:ai.auto").calls().find("[0x000000ab, 0x00000001, 0x00000002]"), std::string::npos);
   EXPECT_NE(run({"/dn:0", "-cali:ai.auto"}).calls().find("[0x000000ab, 0x000000ef, 0x00000002]"), std::string::npos);
-  run({"/dn:0", "-cali:ai.reverse"});
+  runLine("CalibrationSolution_updateAsCurrent=0xC0000000 /dn:0 -cali:ai.reverse");
   EXPECT_NE(run({"/dn:0", "-cali:ai.auto"}).calls().find("[0x000000ab, 0x00000002, 0x00000002]"), std::string::npos);
 }
 

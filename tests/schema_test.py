@@ -12,9 +12,9 @@ import jsonschema
 
 program, sources = sys.argv[1], pathlib.Path(sys.argv[2])
 schema = jsonschema.Draft202012Validator(json.loads((sources / "src/simulator/rig.schema.json").read_text()))
-VALUES = [None, True, 0.5, -2**31 - 1, -2, -1, 0, 15, 16, 2**16 - 1, 2**16, 2**31 - 1, 2**31, 2**32 - 1, 2**32, 2**64 - 1, 2**64,
-          "", "x" * 256, "x" * 1001, "a\0", "0x", "0X1", "0x0f", "0x10", "0xffff", "0x10000", "0x07fffffff", "0x80000000",
-          "0xffffffff", "0x100000000", "0x1" + 16 * "0", [], [0, 0], {}]
+VALUES = [None, True, 0.5, -2**31 - 1, -2, -1, 0, 15, 16, 2**16 - 1, 2**16, 2**31 - 1, 2**31, 2**32 - 1, 2**32,
+          2**64 - 1, 2**64, "", "x" * 256, "x" * 1001, "a\0", "0x", "0X1", "0x0f", "0x10", "0xffff", "0x10000",
+          "0x07fffffff", "0x80000000", "0xffffffff", "0x100000000", "0x1" + 16 * "0", [], [0, 0], {}]
 # What a schema cannot say: how keys of one document, or values beside each other, belong together.
 BEYOND = re.compile("the key stands twice|levels|another number than|a device |of a device"
                     "|board_id: expected a number from 0 to [02]\n")

@@ -1,6 +1,6 @@
 #!/usr/bin/zsh -f
 # Presses Tab in a real shell and looks at what qutil makes of the completed line: completion_test.zsh SHELL PREFIX, run
-# through velq-sim on rig.json. A case is what is typed and what then has to stand in qutil's output, of which only the telling lines are kept.
+# through velq-sim on rig.json. A case is what is typed and which telling lines then have to stand in qutil's output.
 zmodload zsh/zpty
 setopt no_unset
 
@@ -13,11 +13,11 @@ cd $folder
 touch 'not firmware'
 
 mkdir fish
-print -r 'set fish_greeting; function fish_prompt; echo "<ready>"; end; set -g fish_autosuggestion_enabled 0' >fish/config.fish
-print -r 'source /usr/share/bash-completion/bash_completion; PS1="<ready>"; bind "set enable-bracketed-paste off"' >.bashrc
-print -r 'fpath=('$prefix'/share/zsh/vendor-completions $fpath); autoload -Uz compinit; compinit -D; PS1="<ready>"' >.zshrc
+print 'set fish_greeting; function fish_prompt; echo "<.>"; end; set -g fish_autosuggestion_enabled 0' >fish/config.fish
+print 'source /usr/share/bash-completion/bash_completion; PS1="<.>"; bind "set enable-bracketed-paste off"' >.bashrc
+print 'fpath=('$prefix'/share/zsh/vendor-completions $fpath); autoload -Uz compinit; compinit -D; PS1="<.>"' >.zshrc
 zpty shell "stty cols 200; $shell -i"
-zpty -r shell seen '*<ready>*'
+zpty -r shell seen '*<.>*'
 
 failures=0
 fail() {
@@ -25,7 +25,7 @@ fail() {
   failures=$((failures + 1))
 }
 
-# Types $1 and what follows, and gathers what the shell writes until it has made the file "done", for at most 20 seconds.
+# Types $1 and what follows, and gathers what the shell writes until it has made the file "done", in at most 20 s.
 enter() {
   local chunk i
   screen=
@@ -55,7 +55,8 @@ list() {
     enter "$begin"$'\t\t\x15:'
   fi
   for word in "${@:2}"; do
-    print -r -- "${screen//\\/}" | grep -qP "(?<![^\s:])\Q$word\E(?!\S)" || fail "\"$begin\" and Tab: \"$word\" is not in \"$screen\""
+    print -r -- "${screen//\\/}" | grep -qP "(?<![^\s:])\Q$word\E(?!\S)" ||
+      fail "\"$begin\" and Tab: \"$word\" is not in \"$screen\""
   done
 }
 
@@ -89,7 +90,6 @@ try 'qutil /dd:New -fusion Two' 'New fused devices:Two blanks here'
 try 'qutil /dd:Rev\ \(105\)\ -fusion Any*' ''
 print '{"devices": [{"number": 30, "description": "Only here"}]}' >'its own.json'
 try 'velq-sim --reset --rig its\ own.json qutil /dd:On' "$detail 30 (Only here)"
-try 'velq-sim --state=mine qutil /dn:2' "$detail 29 (AnyXthingY)"
 
 list 'qutil /dn:3 -' $(qutil '/?' | grep -o '^-[a-z]*:\?[a-z.]*')
 list 'qutil /' '/?' $(qutil '/?' | grep -o '^/[a-z]*:')

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Reads the manual pages as users and as their checkers do: manual_test.sh PREFIX. Every option that a program's own help shows has to have an
-# item in its page, as a whole word.
+# Reads the manual pages as users and as their checkers do: manual_test.sh PREFIX. Every option that a program's own
+# help shows has to have an item in its page, as a whole word.
 set -u
 prefix=$1
 failures=0
