@@ -25,12 +25,6 @@ TEST_F(CommandLineTest, ExitStatusAndOutput) {
       {"Array_getLength=-1", Heading},
       {"Array_getLength=9", Heading + "0,Board\n", "Array_getItem(Array#1, 1) = null"},
       {"Array_getLength=9 /dd:X", Entered + "X\n" + NoMatch, "Array_getItem(Array#1, 1) = null", "", 255},
-      {"DaqCtrlBase_Create=null /dn:0 -x", Insufficient},
-      {"-DETAIL", Insufficient},
-      {"-detail x", Insufficient},
-      {"/? x", Insufficient},
-      {"/DN:0", Insufficient},
-      {"/dn:0 -cd:a b c d", Insufficient},
       {"/dd:", Entered + "\n" + NoMatch, "", "", 255},
       {"DeviceCtrl_getInstalledDevices=null /dd:*", Entered + "*\n" + NoMatch, "", "", 255},
       {"Array_getLength=0 /dd:(", Entered + "(\n" + NoMatch, "", "", 255},
@@ -38,6 +32,9 @@ TEST_F(CommandLineTest, ExitStatusAndOutput) {
       {"/dd:B* -fusion", Entered + "B*\ndevCtrl is null.\n"},
       {"/dd:B* -cd:", Entered + "B*\nFind 1 devices on PC by your input.\n" + notChanged, "", "DeviceCtrl#1"},
   });
+  for (const char* line :
+       {"DaqCtrlBase_Create=null /dn:0 -x", "-DETAIL", "-detail x", "/? x", "/DN:0", "/dn:0 -cd:a b c d"})
+    check({{line, Insufficient}});
 }
 
 TEST_F(CommandLineTest, EachDeviceIsAskedForOnce) {

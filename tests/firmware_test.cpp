@@ -47,11 +47,8 @@ TEST_F(FirmwareTest, OverwriteFollowsProgressToTheEnd) {
   for (const char* value : {"5", "0", "-7", "99", "100"})
     progress += std::string("sleep(500)\nFirmwareItem_getProgress(FirmwareItem#1) = ") + value + "\n";
   EXPECT_EQ(outcome.calls({"FirmwareItem", "sleep"}),
-            "FirmwareItem_getVersion(FirmwareItem#1) = \"1.10\"\n"
-            "FirmwareItem_loadFile(FirmwareItem#1, \"" +
-                newer +
-                "\") = 0x00000000\n"
-                "FirmwareItem_getNotice(FirmwareItem#1) = \"Wait.\"\n"
+            "FirmwareItem_getVersion(FirmwareItem#1) = \"1.10\"\nFirmwareItem_loadFile(FirmwareItem#1, \"" + newer +
+                "\") = 0x00000000\nFirmwareItem_getNotice(FirmwareItem#1) = \"Wait.\"\n"
                 "FirmwareItem_confirmNotice(FirmwareItem#1) = 0x00000000\n"
                 "FirmwareItem_start(FirmwareItem#1, 2, \"\") = 0x00000000\n" +
                 progress);

@@ -25,10 +25,7 @@ TEST_F(LibraryTest, OneEntryIsExportedAndTheToolNeedsIt) {
   EXPECT_NE(tool.find("Shared library: [libvelq.so]"), std::string::npos) << tool;
   EXPECT_NE(tool.find("(RUNPATH)"), std::string::npos);
   for (const char* library : {SIMULATOR, PROBE, MINIMAL_LIBRARY_DIR "/libvelq.so"})
-    EXPECT_EQ(outputOf(std::string("nm -D --defined-only --format=posix ") + library + " | cut -d' ' -f1"),
-              "CvxQuellisLibInitialize\n")
-        << library;
-  EXPECT_NE(outputOf("readelf -Wd " SIMULATOR).find("Library soname: [libvelq.so]"), std::string::npos);
+    EXPECT_EQ(outputOf(std::string("nm -D --defined-only -j ") + library), "CvxQuellisLibInitialize\n") << library;
 }
 
 // Nothing that a library returns makes the tool read or write where it must not; the sanitizers see to that in their

@@ -1,12 +1,7 @@
 #!/usr/bin/python3
 """rig.schema.json accepts and refuses what velq-sim --check does: schema_test.py VELQ-SIM SOURCES. Takes the rigs that
 tests and fuzzers keep, and every rig that differs from a small whole one in a single value or key."""
-import json
-import pathlib
-import re
-import subprocess
-import sys
-import tempfile
+import json, pathlib, re, subprocess, sys, tempfile
 
 import jsonschema
 

@@ -26,11 +26,6 @@ void checkFlushed() {
   if (pending > 0) record("unflushed: %zu bytes\n", pending);
 }
 
-template <typename Function>
-Function* next(const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
 extern "C" {
@@ -43,11 +38,11 @@ __attribute__((visibility("default"))) unsigned sleep(unsigned seconds) {
 
 __attribute__((visibility("default"))) int tcgetattr(int terminal, termios* settings) noexcept {
   checkFlushed();
-  return next<decltype(tcgetattr)>("tcgetattr")(terminal, settings);
+  return reinterpret_cast<decltype(&tcgetattr)>(dlsym(RTLD_NEXT, "tcgetattr"))(terminal, settings);
 }
 
 __attribute__((visibility("default"))) int getc(FILE* stream) {
   checkFlushed();
-  return next<decltype(getc)>("getc")(stream);
+  return reinterpret_cast<decltype(&getc)>(dlsym(RTLD_NEXT, "getc"))(stream);
 }
 }
