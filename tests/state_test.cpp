@@ -180,6 +180,7 @@ TEST_F(HandleTest, RulesForGroups) {
   int32_t made = 0, room = 0;
   EXPECT_EQ(CvxFusionDeviceGetChildren(4, &room, nullptr), 0xE0000003);
   EXPECT_EQ(CvxFusionDeviceRemoveChildren(4, 1, list), 0xE0000003);
+  EXPECT_EQ(CvxFusionDeviceRemoveChildren(4, 0, list), 0xE0000003);
   EXPECT_EQ(CvxFusionDeviceCreate(2, list, &made), ErrorCannotFuse) << "one has a group";
   EXPECT_EQ(CvxFusionDeviceRemoveChildren(4, 1, list + 1), Success);
   EXPECT_EQ(DeviceCtrl_getBoardId(DeviceCtrl_Create(7, nullptr, AccessDevice)), 9) << "undone with the group";
