@@ -120,7 +120,7 @@ const std::map<std::string, void (*)(Table&)> Faults = {
      }>},
     {"always warns", spoilVersion<[](auto, auto, auto*) { return WarningTextCut; }>},
     {"surrogate", spoilVersion<[](auto status, auto capacity, auto* text) {
-       return text[0] = capacity == 3 || capacity == 100 ? wchar_t{0xD800} : text[0], status;
+       return text[0] = capacity % 2 == 0 && capacity < 1024 ? wchar_t{0xD800} : text[0], status;
      }>},
     {"silently cut", spoilVersion<[](auto, auto, auto*) { return Success; }>},
     {"reading changes",
@@ -215,6 +215,8 @@ const std::map<std::string, void (*)(Table&)> Faults = {
        return baseAddresses[0] = static_cast<uint64_t>(readBoard().id), addressList.handle();
      }, &Table::DeviceCtrl_getBaseAddresses>},
     {"name by id", answer<[](auto*) { return Versions[readBoard().id % 10]; }, &Table::CalibrationSolution_getName>},
+    {"chip by id", answer<[](auto* control) { return readBoard().id == 0 ? nullptr : itemsOf(control); },
+                          &Table::FirmwareCtrls_getFirmwares>},
     {"version by id", answer<[](auto*) { return Versions[readBoard().id % 10]; }, &Table::FirmwareItem_getVersion>},
     {"no way back", setText<[](auto* device, int32_t count, auto* text) {
        return std::wcscmp(text, AtStart.description) == 0 ? ErrorNotOffered : setDescription(device, count, text);

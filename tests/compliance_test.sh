@@ -34,7 +34,8 @@ expect() {
 export VELQ_RIG="$work/rig"
 python3 -c 'import json, sys
 devices = [device for device in json.load(sys.stdin)["devices"] if device["number"] in (0, 2, 6, 7)]
-print(json.dumps({"devices": devices + [devices[3] | {"number": 8, "description": "QS-2004,BID#2"}]}))
+devices += [devices[3] | {"number": 8, "description": "QS-2004,BID#2", "location": "\U0010FFFF"}]
+print(json.dumps({"devices": devices}))
 ' <"$(dirname "$0")/../src/simulator/builtin_rig.json" >"$VELQ_RIG"
 
 # A minute for each check, which a busy machine may need, but for what hangs.
@@ -143,7 +144,7 @@ hole|complete-tables: null, ObjectTable::CalibrationItem_getState
 overrun|+15 text-library-version: writes outside of the buffer, device "Minimal board", capacity 1024
 unterminated|+300 text-library-version: no terminator, status 0xa0000001, device "Minimal board", capacity 1024
 always warns|+8 text-library-version: status 0xa0000001 for a text that fits, device "Minimal board", capacity 1024
-surrogate|+3 text-library-version: "\x{d800}." has what is no character, device "Minimal board", capacity 3
+surrogate|+19 text-library-version: "\x{d800}" has what is no character, device "Minimal board", capacity 2
 silently cut|+6 text-library-version: status 0x00000000 for a text that is cut, device "Minimal board", capacity 1
 reading changes|+1 reads-change-nothing: device 0: description is "x", not "Minimal board", although nothing was done
 any device|+20 open-unknown: opens a device that is not there, DeviceCtrl_Create(2147483647, null)
@@ -177,6 +178,7 @@ rebinding|+5 returned-stays-when-bound-anew: firmware control bound to device 0:
 address by id|+36 write-board-id: device 0: base addresses is 1 , not 0 , after a change of the board id to 1
 binds what it refuses|+29 control-unknown: has a device although it is not bound, firmware control
 name by id|+36 write-board-id: device 0: solution 0 is "1" of 1 sections, not "0" of 1 sections, after a change of the
+chip by id|+36 write-board-id: device 0: chip 0 is "Bus FPGA", version "1", not nothing, after a change of the board
 version by id|+36 write-board-id: device 0: chip 0 is "Bus FPGA", version "1", not "Bus FPGA", version "0", after a
 codes|calibration: writes more than 15 codes, device "Minimal board", solution 0, section 0, item 0
 cuts a description|+6 write-description: takes "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"

@@ -119,7 +119,6 @@ void calibrate(CalibrationSolution* solution) {
       EXPECT_EQ(value, detail);
     }
   }
-  EXPECT_EQ(CalibrationSolution_updateAsCurrent(solution), Success);
 }
 
 TEST_F(HandleTest, WhatOthersKeptCountsAtOnceAndEveryCodeIsKept) {
@@ -133,7 +132,12 @@ TEST_F(HandleTest, WhatOthersKeptCountsAtOnceAndEveryCodeIsKept) {
     EXPECT_EQ(DeviceCtrl_setDescription(device, 1, text), simulator::ErrorRefused);
   EXPECT_STREQ(FirmwareItem_getVersion(chip), L"9.99");
   Array* const solutions = CalibrationCtrl_getSolutions(static_cast<CalibrationCtrl*>(control));
-  calibrate(static_cast<CalibrationSolution*>(Array_getItem(solutions, 0)));
+  auto* const solution = static_cast<CalibrationSolution*>(Array_getItem(solutions, 0));
+  calibrate(solution);
+  EXPECT_EQ(CalibrationSolution_loadGoldenBackup(solution, 0), Success);
+  other.refresh();
+  EXPECT_EQ(other.codeInUse(0, "calibration 0.0.0", 1), 1U);
+  EXPECT_EQ(CalibrationSolution_updateAsCurrent(solution), Success);
   other.refresh();
   for (const auto& [item, code] : {std::pair("0.0", 0x7CU), {"1.0", 0x84U}, {"1.1", 0x88U}})
     EXPECT_EQ(other.codeInUse(0, "calibration 0." + std::string(item), 1), code);
