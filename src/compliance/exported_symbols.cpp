@@ -41,12 +41,12 @@ bool isExported(const GElf_Sym& symbol) {
          (visibility == STV_DEFAULT || visibility == STV_PROTECTED);
 }
 
-void addNames(const File& file, Elf_Scn* section, size_t texts, std::vector<std::string>& names) {
+void addNames(const File& file, Elf_Scn* section, size_t stringSection, std::vector<std::string>& names) {
   Elf_Data* const data = elf_getdata(section, nullptr);
   GElf_Sym symbol;
   for (int i = 0; gelf_getsym(data, i, &symbol) != nullptr; ++i) {
     if (!isExported(symbol)) continue;
-    const char* const name = elf_strptr(file.elf(), texts, symbol.st_name);
+    const char* const name = elf_strptr(file.elf(), stringSection, symbol.st_name);
     if (name == nullptr) file.refuse("has a symbol without a name");
     names.emplace_back(name);
   }

@@ -90,6 +90,7 @@ try 'qutil /dd:New -fusion Two' 'New fused devices:Two blanks here'
 try 'qutil /dd:Rev\ \(105\)\ -fusion Any*' ''
 print '{"devices": [{"number": 30, "description": "Only here"}]}' >'its own.json'
 try 'velq-sim --reset --rig its\ own.json qutil /dd:On' "$detail 30 (Only here)"
+try 'velq-sim --state=mine qutil /dn:2' "$detail 29 (AnyXthingY)"
 
 list 'qutil /dn:3 -' $(qutil '/?' | grep -o '^-[a-z]*:\?[a-z.]*')
 list 'qutil /' '/?' $(qutil '/?' | grep -o '^/[a-z]*:')

@@ -35,6 +35,7 @@ expect 2 'velq-sim: --rig: 1 required FILE missing; see velq-sim --help' --rig
 expect 2 'velq-sim: --rig= needs a value; see velq-sim --help' --rig= qutil /dn:0
 expect 2 'velq-sim: --rig: a value is needed; see velq-sim --help' --rig '' qutil
 expect 2 'velq-sim: --rig: At Most 1 required but received 2; see velq-sim --help' --rig a --rig=b qutil
+expect 2 'velq-sim: --reset: At Most 1 required but received 2; see velq-sim --help' --reset --reset
 expect 2 'velq-sim: reset was given a disallowed flag override; see velq-sim --help' --reset=x
 expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json qutil
 expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json --reset
