@@ -16,5 +16,5 @@ install(FILES ${CMAKE_BINARY_DIR}/velq.pc DESTINATION ${CMAKE_INSTALL_DATADIR}/p
 install(FILES docs/library.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libvelq-dev)
 install(DIRECTORY examples/minimal-library DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libvelq-dev/examples)
 
-install(FILES src/simulator/builtin_rig.json DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velq-sim/examples)
-install(FILES src/simulator/rig.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/velq-sim)
+install(FILES src/simulator/rig/builtin_rig.json DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velq-sim/examples)
+install(FILES src/simulator/rig/rig.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/velq-sim)

@@ -1,5 +1,5 @@
 // Reads any bytes as a rig: it is one that keeps its promises, or it is refused in one line.
-#include "simulator/rig.h"
+#include "simulator/rig/rig.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

@@ -36,7 +36,7 @@ python3 -c 'import json, sys
 devices = [device for device in json.load(sys.stdin)["devices"] if device["number"] in (0, 2, 6, 7)]
 devices += [devices[3] | {"number": 8, "description": "QS-2004,BID#2", "location": "\U0010FFFF"}]
 print(json.dumps({"devices": devices}))
-' <"$(dirname "$0")/../src/simulator/builtin_rig.json" >"$VELQ_RIG"
+' <"$(dirname "$0")/../src/simulator/rig/builtin_rig.json" >"$VELQ_RIG"
 
 # A minute for each check, which a busy machine may need, but for what hangs.
 expect 0 0 '33 ok, 0 failed, 0 not run, 0 refused' "$checker" --timeout 3600 --write "$simulator"

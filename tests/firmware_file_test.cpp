@@ -1,5 +1,5 @@
 // Firmware files that are not what they should be.
-#include "simulator/firmware_file.h"
+#include "simulator/library/firmware_file.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

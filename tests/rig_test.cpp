@@ -1,5 +1,5 @@
 // Reading rigs: every kind of fault gives one line that says where.
-#include "simulator/rig.h"
+#include "simulator/rig/rig.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -6,7 +6,7 @@ import json, pathlib, re, subprocess, sys, tempfile
 import jsonschema
 
 program, sources = sys.argv[1], pathlib.Path(sys.argv[2])
-schema = jsonschema.Draft202012Validator(json.loads((sources / "src/simulator/rig.schema.json").read_text()))
+schema = jsonschema.Draft202012Validator(json.loads((sources / "src/simulator/rig/rig.schema.json").read_text()))
 VALUES = [None, True, 0.5, -2**31 - 1, -2, -1, 0, 15, 16, 2**16 - 1, 2**16, 2**31 - 1, 2**31, 2**32 - 1, 2**32,
           2**64 - 1, 2**64, "", "x" * 256, "x" * 1001, "a\0", "0x", "0X1", "0x0f", "0x10", "0xffff", "0x10000",
           "0x07fffffff", "0x80000000", "0xffffffff", "0x100000000", "0x1" + 16 * "0", [], [0, 0], {}]
@@ -41,7 +41,7 @@ whole = {"$schema": "rig.schema.json", "devices": [
      "firmware": [{"description": "c", "version": 1, "notice": "n", "password": "p", "progress": [0]}],
      "calibration": [{"name": "n", "description": "d", "instruction": "i", "sections": [section]}]},
     {"number": 4, "description": "F", "board_id": 0, "children": [3]}]}
-rigs = ["fuzz/corpus/rig/group.json", "tests/installed/rig.json", "src/simulator/builtin_rig.json"]
+rigs = ["fuzz/corpus/rig/group.json", "tests/installed/rig.json", "src/simulator/rig/builtin_rig.json"]
 kept = [(sources / rig).read_bytes() for rig in rigs]
 wrong = 0
 with tempfile.NamedTemporaryFile() as file:

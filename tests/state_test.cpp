@@ -12,7 +12,7 @@
 #include <tuple>
 #include <vector>
 
-#include "simulator/simulation.h"
+#include "simulator/model/simulation.h"
 
 using namespace Automation::Velq;
 

@@ -4,7 +4,7 @@ import statistics
 
 from measure import EXAMPLE, FLOORS, QUTIL, ROOT, Command
 
-BUILT_IN_RIG = ROOT / "src/simulator/builtin_rig.json"
+BUILT_IN_RIG = ROOT / "src/simulator/rig/builtin_rig.json"
 ARGUMENTS = {"qutil": [], "qutil /?": ["/?"], "qutil /dn:0": ["/dn:0"], "qutil '/dd:*'": ["/dd:*"]}
 OTHERS = ("lsusb", "gpiodetect", "iio_info", "sigrok-cli -d demo --scan", "dfu-util -l")
 TIMES = 41

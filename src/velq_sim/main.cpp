@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "simulator/rig.h"
+#include "simulator/rig/rig.h"
 #include "text/one_line.h"
 #include "velq_sim/failure.h"
 #include "velq_sim/launch.h"

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "simulator/environment.h"
+#include "simulator/state/environment.h"
 #include "velq_sim/failure.h"
 
 namespace velq_sim {

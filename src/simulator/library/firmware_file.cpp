@@ -1,0 +1,65 @@
+#include "simulator/library/firmware_file.h"
+
+#include <fcntl.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "base/descriptor.h"
+
+namespace simulator {
+
+using namespace Automation::Velq;
+
+namespace {
+
+// Little-endian fields, by their distance from the end of the file.
+constexpr size_t SuffixLength = 16;
+constexpr size_t CrcLength = 4;
+constexpr int64_t LongestFile = UINT32_MAX;  // more than any chip holds
+using Suffix = std::array<unsigned char, SuffixLength>;
+
+unsigned word(const Suffix& suffix, size_t offset) { return suffix[offset] | unsigned{suffix[offset + 1]} << 8U; }
+
+bool isDfuSuffix(const Suffix& suffix) {
+  const unsigned format = word(suffix, 6);
+  return (format == 0x0100 || format == 0x011A) && std::memcmp(&suffix[8], "UFD", 3) == 0 && suffix[11] == SuffixLength;
+}
+
+bool readExactly(const base::Descriptor& descriptor, unsigned char* bytes, size_t count) {
+  return std::cmp_equal(descriptor.read(bytes, count), count);
+}
+
+}  // namespace
+
+ErrorCode readFirmwareFile(const std::string& path, FirmwareFile& file) {
+  // Without waiting: a FIFO would wait for a writer.
+  const base::Descriptor descriptor(path, O_RDONLY | O_NONBLOCK);
+  const int64_t length = descriptor.length();
+  if (length < 0) return ErrorFileUnreadable;
+  if (std::cmp_less(length, SuffixLength) || length > LongestFile) return ErrorFirmwareWrongDevice;
+
+  std::vector<unsigned char> chunk(1 << 16);
+  uLong crc = crc32(0, nullptr, 0);
+  for (size_t left = static_cast<size_t>(length) - SuffixLength; left > 0;) {
+    const size_t count = std::min(left, chunk.size());
+    if (!readExactly(descriptor, chunk.data(), count)) return ErrorFileUnreadable;
+    crc = crc32(crc, chunk.data(), static_cast<uInt>(count));
+    left -= count;
+  }
+  Suffix suffix;
+  if (!readExactly(descriptor, suffix.data(), suffix.size())) return ErrorFileUnreadable;
+  crc = crc32(crc, suffix.data(), SuffixLength - CrcLength);
+
+  // The suffix holds the CRC without the final inversion that zlib makes.
+  const uLong stored = word(suffix, 12) | static_cast<uLong>(word(suffix, 14)) << 16U;
+  if (!isDfuSuffix(suffix) || stored != (crc ^ 0xFFFFFFFFU)) return ErrorFirmwareWrongDevice;
+  file = {.version = static_cast<uint16_t>(word(suffix, 0)), .product = static_cast<uint16_t>(word(suffix, 2))};
+  return Success;
+}
+
+}  // namespace simulator

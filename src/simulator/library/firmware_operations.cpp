@@ -1,0 +1,112 @@
+#include <cstdio>
+#include <cwchar>
+
+#include "simulator/library/firmware_file.h"
+#include "simulator/library/objects.h"
+#include "simulator/library/operations.h"
+#include "simulator/library/strings.h"
+#include "simulator/model/state_check.h"
+#include "text/utf8.h"
+
+namespace simulator {
+
+namespace {
+
+std::string versionText(uint16_t version) {
+  char text[8];
+  snprintf(text, sizeof text, "%x.%02x", version >> 8U, version & 0xFFU);
+  return text;
+}
+
+bool isPassword(const Chip& chip, const wchar_t* given) {
+  return !chip.password || (given != nullptr && text::fromUtf8(*chip.password) == given);
+}
+
+// The last step of an overwrite. A version that could not be kept leaves it unfinished, and the next poll tries again.
+bool keepVersion(ChipObject& chip) {
+  const int32_t number = chip.device.number;
+  const ErrorCode status = Simulation::instance().change([&](std::vector<StateChange>& changes) {
+    changes.push_back({number, firmwareItem(chip.index), int64_t{chip.loadedVersion.value()}});
+    return Success;
+  });
+  return status == Success;
+}
+
+}  // namespace
+
+Array* FirmwareCtrls_getFirmwares(FirmwareCtrls* control) {
+  ControlObject& object = resolve<ControlObject>(control, __func__);
+  if (object.scenario != ScenarioFirmware) failHandle(__func__, "handle of the wrong kind");
+  if (object.device == nullptr) return nullptr;
+  const Device* const device = Simulation::instance().rigDevice(object.device->number);
+  if (device == nullptr || !device->firmware) return nullptr;
+  if (object.items == nullptr) {
+    std::vector<Object*> chips;
+    for (size_t i = 0; i < device->firmware->size(); ++i)
+      chips.push_back(make<ChipObject>(&object, (*device->firmware)[i], i));
+    object.items = make<HandleArrayObject>(&object, std::move(chips));
+  }
+  return handleOf<Array>(object.items);
+}
+
+const wchar_t* FirmwareItem_getDescription(FirmwareItem* item) {
+  return internedWide(resolve<ChipObject>(item, __func__).chip.description);
+}
+
+const wchar_t* FirmwareItem_getVersion(FirmwareItem* item) {
+  const ChipObject& chip = resolve<ChipObject>(item, __func__);
+  return internedWide(versionText(Simulation::instance().firmwareVersion(chip.device.number, chip.index)));
+}
+
+const wchar_t* FirmwareItem_getNotice(FirmwareItem* item) {
+  return internedWide(resolve<ChipObject>(item, __func__).chip.notice);
+}
+
+ErrorCode FirmwareItem_confirmNotice(FirmwareItem* item) {
+  resolve<ChipObject>(item, __func__).noticeConfirmed = true;
+  return Success;
+}
+
+ErrorCode FirmwareItem_loadFile(FirmwareItem* item, const wchar_t* path) {
+  ChipObject& chip = resolve<ChipObject>(item, __func__);
+  Simulation& simulation = Simulation::instance();
+  const int32_t number = chip.device.number;
+  if (chip.started && !chip.finished) return ErrorWrongOrder;
+  chip.started = false;
+  chip.loadedVersion.reset();
+  if (const ErrorCode status = simulation.checkFree(number); status != Success) return status;
+  FirmwareFile file{};
+  const std::optional<std::string> narrowPath = text::toUtf8(path);
+  const ErrorCode status = narrowPath ? readFirmwareFile(*narrowPath, file) : ErrorFileUnreadable;
+  if (status != Success) return status;
+  if (file.product != simulation.productId(number)) return ErrorFirmwareWrongDevice;
+  chip.loadedVersion = file.version;
+  return file.version > simulation.firmwareVersion(number, chip.index) ? Success : WarningFirmwareNotNewer;
+}
+
+ErrorCode FirmwareItem_start(FirmwareItem* item, int32_t /*mode*/, const wchar_t* password) {
+  ChipObject& chip = resolve<ChipObject>(item, __func__);
+  if (!chip.loadedVersion || !chip.noticeConfirmed) return ErrorWrongOrder;
+  if (!isPassword(chip.chip, password)) return ErrorRefused;
+  const int32_t number = chip.device.number;
+  if (!chip.control.holds.contains(number)) {
+    if (const ErrorCode status = Simulation::instance().hold(number); status != Success) return status;
+    chip.control.holds.insert(number);
+  }
+  chip.started = true;
+  chip.finished = false;
+  chip.polls = 0;
+  return Success;
+}
+
+int32_t FirmwareItem_getProgress(FirmwareItem* item) {
+  ChipObject& chip = resolve<ChipObject>(item, __func__);
+  if (!chip.started) return ProgressNothingLoaded;
+  const std::vector<int32_t>& progress = chip.chip.progress;
+  const int32_t value = progress[std::min(chip.polls, progress.size() - 1)];
+  if (value >= ProgressDone && !chip.finished && !(chip.finished = keepVersion(chip))) return ProgressAborted;
+  ++chip.polls;
+  return value;
+}
+
+}  // namespace simulator

@@ -1,0 +1,28 @@
+#include "simulator/model/groups.h"
+
+namespace simulator {
+
+Groups::Groups(const Rig& rig, const StateContents& contents) {
+  for (const Device& device : rig.devices) {
+    if (!device.children) continue;
+    for (const int32_t child : *device.children) groupOf_[child] = device.number;
+  }
+  for (const auto& [key, value] : contents) {
+    const auto* const group = std::get_if<int64_t>(&value);
+    if (key.second == "fusion" && group != nullptr) groupOf_[key.first] = static_cast<int32_t>(*group);
+  }
+  std::erase_if(groupOf_, [](const auto& entry) { return entry.second < 0; });
+  for (const auto& [child, group] : groupOf_) groups_[group].push_back(child);
+}
+
+std::vector<int32_t> Groups::children(int32_t number) const {
+  const auto group = groups_.find(number);
+  return group == groups_.end() ? std::vector<int32_t>() : group->second;
+}
+
+int32_t Groups::groupOf(int32_t number) const {
+  const auto group = groupOf_.find(number);
+  return group == groupOf_.end() ? -1 : group->second;
+}
+
+}  // namespace simulator

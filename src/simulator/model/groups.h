@@ -1,0 +1,37 @@
+// The fusion devices and their children.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "simulator/rig/rig.h"
+#include "simulator/state/state.h"
+
+namespace simulator {
+
+/// What rig and state say of memberships at the time of making: whoever changes a membership in the state makes the
+/// groups anew.
+class Groups {
+ public:
+  Groups() = default;
+  Groups(const Rig& rig, const StateContents& contents);
+
+  /// The children of each fusion device, in order of their numbers.
+  const std::map<int32_t, std::vector<int32_t>>& all() const { return groups_; }
+
+  /// Whether this is the number of a fusion device.
+  bool contains(int32_t number) const { return groups_.contains(number); }
+
+  /// Empty when `number` is no fusion device.
+  std::vector<int32_t> children(int32_t number) const;
+
+  /// The fusion device that a device belongs to; -1 when to none.
+  int32_t groupOf(int32_t number) const;
+
+ private:
+  std::map<int32_t, int32_t> groupOf_;
+  std::map<int32_t, std::vector<int32_t>> groups_;
+};
+
+}  // namespace simulator

@@ -1,0 +1,180 @@
+#include "simulator/model/simulation.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "simulator/model/state_check.h"
+#include "simulator/state/environment.h"
+#include "text/utf8.h"
+
+namespace simulator {
+
+using namespace Automation::Velq;
+
+Simulation& Simulation::instance() {
+  static Simulation simulation(rigPathFromEnvironment(), statePlaceFromEnvironment());
+  return simulation;
+}
+
+Simulation::Simulation(const std::string& rigPath, const StatePlace& statePlace) : file_(statePlace), state_(file_) {
+  try {
+    rig_ = rigPath.empty() ? readBuiltInRig() : readRigFile(rigPath);
+    hasRig_ = true;
+  } catch (const RigError& error) {
+    report(rigPath + ": " + error.what());
+  }
+  groups_ = Groups(rig_, contents_);
+  refresh();
+}
+
+void Simulation::refresh() {
+  if (!hasRig_) return;
+  try {
+    if (state_.refresh(contents_)) derive();
+  } catch (const StateError& error) {
+    reportState(error.what());
+  }
+}
+
+std::vector<int32_t> Simulation::numbers() const {
+  std::vector<int32_t> numbers;
+  numbers.reserve(rig_.devices.size() + groups_.all().size());
+  for (const Device& device : rig_.devices) {
+    if (!device.children) numbers.push_back(device.number);
+  }
+  const auto boards = static_cast<std::ptrdiff_t>(numbers.size());
+  for (const auto& [number, children] : groups_.all()) numbers.push_back(number);
+  std::inplace_merge(numbers.begin(), numbers.begin() + boards, numbers.end());
+  return numbers;
+}
+
+std::optional<int32_t> Simulation::select(int32_t number, const wchar_t* wanted) {
+  refresh();
+  if (number == -1 && wanted != nullptr && *wanted != 0) {
+    const std::optional<std::string> utf8 = text::toUtf8(wanted);
+    number = utf8 ? findDescription(*utf8) : -1;
+  }
+  return number >= 0 && exists(number) ? std::optional(number) : std::nullopt;
+}
+
+void Simulation::undoAll(int32_t number, std::vector<StateChange>& changes) const {
+  auto changed = contents_.lower_bound({number, ""});
+  for (; changed != contents_.end() && changed->first.first == number; ++changed)
+    changes.push_back({number, changed->first.second, std::monostate()});
+}
+
+const std::string& Simulation::description(int32_t number) const {
+  static const std::string none;
+  if (const StateValue* const value = changed(number, "description")) return std::get<std::string>(*value);
+  const Device* const device = rig_.find(number);
+  return device == nullptr ? none : device->description;
+}
+
+int32_t Simulation::boardId(int32_t number) const {
+  const Device* const device = rig_.find(number);
+  return static_cast<int32_t>(changedNumber(number, "board id", device == nullptr ? 0 : device->boardId));
+}
+
+int32_t Simulation::productId(int32_t number) const {
+  const Device* const device = rig_.find(isFusion(number) ? children(number).front() : number);
+  return device == nullptr ? 0 : device->productId;
+}
+
+uint16_t Simulation::firmwareVersion(int32_t number, size_t chip) const {
+  const uint16_t original = (*rig_.find(number)->firmware)[chip].version;
+  return static_cast<uint16_t>(changedNumber(number, firmwareItem(chip), original));
+}
+
+uint32_t Simulation::codeInUse(int32_t number, const std::string& item, uint32_t rigCode) const {
+  return static_cast<uint32_t>(changedNumber(number, item, rigCode));
+}
+
+ErrorCode Simulation::change(const std::function<ErrorCode(std::vector<StateChange>&)>& decide) {
+  ErrorCode status = Success;
+  std::vector<StateChange> changes;
+  try {
+    state_.change(contents_, [&](bool refreshed) {
+      if (refreshed) derive();
+      if (!mismatch_.empty()) throw StateError(mismatch_);
+      status = decide(changes);
+      if (status != Success) changes.clear();
+      for (const StateChange& change : changes) {
+        if (descriptions_ && change.item == "description")
+          descriptions_->remove(change.device, description(change.device));
+      }
+      return changes;
+    });
+  } catch (const StateError& error) {
+    descriptions_.reset();
+    return reportState(error.what());
+  }
+  followUp(changes);
+  return status;
+}
+
+ErrorCode Simulation::hold(int32_t number) {
+  const ErrorCode status = change([](std::vector<StateChange>&) { return Success; });
+  return status != Success ? status : guard([&] { return file_.hold(number) ? Success : ErrorDeviceBusy; });
+}
+
+void Simulation::release(int32_t number) { file_.release(number); }
+
+ErrorCode Simulation::checkFree(int32_t number) {
+  return guard([&] { return file_.isHeldElsewhere(number) ? ErrorDeviceBusy : Success; });
+}
+
+const StateValue* Simulation::changed(int32_t number, const std::string& item) const {
+  const auto found = contents_.find({number, item});
+  return found == contents_.end() ? nullptr : &found->second;
+}
+
+int64_t Simulation::changedNumber(int32_t number, const std::string& item, int64_t otherwise) const {
+  const StateValue* const value = changed(number, item);
+  return value == nullptr ? otherwise : std::get<int64_t>(*value);
+}
+
+DescriptionIndex& Simulation::descriptions() {
+  if (!descriptions_) {
+    descriptions_.emplace();
+    for (const int32_t number : numbers()) descriptions_->add(number, description(number));
+  }
+  return *descriptions_;
+}
+
+// What depends on the contents, after they were read.
+void Simulation::derive() {
+  descriptions_.reset();
+  groups_ = Groups(rig_, contents_);
+  mismatch_ = findMismatch(rig_, groups_, contents_);
+  if (mismatch_.empty()) return;
+  reportState(mismatch_);
+  contents_.clear();
+  groups_ = Groups(rig_, contents_);
+}
+
+// The same, after changes of our own.
+void Simulation::followUp(const std::vector<StateChange>& changes) {
+  for (const StateChange& change : changes) {
+    if (change.item == "fusion") {
+      descriptions_.reset();
+      groups_ = Groups(rig_, contents_);
+      return;
+    }
+    if (descriptions_ && change.item == "description") descriptions_->add(change.device, description(change.device));
+  }
+}
+
+ErrorCode Simulation::reportState(const std::string& problem) const {
+  report((file_.path().empty() ? "the state" : file_.path()) + ": " + problem);
+  return ErrorNotKept;
+}
+
+ErrorCode Simulation::guard(const std::function<ErrorCode()>& action) const {
+  try {
+    return action();
+  } catch (const StateError& error) {
+    return reportState(error.what());
+  }
+}
+
+}  // namespace simulator

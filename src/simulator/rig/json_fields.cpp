@@ -1,0 +1,102 @@
+#include "simulator/rig/json_fields.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+#include "simulator/rig/json_fields.h"
+#include "text/utf8.h"
+
+namespace simulator {
+
+namespace {
+
+std::optional<uint64_t> hexadecimal(const nlohmann::json& value) {
+  if (!value.is_string()) return std::nullopt;
+  const auto& text = value.get_ref<const std::string&>();
+  uint64_t number = 0;
+  if (!text.starts_with("0x")) return std::nullopt;
+  const auto [end, error] = std::from_chars(text.data() + 2, text.data() + text.size(), number, 16);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
+}  // namespace
+
+std::string pointerPart(std::string_view key) {
+  std::string part;
+  for (const char c : key) part += c == '~' ? "~0" : c == '/' ? "~1" : std::string(1, c);
+  return part;
+}
+
+std::string JsonValue::place() const {
+  if (parent_ == nullptr) return std::string(name_);
+  return parent_->place() + "/" + (name_.empty() ? std::to_string(index_) : std::string(name_));
+}
+
+void JsonValue::fail(const std::string& expected) const {
+  throw RigError((place().empty() ? "the document" : place()) + ": expected " + expected);
+}
+
+int64_t JsonValue::number(int64_t lowest, int64_t highest) const {
+  const auto failRange = [&] { fail("a number from " + std::to_string(lowest) + " to " + std::to_string(highest)); };
+  if (value_.is_number_integer() && !value_.is_number_unsigned()) {
+    const auto number = value_.get<int64_t>();
+    if (number >= lowest && number <= highest) return number;
+    failRange();
+  }
+  const std::optional<uint64_t> number = value_.is_number_unsigned() ? value_.get<uint64_t>() : hexadecimal(value_);
+  if (!number || std::cmp_less(*number, lowest) || std::cmp_greater(*number, highest)) failRange();
+  return static_cast<int64_t>(*number);
+}
+
+uint64_t JsonValue::unsigned64() const {
+  const std::optional<uint64_t> number = value_.is_number_unsigned() ? value_.get<uint64_t>() : hexadecimal(value_);
+  if (!number) fail("a number from 0 to 0xffffffffffffffff");
+  return *number;
+}
+
+std::string JsonValue::text(size_t longest) const {
+  if (!value_.is_string()) fail("a text");
+  const auto& text = value_.get_ref<const std::string&>();
+  if (text.find('\0') != std::string::npos) fail("a text without the character U+0000");
+  if (text.size() > longest && text::characterCount(text) > longest)
+    fail("a text of at most " + std::to_string(longest) + " characters");
+  return text;
+}
+
+bool JsonValue::boolean() const {
+  if (!value_.is_boolean()) fail("true or false");
+  return value_.get<bool>();
+}
+
+JsonFields::JsonFields(const JsonValue& object) : object_(object) {
+  if (!object.json().is_object()) object.fail("an object");
+  known_.reserve(16);
+}
+
+JsonValue JsonFields::required(const char* key) {
+  const std::optional<JsonValue> value = optional(key);
+  if (!value) object_.fail(std::string("the key \"") + key + "\"");
+  return *value;
+}
+
+std::optional<JsonValue> JsonFields::optional(const char* key) {
+  known_.emplace_back(key);
+  const auto found = object_.json().find(key);
+  if (found == object_.json().end()) return std::nullopt;
+  ++present_;
+  return JsonValue(*found, object_, key);
+}
+
+void JsonFields::end() const {
+  if (present_ == object_.json().size()) return;
+  for (const auto& [key, value] : object_.json().items()) {
+    if (std::find(known_.begin(), known_.end(), key) != known_.end()) continue;
+    std::string names;
+    for (const std::string_view name : known_) names.append(names.empty() ? "" : ", ").append(name);
+    throw RigError(object_.place() + "/" + pointerPart(key) + ": unknown key; expected one of " + names);
+  }
+}
+
+}  // namespace simulator

@@ -1,0 +1,97 @@
+#include "simulator/rig/rig_device.h"
+
+namespace simulator {
+
+namespace {
+
+std::optional<std::string> optionalText(JsonFields& fields, const char* key) {
+  const auto value = fields.optional(key);
+  return value ? std::optional(value->text()) : std::nullopt;
+}
+
+int32_t readInt32(const JsonValue& value) { return value.int32(); }
+uint32_t readCode(const JsonValue& value) { return static_cast<uint32_t>(value.number(0, UINT32_MAX)); }
+
+Chip readChip(const JsonValue& value) {
+  JsonFields fields(value);
+  Chip chip{.description = fields.required("description").text(),
+            .version = static_cast<uint16_t>(fields.required("version").number(0, 0xFFFF)),
+            .notice = optionalText(fields, "notice").value_or("Restart the device after the overwrite."),
+            .password = optionalText(fields, "password"),
+            .progress = {0, 25, 50, 75, 100}};
+  if (const auto progress = fields.optional("progress")) {
+    chip.progress = progress->list(readInt32);
+    if (chip.progress.empty()) progress->fail("at least one progress value");
+  }
+  fields.end();
+  return chip;
+}
+
+AdjustingCode readItem(const JsonValue& value) {
+  JsonFields fields(value);
+  AdjustingCode item{.name = fields.required("name").text(),
+                     .inUse = readCode(fields.required("in_use")),
+                     .backup = readCode(fields.required("backup")),
+                     .walk = {},
+                     .fails = false};
+  const JsonValue walk = fields.required("walk");
+  item.walk = walk.list(readCode);
+  if (item.walk.empty()) walk.fail("at least one adjusting code");
+  if (const auto fails = fields.optional("fails")) item.fails = fails->boolean();
+  fields.end();
+  return item;
+}
+
+Section readSection(const JsonValue& value) {
+  JsonFields fields(value);
+  Section section{.description = fields.required("description").text(),
+                  .instruction = fields.required("instruction").text(),
+                  .items = fields.required("items").list(readItem)};
+  fields.end();
+  return section;
+}
+
+Solution readSolution(const JsonValue& value) {
+  JsonFields fields(value);
+  Solution solution{.name = fields.required("name").text(),
+                    .description = fields.required("description").text(),
+                    .instruction = fields.required("instruction").text(),
+                    .sections = fields.required("sections").list(readSection)};
+  fields.end();
+  return solution;
+}
+
+int32_t readDeviceNumber(const JsonValue& value) { return value.int32(0); }
+uint64_t readAddress(const JsonValue& value) { return value.unsigned64(); }
+
+template <typename Element>
+std::optional<std::vector<Element>> optionalList(JsonFields& fields, const char* key,
+                                                 Element (*read)(const JsonValue&)) {
+  const auto value = fields.optional(key);
+  return value ? std::optional(value->list(read)) : std::nullopt;
+}
+
+}  // namespace
+
+Device readDevice(const JsonValue& value) {
+  JsonFields fields(value);
+  Device device;
+  device.number = readDeviceNumber(fields.required("number"));
+  device.description = fields.required("description").text(255);
+  device.children = optionalList(fields, "children", readDeviceNumber);
+  if (const auto id = fields.optional("product_id")) device.productId = id->int32(0);
+  if (const auto highest = fields.optional("highest_board_id")) device.highestBoardId = highest->int32(-1);
+  const int32_t highestId = device.highestBoardId == -1 ? INT32_MAX : device.highestBoardId;
+  if (const auto id = fields.optional("board_id")) device.boardId = static_cast<int32_t>(id->number(0, highestId));
+  device.boardVersion = optionalText(fields, "board_version");
+  device.driverVersion = optionalText(fields, "driver_version");
+  device.location = optionalText(fields, "location");
+  device.baseAddresses = optionalList(fields, "base_addresses", readAddress);
+  device.interrupts = optionalList(fields, "interrupts", readInt32);
+  device.firmware = optionalList(fields, "firmware", readChip);
+  device.calibration = optionalList(fields, "calibration", readSolution);
+  fields.end();
+  return device;
+}
+
+}  // namespace simulator

@@ -1,0 +1,176 @@
+#include "simulator/state/state.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "text/utf8.h"
+
+namespace simulator {
+
+namespace {
+
+// All that a state holds of schema. Written with exactly these characters, for they are compared.
+constexpr const char* Table =
+    "CREATE TABLE change (device INTEGER NOT NULL, item TEXT NOT NULL, value NOT NULL,"
+    " PRIMARY KEY (device, item)) WITHOUT ROWID";
+// Marks a database as ours, for file(1) and its like: "VELQ".
+constexpr const char* Mark = "PRAGMA application_id = 0x56454C51";
+constexpr int LongestWaitMilliseconds = 60'000;
+
+std::string textColumn(sqlite3_stmt* statement, int column) {
+  const auto* const bytes = reinterpret_cast<const char*>(sqlite().column_text(statement, column));
+  const std::string_view text(bytes, static_cast<size_t>(sqlite().column_bytes(statement, column)));
+  if (!text::isUtf8(text)) throw StateError("cannot be used: it holds what is no text");
+  return std::string(text);
+}
+
+StateValue valueColumn(sqlite3_stmt* statement, int column) {
+  if (sqlite().column_type(statement, column) == SQLITE_INTEGER) return sqlite().column_int64(statement, column);
+  return textColumn(statement, column);
+}
+
+}  // namespace
+
+void apply(StateContents& contents, const StateChange& change) {
+  const std::pair key(change.device, change.item);
+  if (std::holds_alternative<std::monostate>(change.value))
+    contents.erase(key);
+  else
+    contents[key] = change.value;
+}
+
+bool State::refresh(StateContents& contents) {
+  if (!database_ && !file_.exists()) return false;
+  open();
+  // Not known until all is read: after a failure the next call starts over.
+  const int64_t seen = std::exchange(seenVersion_, -1);
+  const int64_t version = queryNumber(version_);
+  if (version != seen) load(contents);
+  seenVersion_ = version;
+  return version != seen;
+}
+
+void State::change(StateContents& contents, const std::function<std::vector<StateChange>(bool)>& decide) {
+  file_.create();
+  try {
+    open();
+    execute("BEGIN IMMEDIATE");
+    const bool refreshed = refresh(contents);
+    keep(contents, decide(refreshed));
+  } catch (...) {
+    // Rolls back, and lets the next call find a file that was deleted and made again meanwhile.
+    close();
+    throw;
+  }
+}
+
+void State::keep(StateContents& contents, const std::vector<StateChange>& changes) {
+  if (changes.empty()) return execute("ROLLBACK");
+  if (!hasTable_) {
+    execute(Table);
+    execute(Mark);
+  }
+  for (const StateChange& change : changes) store(change);
+  try {
+    execute("COMMIT");
+  } catch (const StateError&) {
+    // It may have failed after the changes were in.
+    if (!isKept(changes)) throw;
+  }
+  hasTable_ = true;
+  for (const StateChange& change : changes) apply(contents, change);
+}
+
+bool State::isKept(const std::vector<StateChange>& changes) {
+  close();
+  open();
+  StateContents kept;
+  load(kept);
+  return std::all_of(changes.begin(), changes.end(), [&](const StateChange& change) {
+    const auto found = kept.find({change.device, change.item});
+    return (found == kept.end() ? StateValue() : found->second) == change.value;
+  });
+}
+
+void State::open() {
+  if (version_) return;
+  sqlite3* database = nullptr;
+  const int status = sqlite().open_v2(file_.resolvedPath().c_str(), &database,
+                                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE, nullptr);
+  database_.reset(database);
+  if (status != SQLITE_OK) fail();
+  sqlite().busy_timeout(database, LongestWaitMilliseconds);
+  // Nothing that the file holds is run.
+  for (const auto& [option, isOn] : {std::pair(SQLITE_DBCONFIG_DEFENSIVE, 1),
+                                     {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
+                                     {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
+                                     {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0}}) {
+    if (sqlite().db_config(database, option, isOn, nullptr) != SQLITE_OK) fail();
+  }
+  // Also syncs the folder when the journal is gone, without which a power cut could bring the old values back.
+  execute("PRAGMA synchronous = EXTRA");
+  version_ = prepare("PRAGMA data_version");
+}
+
+void State::close() {
+  put_.reset();
+  version_.reset();
+  database_.reset();
+  seenVersion_ = -1;
+}
+
+void State::load(StateContents& contents) {
+  StateContents loaded;
+  const SqliteStatement schema = prepare("SELECT group_concat(sql, ';') FROM sqlite_schema");
+  if (sqlite().step(schema.get()) != SQLITE_ROW) fail();
+  const std::string found = textColumn(schema.get(), 0);
+  hasTable_ = !found.empty();
+  if (!hasTable_) return contents.clear();
+  if (found != Table) throw StateError("is a database, but not as this simulator writes it");
+  const SqliteStatement rows = prepare("SELECT device, item, value FROM change");
+  int status = sqlite().step(rows.get());
+  for (; status == SQLITE_ROW; status = sqlite().step(rows.get()))
+    apply(loaded, {sqlite().column_int(rows.get(), 0), textColumn(rows.get(), 1), valueColumn(rows.get(), 2)});
+  if (status != SQLITE_DONE) fail();
+  contents = std::move(loaded);
+}
+
+void State::store(const StateChange& change) {
+  const bool erases = std::holds_alternative<std::monostate>(change.value);
+  SqliteStatement erase;
+  if (erases) erase = prepare("DELETE FROM change WHERE device = ? AND item = ?");
+  if (!erases && !put_) put_ = prepare("INSERT OR REPLACE INTO change VALUES (?, ?, ?)");
+  sqlite3_stmt* const statement = erases ? erase.get() : put_.get();
+
+  sqlite().bind_int(statement, 1, change.device);
+  sqlite().bind_text(statement, 2, change.item.c_str(), -1, SQLITE_STATIC);
+  if (const auto* const number = std::get_if<int64_t>(&change.value)) sqlite().bind_int64(statement, 3, *number);
+  if (const auto* const text = std::get_if<std::string>(&change.value))
+    sqlite().bind_text(statement, 3, text->c_str(), -1, SQLITE_STATIC);
+  const int status = sqlite().step(statement);
+  sqlite().reset(statement);
+  if (status != SQLITE_DONE) fail();
+}
+
+void State::execute(const char* sql) {
+  if (sqlite().exec(database_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) fail();
+}
+
+int64_t State::queryNumber(SqliteStatement& statement) {
+  const int status = sqlite().step(statement.get());
+  const int64_t number = status == SQLITE_ROW ? sqlite().column_int64(statement.get(), 0) : 0;
+  sqlite().reset(statement.get());
+  if (status != SQLITE_ROW) fail();
+  return number;
+}
+
+SqliteStatement State::prepare(const char* sql) {
+  sqlite3_stmt* statement = nullptr;
+  if (sqlite().prepare_v2(database_.get(), sql, -1, &statement, nullptr) != SQLITE_OK) fail();
+  return SqliteStatement(statement);
+}
+
+void State::fail() const { throw StateError(std::string("cannot be used: ") + sqlite().errmsg(database_.get())); }
+
+}  // namespace simulator

@@ -1,0 +1,108 @@
+#include "simulator/state/state_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+namespace simulator {
+
+namespace {
+
+// Far behind all that SQLite reads, writes or locks.
+constexpr int64_t FirstLockedByte = int64_t{1} << 41;
+static_assert(sizeof(off_t) == sizeof FirstLockedByte);
+
+[[noreturn]] void failWithErrno(const char* what) { throw StateError(std::string(what) + ": " + std::strerror(errno)); }
+
+void syncFolder(const std::string& path) {
+  const base::Descriptor folder(path, O_RDONLY | O_DIRECTORY);
+  if (!folder.isOpen() || fsync(folder.number()) != 0) failWithErrno("its folder cannot be made lasting");
+}
+
+// What cannot be made shows when the file is.
+void makeFolders(const std::string& path) {
+  for (size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
+    const std::string folder = path.substr(0, slash);
+    if (mkdir(folder.c_str(), 0700) == 0) syncFolder(folder + "/..");
+  }
+}
+
+// The kernel ties these locks to the open file, not to the process: they do not disturb SQLite's own locks on the same
+// file.
+struct flock lockOn(int32_t device, short type) {
+  struct flock lock {};
+  lock.l_type = type;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = FirstLockedByte + device;
+  lock.l_len = 1;
+  return lock;
+}
+
+}  // namespace
+
+bool StateFile::exists() const {
+  struct stat status {};
+  if (lstat(path().c_str(), &status) != 0) {
+    if (errno == ENOENT || errno == ENOTDIR) return false;
+    failWithErrno("cannot be opened");
+  }
+  if (S_ISLNK(status.st_mode)) throw StateError("is a symbolic link, which is not followed");
+  if (!S_ISREG(status.st_mode)) throw StateError("is not a regular file");
+  return true;
+}
+
+void StateFile::create() const {
+  if (path().empty()) throw StateError("neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where it is to be");
+  if (exists()) return;
+  if (place_.makesFolders) makeFolders(path());
+  if (!base::Descriptor(path(), O_CREAT | O_RDWR | O_NOFOLLOW, 0600).isOpen()) failWithErrno("cannot be made");
+}
+
+std::string StateFile::resolvedPath() const {
+  const size_t slash = path().rfind('/');
+  const std::string folder = slash == std::string::npos ? "." : path().substr(0, slash + 1);
+  const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(folder.c_str(), nullptr), std::free);
+  if (!resolved) failWithErrno("its folder cannot be opened");
+  return std::string(resolved.get()) + "/" + path().substr(slash == std::string::npos ? 0 : slash + 1);
+}
+
+void StateFile::openForLocks() {
+  if (descriptor_.isOpen()) return;
+  descriptor_ = base::Descriptor(path(), O_RDWR | O_NOFOLLOW);
+  if (!descriptor_.isOpen()) failWithErrno("cannot be opened for writing");
+}
+
+bool StateFile::hold(int32_t device) {
+  if (const auto held = holds_.find(device); held != holds_.end()) {
+    ++held->second;
+    return true;
+  }
+  create();
+  openForLocks();
+  struct flock lock = lockOn(device, F_WRLCK);
+  if (fcntl(descriptor_.number(), F_OFD_SETLK, &lock) == 0) return holds_.emplace(device, 1).second;
+  if (errno != EAGAIN && errno != EACCES) failWithErrno("cannot be locked");
+  return false;
+}
+
+void StateFile::release(int32_t device) {
+  if (--holds_[device] > 0) return;
+  holds_.erase(device);
+  struct flock lock = lockOn(device, F_UNLCK);
+  fcntl(descriptor_.number(), F_OFD_SETLK, &lock);
+}
+
+bool StateFile::isHeldElsewhere(int32_t device) {
+  if (!exists()) return false;
+  openForLocks();
+  struct flock lock = lockOn(device, F_WRLCK);
+  if (fcntl(descriptor_.number(), F_OFD_GETLK, &lock) != 0) failWithErrno("cannot be locked");
+  return lock.l_type != F_UNLCK;
+}
+
+}  // namespace simulator
