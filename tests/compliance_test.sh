@@ -162,11 +162,11 @@ old name|write-description: can still be opened as "Minimal board" after a chang
 one list|write-description: a list that was taken before the change reads otherwise, device "Minimal board"
 unbound device|+1 control-unbound: has a device although it is not bound, firmware control
 unbound solutions|control-unbound: has chips or solutions although it is not bound, calibration control
-bound once|+11 control-bound-anew: has a device although it is not bound, firmware control bound anew, device "Minimal
+bound once|+11 control-rebinding: has a device although it is not bound, firmware control bound anew, device "Minimal
 refuses what it binds|+29 control-binding: has a device although it is not bound, firmware control, device
 no group|+1 fusion-children: has children, number 0, which is no fusion device
 no children|fusion-children: 0 children, device "Minimal board"
-stays bound|+5 control-bound-anew: has a device although it is not bound, firmware control, record of number 2147483647
+stays bound|+5 control-rebinding: has a device although it is not bound, firmware control, record of number 2147483647
 other number|+9 control-binding: number is 1 in the record, firmware control, device "Minimal board"
 other mode|+1 control-binding: mode is 1 in the record, firmware control, device "Minimal board"
 module index|+9 control-binding: module index is 1 in the record, firmware control, device "Minimal board"
@@ -174,7 +174,7 @@ old record|+1 write-description: is described "Minimal board" in the record of a
 long record|+9 control-binding: writes behind the record, firmware control, device "Minimal board"
 one text|+11 returned-stays: firmware control of device 0: notice of a chip reads
 earlier texts|+5 returned-stays: firmware control of device 0: description of a chip reads "?", not "0", after all
-rebinding|+5 returned-stays-when-bound-anew: firmware control bound to device 0: notice of a chip reads "1", not "0"
+rebinding|+5 returned-stays-after-rebinding: firmware control bound to device 0: notice of a chip reads "1", not "0"
 address by id|+36 write-board-id: device 0: base addresses is 1 , not 0 , after a change of the board id to 1
 binds what it refuses|+29 control-unknown: has a device although it is not bound, firmware control
 name by id|+36 write-board-id: device 0: solution 0 is "1" of 1 sections, not "0" of 1 sections, after a change of the

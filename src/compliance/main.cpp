@@ -5,19 +5,15 @@
 #include <exception>
 #include <system_error>
 
-#include "compliance/check.h"
-#include "compliance/exported_symbols.h"
-#include "compliance/judge.h"
+#include "compliance/checks/check.h"
+#include "compliance/library/exported_symbols.h"
 #include "compliance/options.h"
+#include "compliance/runner/check_runner.h"
 #include "text/one_line.h"
 
 using namespace compliance;
 
 namespace {
-
-constexpr const Checks* Reading[] = {&LibraryChecks, &DeviceChecks,  &TextChecks,     &OpenChecks,    &ArrayChecks,
-                                     &FusionChecks,  &ControlChecks, &ScenarioChecks, &LifetimeChecks};
-constexpr const Checks* Writing[] = {&DescriptionChecks, &BoardIdChecks, &GroupChecks, &SharingChecks};
 
 constexpr const char* Help = R"(Usage: velq-compliance [--write] [--timeout SECONDS] LIBRARY
 Checks that the device library in the file LIBRARY keeps the promises of
@@ -45,17 +41,16 @@ int print(const char* text) {
 }
 
 // Returns the exit status.
-int judge(const Options& options) {
+int runChecks(const Options& options) {
   expectSharedLibrary(options.library);
-  Judge judge(options.library, options.limit);
-  for (const Checks* const checks : Reading) judge.run(*checks);
-  for (const Checks* const checks : Writing) {
-    if (options.writes)
-      judge.run(*checks);
+  CheckRunner runner(options.library, options.limit);
+  for (const Check& check : AllChecks) {
+    if (check.access == CheckAccess::Reads || options.writes)
+      runner.run(check);
     else
-      judge.leaveOut(*checks, "needs --write");
+      runner.skip(check, "needs --write");
   }
-  return judge.finish() ? 0 : 1;
+  return runner.finish() ? 0 : 1;
 }
 
 }  // namespace
@@ -64,7 +59,7 @@ int main(int argc, char** argv) {
   try {
     if (argc == 2 && std::strcmp(argv[1], "--help") == 0) return print(Help);
     if (argc == 2 && std::strcmp(argv[1], "--version") == 0) return print("velq-compliance " VERSION "\n");
-    return judge(parseOptions(argv));
+    return runChecks(parseOptions(argv));
   } catch (const std::exception& error) {
     fprintf(stderr, "velq-compliance: %s\n", text::oneLine(error.what()).c_str());
     return UsageStatus;

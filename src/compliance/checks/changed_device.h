@@ -1,0 +1,46 @@
+// How every change is looked at: what it was to do is there, and nothing else is.
+#pragma once
+
+#include <string>
+
+#include "compliance/checks/check.h"
+#include "compliance/devices/devices.h"
+#include "compliance/devices/snapshot.h"
+
+namespace compliance {
+
+/// An opened device, the changes of it, and what has to be found after each.
+class ChangedDevice {
+ public:
+  ChangedDevice(DeviceCtrl* device, const std::string& where, const CheckContext& context, Findings& findings);
+
+  DeviceCtrl* handle() const { return device_; }
+  int32_t number() const { return number_; }
+
+  /// From now on the fact has to be found so.
+  void want(const std::string& fact, const std::string& value) { wanted_[fact] = value; }
+
+  /// Notes `what` unless the promise holds.
+  bool expect(bool holds, const std::string& what) { return findings_.expect(holds, what, where_); }
+
+  /// Looks whether all devices are as wanted: in new handles and a new list, and in this handle.
+  void look(const std::string& after);
+
+  /// Does so in the next process.
+  void lookInNextProcess(const std::string& after);
+
+  /// Notes that the device takes no change of this kind.
+  void refuse() { findings_.refuse(where_); }
+
+ private:
+  void expectWanted(const Snapshot& found, const std::string& when);
+
+  DeviceCtrl* const device_;
+  const std::string where_;
+  const CheckContext& context_;
+  Findings& findings_;
+  const int32_t number_;
+  Snapshot wanted_;
+};
+
+}  // namespace compliance

@@ -1,0 +1,102 @@
+// Texts that the library fills: never beyond the capacity, always terminated, cut only with a warning.
+#include <algorithm>
+#include <set>
+#include <string>
+
+#include "compliance/checks/check.h"
+#include "compliance/devices/devices.h"
+
+namespace compliance {
+
+namespace {
+
+using TextGetter = ErrorCode (*)(DeviceCtrl*, int32_t, wchar_t*);
+
+constexpr size_t GuardLength = 300;
+
+// Those that tools pass, and all around the length of the text.
+std::set<int32_t> capacitiesFor(size_t length) {
+  std::set<int32_t> capacities{256, 128, 100, 64, 50, 10};
+  for (int32_t capacity = 1; capacity <= static_cast<int32_t>(std::min(length + 2, GuardLength)); ++capacity)
+    capacities.insert(capacity);
+  return capacities;
+}
+
+bool isWarning(ErrorCode status) { return status >> 28 == 0xA; }
+
+bool isCharacter(wchar_t c) { return c > 0 && c <= 0x10FFFF && (c < 0xD800 || c > 0xDFFF); }
+
+// One answer of a getter, in a buffer that shows what was written where.
+struct Answer {
+  Answer(TextGetter getter, DeviceCtrl* device, int32_t capacity)
+      : room(static_cast<size_t>(capacity)), buffer(GuardLength + room + GuardLength, Filler) {
+    status = getter(device, capacity, buffer.data() + GuardLength);
+    const std::wstring written = buffer.substr(GuardLength, room);
+    isUntouched = written.find_first_not_of(Filler) == std::wstring::npos;
+    isTerminated = written.find(L'\0') != std::wstring::npos;
+    text = written.substr(0, written.find(L'\0'));
+  }
+
+  bool isWithinCapacity() const {
+    return buffer.find_first_not_of(Filler) >= GuardLength &&
+           buffer.find_first_not_of(Filler, GuardLength + room) == std::wstring::npos;
+  }
+
+  size_t room;
+  std::wstring buffer;
+  std::wstring text;
+  ErrorCode status;
+  bool isUntouched;
+  bool isTerminated;
+};
+
+void checkText(const Answer& answer, const std::wstring& whole, Findings& findings, const std::string& where) {
+  const std::string status = "status " + show(answer.status);
+  findings.expect(std::all_of(answer.text.begin(), answer.text.end(), isCharacter),
+                  show(answer.text) + " has what is no character", where);
+  if (whole.size() < answer.room) {
+    findings.expect(answer.status == Success, status + " for a text that fits", where);
+    findings.expect(answer.text == whole, show(answer.text) + " instead of the whole text", where);
+  } else {
+    findings.expect(isWarning(answer.status), status + " for a text that is cut", where);
+    findings.expect(answer.text == whole.substr(0, answer.room - 1),
+                    show(answer.text) + " is not the beginning of the text that there is room for", where);
+  }
+}
+
+void checkAnswer(const Answer& answer, const Answer& whole, Findings& findings, const std::string& where) {
+  if (!findings.expect(answer.isWithinCapacity(), "writes outside of the buffer", where)) return;
+  const std::string status = "status " + show(answer.status);
+  if (!findings.expect(failed(answer.status) == failed(whole.status),
+                       status + ", but " + show(whole.status) + " at capacity " + std::to_string(whole.room), where))
+    return;
+  if (!findings.expect(answer.isTerminated || (failed(answer.status) && answer.isUntouched), "no terminator, " + status,
+                       where))
+    return;
+  if (!failed(answer.status)) checkText(answer, whole.text, findings, where);
+}
+
+template <TextGetter Getter>
+void checkGetter(Findings& findings) {
+  forEachDevice(findings, [&](DeviceCtrl* device, const std::string& place) {
+    const auto at = [&](int32_t capacity) { return place + ", capacity " + std::to_string(capacity); };
+    const Answer whole(Getter, device, LargeCapacity);
+    checkAnswer(whole, whole, findings, at(LargeCapacity));
+    for (const int32_t capacity : capacitiesFor(whole.text.size()))
+      checkAnswer(Answer(Getter, device, capacity), whole, findings, at(capacity));
+  });
+}
+
+}  // namespace
+
+void checkDescription(const CheckContext&, Findings& findings) { checkGetter<DeviceCtrl_getDescription>(findings); }
+
+void checkBoardVersion(const CheckContext&, Findings& findings) { checkGetter<DeviceCtrl_getBoardVersion>(findings); }
+
+void checkDriverVersion(const CheckContext&, Findings& findings) { checkGetter<DeviceCtrl_getDriverVersion>(findings); }
+
+void checkLibraryVersion(const CheckContext&, Findings& findings) { checkGetter<DeviceCtrl_getDllVersion>(findings); }
+
+void checkLocation(const CheckContext&, Findings& findings) { checkGetter<DeviceCtrl_getLocation>(findings); }
+
+}  // namespace compliance

@@ -1,0 +1,34 @@
+#include "compliance/devices/devices.h"
+
+#include <algorithm>
+
+namespace compliance {
+
+std::vector<int32_t> listedNumbers() {
+  std::vector<int32_t> numbers;
+  for (const std::wstring& description : listedDescriptions())
+    if (const OpenDevice device = openDevice(description)) numbers.push_back(DeviceCtrl_getDeviceNumber(device.get()));
+  return numbers;
+}
+
+int32_t unusedNumber() {
+  const std::vector<int32_t> numbers = listedNumbers();
+  const auto highest = std::max_element(numbers.begin(), numbers.end());
+  return highest == numbers.end() || *highest == INT32_MAX ? UnknownNumber : *highest + 1;
+}
+
+void forEachDevice(Findings& findings, const std::function<void(DeviceCtrl*, const std::string&)>& visit) {
+  for (const std::wstring& description : listedDescriptions()) {
+    const std::string where = placeOf(description);
+    const OpenDevice device = openDevice(description);
+    if (findings.expect(device != nullptr, "cannot be opened by its description", where)) visit(device.get(), where);
+  }
+}
+
+std::string show(const std::vector<int32_t>& numbers) {
+  std::string shown;
+  for (const int32_t number : numbers) shown += (shown.empty() ? "" : ", ") + std::to_string(number);
+  return "[" + shown + "]";
+}
+
+}  // namespace compliance

@@ -1,0 +1,66 @@
+// Ways to the devices of the library under test, and texts that name what was found there.
+#pragma once
+
+#include <velq/velq.h>
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "compliance/library/findings.h"
+#include "reading/devices.h"
+#include "text/escaped.h"
+
+namespace compliance {
+
+using namespace Automation::Velq;
+
+/// Far from every number and description that a library may give a device.
+inline constexpr int32_t UnknownNumber = INT32_MAX;
+inline constexpr const wchar_t* UnknownDescription = L"velq-compliance: no such device";
+
+/// What buffers are filled with beforehand, so that it shows what was written: no character.
+inline constexpr wchar_t Filler = 0x5A5A5A5A;
+
+inline constexpr Scenario Scenarios[] = {ScenarioFirmware, ScenarioCalibration};
+
+using reading::childrenOf;
+using reading::descriptionOf;
+using reading::descriptionsIn;
+using reading::elementsOf;
+using reading::itemsOf;
+using reading::LargeCapacity;
+using reading::listedDescriptions;
+using reading::openControl;
+using reading::OpenControl;
+using reading::openDevice;
+using reading::OpenDevice;
+using reading::recordFor;
+using reading::valuesOf;
+
+/// The numbers of those that can be opened, in their order.
+std::vector<int32_t> listedNumbers();
+
+/// A number above all that are listed.
+int32_t unusedNumber();
+
+/// Opens every listed device by its description and hands it over with words for where it is. One that does not open
+/// is a finding.
+void forEachDevice(Findings& findings, const std::function<void(DeviceCtrl* device, const std::string& where)>& visit);
+
+/// As reports show them.
+inline std::string show(ErrorCode status) { return text::hexadecimal(status); }
+inline std::string show(const wchar_t* wide) { return text::escaped(wide); }
+inline std::string show(const std::wstring& wide) { return text::escaped(wide.c_str()); }
+std::string show(const std::vector<int32_t>& numbers);
+
+/// "device "Description""
+inline std::string placeOf(const std::wstring& description) { return "device " + show(description); }
+
+/// "firmware control"
+inline std::string nameOf(Scenario scenario) {
+  return scenario == ScenarioFirmware ? "firmware control" : "calibration control";
+}
+
+}  // namespace compliance

@@ -1,0 +1,135 @@
+#include "compliance/devices/snapshot.h"
+
+#include <algorithm>
+#include <sstream>
+#include <vector>
+
+#include "compliance/devices/devices.h"
+
+namespace compliance {
+
+namespace {
+
+constexpr const char* Order = "order of the list";
+
+using TextGetter = ErrorCode (*)(DeviceCtrl*, int32_t, wchar_t*);
+
+std::string prefixOf(int32_t number) { return "device " + std::to_string(number) + ": "; }
+
+std::string answerOf(TextGetter getter, DeviceCtrl* device) {
+  std::wstring text(LargeCapacity, L'\0');
+  const ErrorCode status = getter(device, LargeCapacity, text.data());
+  return failed(status) ? show(status) : show(text.c_str());
+}
+
+template <typename Value>
+std::string answerOf(Array* array) {
+  if (array == nullptr) return "null";
+  std::string text;
+  for (const Value value : valuesOf<Value>(array)) text += std::to_string(value) + " ";
+  return text;
+}
+
+void addFirmware(Snapshot& facts, int32_t number) {
+  const OpenControl control = openControl(ScenarioFirmware, number);
+  if (control == nullptr) return;
+  int index = 0;
+  for (void* const element : elementsOf(itemsOf(ScenarioFirmware, control.get()))) {
+    auto* const item = static_cast<FirmwareItem*>(element);
+    const std::string chip = prefixOf(number) + "chip " + std::to_string(index++);
+    facts[chip] = show(FirmwareItem_getDescription(item)) + ", version " + show(FirmwareItem_getVersion(item));
+  }
+}
+
+void addCalibration(Snapshot& facts, int32_t number) {
+  const OpenControl control = openControl(ScenarioCalibration, number);
+  if (control == nullptr) return;
+  int index = 0;
+  for (void* const element : elementsOf(itemsOf(ScenarioCalibration, control.get()))) {
+    auto* const solution = static_cast<CalibrationSolution*>(element);
+    const auto sections = elementsOf(CalibrationSolution_getSections(solution)).size();
+    facts[prefixOf(number) + "solution " + std::to_string(index++)] =
+        show(CalibrationSolution_getName(solution)) + " of " + std::to_string(sections) + " sections";
+  }
+}
+
+const std::string& valueOr(const Snapshot& snapshot, const std::string& fact, const std::string& otherwise) {
+  const auto found = snapshot.find(fact);
+  return found == snapshot.end() ? otherwise : found->second;
+}
+
+}  // namespace
+
+std::string listedFact(int32_t number) { return prefixOf(number) + "description in the list"; }
+std::string descriptionFact(int32_t number) { return prefixOf(number) + "description"; }
+std::string boardIdFact(int32_t number) { return prefixOf(number) + "board id"; }
+
+Snapshot factsOf(DeviceCtrl* device) {
+  const int32_t number = DeviceCtrl_getDeviceNumber(device);
+  const std::string prefix = prefixOf(number);
+  Snapshot facts{{boardIdFact(number), std::to_string(DeviceCtrl_getBoardId(device))},
+                 {prefix + "product id", std::to_string(DeviceCtrl_getProductId(device))},
+                 {descriptionFact(number), answerOf(DeviceCtrl_getDescription, device)},
+                 {prefix + "board version", answerOf(DeviceCtrl_getBoardVersion, device)},
+                 {prefix + "driver version", answerOf(DeviceCtrl_getDriverVersion, device)},
+                 {prefix + "library version", answerOf(DeviceCtrl_getDllVersion, device)},
+                 {prefix + "location", answerOf(DeviceCtrl_getLocation, device)},
+                 {prefix + "base addresses", answerOf<uint64_t>(DeviceCtrl_getBaseAddresses(device))},
+                 {prefix + "interrupts", answerOf<int32_t>(DeviceCtrl_getInterrupts(device))},
+                 {prefix + "fusion status", show(CvxIsFusionDevice(number))},
+                 {prefix + "children", show(childrenOf(number))}};
+  addFirmware(facts, number);
+  addCalibration(facts, number);
+  return facts;
+}
+
+Snapshot takeSnapshot() {
+  Snapshot snapshot;
+  std::string order;
+  for (const std::wstring& description : listedDescriptions()) {
+    const OpenDevice device = openDevice(description);
+    if (device == nullptr) {
+      snapshot[placeOf(description)] = "cannot be opened";
+      continue;
+    }
+    const int32_t number = DeviceCtrl_getDeviceNumber(device.get());
+    order += std::to_string(number) + " ";
+    snapshot[listedFact(number)] = show(description);
+    snapshot.merge(factsOf(device.get()));
+  }
+  snapshot[Order] = order;
+  return snapshot;
+}
+
+Snapshot without(int32_t number, Snapshot snapshot) {
+  const std::string prefix = prefixOf(number);
+  std::erase_if(snapshot, [&](const auto& fact) { return fact.first.starts_with(prefix) || fact.first == Order; });
+  return snapshot;
+}
+
+std::string firstDifference(const Snapshot& wanted, const Snapshot& found) {
+  Snapshot all = wanted;
+  all.insert(found.begin(), found.end());
+  for (const auto& [fact, value] : all) {
+    const std::string nothing = "nothing";
+    const std::string& right = valueOr(wanted, fact, nothing);
+    const std::string& left = valueOr(found, fact, nothing);
+    if (left != right) return fact + " is " + left + ", not " + right;
+  }
+  return "";
+}
+
+std::string textOf(const Snapshot& snapshot) {
+  std::string text;
+  for (const auto& [fact, value] : snapshot) text += fact + '\t' + value + '\n';
+  return text;
+}
+
+Snapshot snapshotOf(const std::string& text) {
+  Snapshot snapshot;
+  std::istringstream lines(text);
+  for (std::string fact, value; std::getline(lines, fact, '\t') && std::getline(lines, value);) snapshot[fact] = value;
+  return snapshot;
+}
+
+}  // namespace compliance

@@ -1,0 +1,38 @@
+#include "compliance/library/library.h"
+
+#include <dlfcn.h>
+
+#include <filesystem>
+#include <stdexcept>
+
+#include "compliance/library/watch.h"
+
+namespace compliance {
+
+namespace {
+
+constexpr const char* EntryName = "CvxQuellisLibInitialize";
+
+const Automation::Velq::LibraryTable* answering = nullptr;
+
+}  // namespace
+
+Library::Library(const std::string& path, Report& report) : path_(std::filesystem::absolute(path)), report_(report) {}
+
+void Library::load() {
+  prepareToCatch();
+  // Global, so that a preloaded probe finds the library behind itself.
+  void* const handle = callWatched("dlopen()", report_, [&] { return dlopen(path_.c_str(), RTLD_NOW | RTLD_GLOBAL); });
+  if (handle == nullptr) throw std::runtime_error(dlerror());
+  if (dlsym(handle, EntryName) == nullptr) throw std::runtime_error(path_ + ": does not export " + EntryName);
+  void* const first = dlsym(RTLD_DEFAULT, EntryName);
+  Dl_info place{};
+  if (dladdr(first, &place) != 0 && place.dli_fname != path_) report_.layer.set(place.dli_fname);
+  tables_ = callWatched(EntryName, report_, reinterpret_cast<decltype(&CvxQuellisLibInitialize)>(first));
+  answering = watch(tables_, report_);
+}
+
+}  // namespace compliance
+
+// Stands in this program for what the loader gives a tool that is linked to its library.
+const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() { return compliance::answering; }

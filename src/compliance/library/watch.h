@@ -1,0 +1,49 @@
+// Tables that stand before the library's and note what is being called.
+#pragma once
+
+#include <velq/library.h>
+
+#include "compliance/process/report.h"
+
+namespace compliance {
+
+/// Notes in the report that `name` is being called; at the end of the call, also what the library has done to the
+/// process meanwhile that is not its business.
+class Call {
+ public:
+  Call(const char* name, Report& report) : name_(name), report_(report) { report.operation.set(name); }
+  ~Call();
+  Call(const Call&) = delete;
+  Call& operator=(const Call&) = delete;
+
+ private:
+  const char* name_;
+  Report& report_;
+};
+
+/// Calls `operation` under its name. An exception that it lets out is noted and ends the process.
+template <typename Operation>
+auto callWatched(const char* name, Report& report, const Operation& operation);
+
+/// Lets this program catch what a library throws that has a C++ runtime of its own: the unwinder of this one sets
+/// itself up with the first exception that it raises, and would abort without.
+void prepareToCatch();
+
+/// The tables to call in place of the library's, which have to be complete. There is one such pair in a process.
+const Automation::Velq::LibraryTable* watch(const Automation::Velq::LibraryTable* tables, Report& report);
+
+/// Notes the exception that is being handled, and ends the process.
+[[noreturn]] void endWithException(Report& report);
+
+template <typename Operation>
+auto callWatched(const char* name, Report& report, const Operation& operation) {
+  try {
+    const Call call(name, report);
+    return operation();
+  } catch (...) {
+    report.operation.set(name);
+    endWithException(report);
+  }
+}
+
+}  // namespace compliance
