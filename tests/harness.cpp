@@ -113,7 +113,7 @@ void ToolTest::write(const std::string& name, const std::string& content) const 
 // The shell that runs the line becomes the tool.
 std::string ToolTest::shellLine(const Command& command) const {
   std::map<std::string, std::string> variables = environment;
-  variables["HOME"] = folder_;
+  variables.try_emplace("HOME", folder_);
   variables["LC_ALL"] = command.locale;
   variables["VELQ_STATE"] = state;
   // The sanitizers' runtime may come after what is preloaded.

@@ -60,6 +60,8 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
       {device(", \"children\": [1, 1]"), "/devices/1/children/1: expected a device that belongs to no group yet"},
       {device(", \"children\": [" + many + "1]"), "/devices/1/children: expected 1 to 256 children"},
       {device(", \"product_id\": 1e999"), "/devices/1/product_id: expected a number of 64 bits"},
+      {device(", \"board_id\": \"5\""),
+       "/devices/1/board_id: expected a number from 0 to 15; a string needs \"0x\" before"},
       {device(", \"board_id\": 16"), "/devices/1/board_id: expected a number from 0 to 15"},
       {device(", \"a\\nb/c~d\\u007f\\u009b\": 1"), "/devices/1/a\nb~1c~0d\x7F\u009B: unknown key"},
       {R"({"$schema": "rig.schema.json", "devices": []})", "none"},

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <set>
 #include <utility>
 
 #include "harness.h"
@@ -11,6 +12,8 @@
 namespace {
 
 using SimulatorTest = ToolTest;
+
+#define ADVICE "; name another file with VELQ_STATE or velq-sim --state"
 
 const char Refused[] = "Change device description start!\nsetDescription error!\n";
 
@@ -30,10 +33,10 @@ TEST_F(SimulatorTest, UnusableStateIsOneLineAndReadingGoesOn) {
   std::filesystem::create_symlink(path("nowhere"), path("dangling"));
   mkfifo(path("fifo").c_str(), 0600);
   const std::pair<const char*, const char*> cases[] = {
-      {"text", "cannot be used: file is not a database"},
+      {"text", "cannot be used: file is not a database" ADVICE},
       {"dangling", "is a symbolic link, which is not followed"},
       {"fifo", "is not a regular file"},
-      {"missing/state", "cannot be made: No such file or directory"},
+      {"missing/state", "cannot be created: No such file or directory" ADVICE},
   };
   for (const auto& [file, problem] : cases) {
     SCOPED_TRACE(file);
@@ -67,17 +70,32 @@ TEST_F(SimulatorTest, StateIsPrivateAndWhereTheEnvironmentSays) {
   run({"/dn:0", "-fw"});
   EXPECT_FALSE(std::filesystem::exists(path(".local")));
   run({"/dn:0", "-cd:A"});
-  useRig(OneBoard);
-  run({"/dn:0", "-cd:B"});
   environment["XDG_STATE_HOME"] = path("xdg");
-  environment.erase("VELQ_RIG");
   run({"/dn:0", "-cd:C"});
-  for (const char* file : {".local/state/velq-sim/state", "rig.json.state", "xdg/velq-sim/state"}) {
-    struct stat status {};
-    ASSERT_EQ(stat(path(file).c_str(), &status), 0) << file;
-    EXPECT_EQ(status.st_mode & 07777, 0600U) << file;
+  useRig(OneBoard);
+  std::filesystem::create_symlink("rig.json", path("link"));
+  const std::string longName(255, 'r');
+  std::filesystem::copy_file(path("rig.json"), path(longName));
+  for (const char* name : {"rig.json", "link", longName.c_str()}) {
+    environment["VELQ_RIG"] = path(name);
+    run({"/dn:0", "-cd:Of " + std::string(name, 4)});
   }
-  EXPECT_FALSE(std::filesystem::exists(path("xdg/velq-sim/state-journal")));
+  environment["VELQ_RIG"] = path("rig.json");
+  EXPECT_TRUE(run({}).output.ends_with("0,Of link\n"));
+  std::set<std::string> names;
+  for (const char* directory : {".local/state/velq-sim", "xdg/velq-sim"}) {
+    for (const auto& file : std::filesystem::directory_iterator(path(directory))) {
+      names.insert(file.path().filename().string().substr(0, 9));
+      struct stat status {};
+      ASSERT_EQ(stat(file.path().c_str(), &status), 0);
+      EXPECT_EQ(status.st_mode & 07777, 0600U) << file;
+    }
+  }
+  EXPECT_EQ(names, (std::set<std::string>{"state", "rig.json-", "rrrrrrrrr"}));
+  environment["XDG_STATE_HOME"] = "xdg";
+  environment["HOME"] = ".";
+  EXPECT_EQ(runWith({.arguments = {"/dn:0", "-cd:D"}, .expectsErrors = true}).errors,
+            "velq-sim: the state: neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where it is to be\n");
 }
 
 // Started by another user, the copy runs as its owner.

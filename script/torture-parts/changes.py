@@ -37,7 +37,7 @@ class Bench:
         subprocess.run(configure, cwd=options.root, check=True, capture_output=True)
         tree = build(options.root, "dev", "qutil", "velq", "velq-probe", "sleep_recorder")
         self.tool = options.tool
-        self.rig = options.root / "src" / "simulator" / "builtin_rig.json"
+        self.rig = options.root / "src" / "simulator" / "rig" / "builtin_rig.json"
         self.recorder = tree / "tests" / "sleep_recorder.so"
         self.preload = f"{next(tree.glob('lib*/**/libvelq-probe.so'))}:{self.recorder}"
         self.own = tempfile.TemporaryDirectory(prefix="qutil-torture-", dir="/dev/shm")
@@ -79,7 +79,9 @@ class Stage:
         return folder / ("rig.json.state" if self.has_rig else "made/velq-sim/state")
 
     def environment(self, folder):
-        place = {"VELQ_RIG": str(folder / "rig.json")} if self.has_rig else {"XDG_STATE_HOME": str(folder / "made")}
+        place = {"XDG_STATE_HOME": str(folder / "made")}
+        if self.has_rig:
+            place = {"VELQ_RIG": str(folder / "rig.json"), "VELQ_STATE": str(self.state(folder))}
         return {**place, "LC_ALL": "C", "PATH": "/usr/bin:/bin"}
 
     def run(self, folder, arguments=EVERYTHING, wrapper=()):

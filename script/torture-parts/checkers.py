@@ -20,7 +20,7 @@ def fuzz(options):
         found = folder / "found" / name
         found.mkdir(parents=True, exist_ok=True)
         if name == "rig":
-            shutil.copy(options.root / "src" / "simulator" / "builtin_rig.json", found)
+            shutil.copy(options.root / "src" / "simulator" / "rig" / "builtin_rig.json", found)
         limits = [f"-max_total_time={options.seconds}", "-timeout=10", "-max_len=2048"]
         reports = ["-print_final_stats=1", f"-artifact_prefix={found}-"]
         command = [folder / f"fuzz_{name}", *limits, *reports, found, options.root / "fuzz" / "corpus" / name]

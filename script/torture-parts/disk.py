@@ -119,9 +119,9 @@ def make_cases(rig):
     return [
         ("read-only file", lambda: rig.state.chmod(0o400), "cannot be opened for writing: Permission denied", changed),
         ("read-only folder", lambda: rig.folder.chmod(0o500), "cannot be used: attempt to write a readonly database", changed),
-        ("unreadable file", lambda: rig.state.chmod(0), "cannot be used: unable to open database file", plain),
-        ("read-only folder, no file", lambda: (rig.state.unlink(), rig.folder.chmod(0o500)), "cannot be made: Permission denied", plain),
-        ("no folder", lambda: setattr(rig, "state", rig.folder / "none" / "state"), "cannot be made: No such file or directory", plain),
+        ("unreadable file", lambda: rig.state.chmod(0), "cannot be opened: Permission denied", plain),
+        ("read-only folder, no file", lambda: (rig.state.unlink(), rig.folder.chmod(0o500)), "cannot be created: Permission denied", plain),
+        ("no folder", lambda: setattr(rig, "state", rig.folder / "none" / "state"), "cannot be created: No such file or directory", plain),
         ("no database", lambda: rig.state.write_bytes(b"text " * 2000), "cannot be used: file is not a database", plain),
         ("half a database", truncate, "cannot be used: database disk image is malformed", plain),
         ("another program's database", foreign_database, "is a database, but not as this simulator writes it", plain),

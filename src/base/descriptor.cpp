@@ -24,10 +24,10 @@ auto complete(Call call) {
 class StandardNumbers {
  public:
   StandardNumbers() {
-    for (int number = 0; number <= STDERR_FILENO && areTaken_; ++number) {
-      if (fcntl(number, F_GETFD) != -1) continue;
-      areTaken_ = isOurs_[number] = open("/", O_PATH | O_CLOEXEC) == number;
-    }
+    int number = 0;
+    while ((number = open("/", O_PATH | O_CLOEXEC)) >= 0 && number <= STDERR_FILENO) isOurs_[number] = true;
+    areTaken_ = number >= 0;
+    if (areTaken_) close(number);
   }
   ~StandardNumbers() {
     const int problem = errno;
@@ -43,7 +43,7 @@ class StandardNumbers {
 
  private:
   bool isOurs_[STDERR_FILENO + 1] = {};
-  bool areTaken_ = true;
+  bool areTaken_ = false;
 };
 
 }  // namespace

@@ -15,13 +15,17 @@ namespace velq_sim {
 
 namespace {
 
+[[noreturn]] void failWithErrno(const std::string& path, const char* what) {
+  throw Failure(Failed, path + ": " + what + ": " + std::strerror(errno) + simulator::StateError::Advice);
+}
+
 // A mistyped --state must not cost a file of another kind. Only the beginning is looked at: a state that is damaged
 // further on is what a reset is for. A state that a command made and had nothing to keep in is empty.
 bool isState(const std::string& path) {
   constexpr size_t IdOffset = 68;
   char header[IdOffset + 4] = {};
   std::ifstream file(path, std::ios::binary);
-  if (!file.is_open()) return false;
+  if (!file.is_open()) failWithErrno(path, "cannot be opened");
   file.read(header, sizeof header);
   if (file.gcount() == 0) return true;
   return std::string_view(header).starts_with("SQLite format 3") && std::string_view(&header[IdOffset], 4) == "VELQ";
@@ -39,8 +43,8 @@ void resetState() {
   } catch (const simulator::StateError& error) {
     throw Failure(Failed, path + ": " + error.what());
   }
-  if (!isState(path)) throw Failure(Failed, path + ": is no state of the simulator, so it is not deleted");
-  if (unlink(path.c_str()) != 0) throw Failure(Failed, path + ": cannot be deleted: " + std::strerror(errno));
+  if (!isState(path)) throw Failure(Failed, path + ": is not a state of the simulator, so it is not deleted");
+  if (unlink(path.c_str()) != 0) failWithErrno(path, "cannot be deleted");
   // What a killed command may have left. It must not meet the next state.
   unlink((path + "-journal").c_str());
 }

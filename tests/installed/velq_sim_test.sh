@@ -91,7 +91,14 @@ expect 0 - --state empty --reset
 [ -e empty ] || [ -e empty-journal ] && echo "not deleted" && failures=1
 expect 0 'Device description has changed from QA-1808,BID#1 to Old' --state=mine qutil /dn:1 -cd:Old
 expect 0 '1,QA-1808,BID#1' --state mine --reset qutil
-expect 1 'velq-sim: .*/rig.json: is no state of the simulator, so it is not deleted' --state rig.json --reset
+expect 1 'velq-sim: .*/rig.json: is not a state of the simulator, so it is not deleted' --state rig.json --reset
+touch closed && chmod 0 closed && mkdir -m 500 home
+reason='Permission denied; name another file with VELQ_STATE or velq-sim --state'
+plain=env && [ "$(id -u)" != 0 ] || plain='setpriv --bounding-set=-all --inh-caps=-all'
+expect 1 "velq-sim: .*/closed: cannot be opened: $reason" $plain velq-sim --state closed --reset
+expect 0 "velq-sim: .*/closed: cannot be opened: $reason" --state closed $plain qutil /dn:1 -fwo:rig.json
+[ "$(grep -c velq-sim: out)" = 1 ] || { cat out && failures=1; }
+expect 0 "velq-sim: .*/home/.*/state: its directory cannot be created: $reason" $plain env HOME="$PWD/home" qutil /dn:1 -cd:New
 ln -s rig.json link
 expect 1 'velq-sim: .*/link: is a symbolic link, which is not followed' --state link --reset
 (unset HOME

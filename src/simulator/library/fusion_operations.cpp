@@ -27,8 +27,9 @@ ErrorCode checkFusable(Simulation& simulation, const Children& children, const C
     if (!simulation.exists(child) || simulation.isFusion(child) || simulation.groupOf(child) != -1)
       return ErrorCannotFuse;
     if (simulation.productId(child) != simulation.productId(model)) return ErrorCannotFuse;
-    if (simulation.checkFree(child) != Success) {
-      report("device " + std::to_string(child) + " is held by another process and cannot be fused");
+    if (const ErrorCode status = simulation.checkFree(child); status != Success) {
+      if (status == ErrorDeviceBusy)
+        report("device " + std::to_string(child) + " is held by another process and cannot be fused");
       return ErrorCannotFuse;
     }
   }

@@ -38,8 +38,13 @@ void JsonValue::fail(const std::string& expected) const {
   throw RigError((place().empty() ? "the document" : place()) + ": expected " + expected);
 }
 
+void JsonValue::failNumber(const std::string& range) const {
+  const bool lacksPrefix = value_.is_string() && !value_.get_ref<const std::string&>().starts_with("0x");
+  fail("a number from " + range + (lacksPrefix ? "; a string needs \"0x\" before its hexadecimal digits" : ""));
+}
+
 int64_t JsonValue::number(int64_t lowest, int64_t highest) const {
-  const auto failRange = [&] { fail("a number from " + std::to_string(lowest) + " to " + std::to_string(highest)); };
+  const auto failRange = [&] { failNumber(std::to_string(lowest) + " to " + std::to_string(highest)); };
   if (value_.is_number_integer() && !value_.is_number_unsigned()) {
     const auto number = value_.get<int64_t>();
     if (number >= lowest && number <= highest) return number;
@@ -52,7 +57,7 @@ int64_t JsonValue::number(int64_t lowest, int64_t highest) const {
 
 uint64_t JsonValue::unsigned64() const {
   const std::optional<uint64_t> number = value_.is_number_unsigned() ? value_.get<uint64_t>() : hexadecimal(value_);
-  if (!number) fail("a number from 0 to 0xffffffffffffffff");
+  if (!number) failNumber("0 to 0xffffffffffffffff");
   return *number;
 }
 

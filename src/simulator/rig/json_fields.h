@@ -63,6 +63,8 @@ class JsonValue {
   std::string place() const;
 
  private:
+  [[noreturn]] void failNumber(const std::string& range) const;
+
   const nlohmann::json& value_;
   const JsonValue* parent_ = nullptr;
   std::string_view name_;  ///< empty for an element

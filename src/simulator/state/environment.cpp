@@ -1,6 +1,9 @@
 #include "simulator/state/environment.h"
 
+#include <cinttypes>
+#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 
 namespace simulator {
 
@@ -11,6 +14,28 @@ std::string variable(const char* name) {
   return value == nullptr ? "" : value;
 }
 
+bool isAbsolute(const std::string& path) { return path.starts_with('/'); }
+
+// FNV-1a, which gives the same on every machine.
+uint64_t hash(const std::string& text) {
+  uint64_t hash = 0xcbf29ce484222325;
+  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
+  return hash;
+}
+
+// A whole path can be longer than a file's name may be.
+std::string stateName(const std::string& rigPath) {
+  constexpr int MostOfName = 100;
+  const std::filesystem::path path = std::filesystem::absolute(rigPath);
+  std::error_code error;
+  // Of a rig that is not there, too: its state can be reset.
+  const std::filesystem::path found = std::filesystem::weakly_canonical(path, error);
+  const std::filesystem::path& resolved = error ? path : found;
+  char name[MostOfName + 20];
+  snprintf(name, sizeof name, "%.*s-%016" PRIx64, MostOfName, resolved.filename().c_str(), hash(resolved));
+  return name;
+}
+
 }  // namespace
 
 std::string rigPathFromEnvironment() { return variable("VELQ_RIG"); }
@@ -18,12 +43,12 @@ std::string rigPathFromEnvironment() { return variable("VELQ_RIG"); }
 StatePlace statePlaceFromEnvironment() {
   const std::string named = variable("VELQ_STATE");
   if (!named.empty()) return {named, false};
-  const std::string rig = rigPathFromEnvironment();
-  if (!rig.empty()) return {rig + ".state", false};
   const std::string home = variable("HOME");
-  std::string folder = variable("XDG_STATE_HOME");
-  if (folder.empty() && !home.empty()) folder = home + "/.local/state";
-  return {folder.empty() ? "" : folder + "/velq-sim/state", true};
+  std::string directory = variable("XDG_STATE_HOME");
+  if (!isAbsolute(directory)) directory = isAbsolute(home) ? home + "/.local/state" : "";
+  if (directory.empty()) return {"", true};
+  const std::string rig = rigPathFromEnvironment();
+  return {directory + "/velq-sim/" + (rig.empty() ? "state" : stateName(rig)), true};
 }
 
 }  // namespace simulator

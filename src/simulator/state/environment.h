@@ -10,8 +10,9 @@ namespace simulator {
 /// VELQ_RIG; empty stands for the built-in rig.
 std::string rigPathFromEnvironment();
 
-/// VELQ_STATE; else a file beside the rig that VELQ_RIG names; else, for the built-in rig, one under XDG_STATE_HOME or
-/// ~/.local/state, in a folder of its own. The path is empty when nothing says where.
+/// VELQ_STATE; else a file in the directory velq-sim below XDG_STATE_HOME or ~/.local/state, one for the built-in rig
+/// and one for each resolved path of a rig. Relative XDG_STATE_HOME and HOME are ignored. The path is empty when
+/// nothing says where.
 StatePlace statePlaceFromEnvironment();
 
 }  // namespace simulator

@@ -24,6 +24,8 @@ class Sqlite {
   LOADED_FUNCTION(busy_timeout);
   LOADED_FUNCTION(db_config);
   LOADED_FUNCTION(errmsg);
+  LOADED_FUNCTION(extended_errcode);
+  LOADED_FUNCTION(system_errno);
   LOADED_FUNCTION(exec);
   LOADED_FUNCTION(prepare_v2);
   LOADED_FUNCTION(finalize);

@@ -1,6 +1,7 @@
 #include "simulator/state/state.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -171,6 +172,16 @@ SqliteStatement State::prepare(const char* sql) {
   return SqliteStatement(statement);
 }
 
-void State::fail() const { throw StateError(std::string("cannot be used: ") + sqlite().errmsg(database_.get())); }
+void State::fail() const {
+  const int status = sqlite().extended_errcode(database_.get());
+  const bool isLock = status == SQLITE_IOERR_LOCK || status == SQLITE_IOERR_RDLOCK || status == SQLITE_IOERR_UNLOCK;
+  const bool isOpening = (status & 0xFF) == SQLITE_CANTOPEN;
+  const char* const what = isLock ? "cannot be locked: " : isOpening ? "cannot be opened: " : "cannot be used: ";
+  // The system's reason says more than SQLite's name for it, where it is one of this call.
+  const bool isSystems = isOpening || (status & 0xFF) == SQLITE_IOERR;
+  const int reason = isSystems ? sqlite().system_errno(database_.get()) : 0;
+  throw StateError(what + std::string(reason == 0 ? sqlite().errmsg(database_.get()) : std::strerror(reason)) +
+                   StateError::Advice);
+}
 
 }  // namespace simulator

@@ -17,18 +17,22 @@ namespace {
 constexpr int64_t FirstLockedByte = int64_t{1} << 41;
 static_assert(sizeof(off_t) == sizeof FirstLockedByte);
 
-[[noreturn]] void failWithErrno(const char* what) { throw StateError(std::string(what) + ": " + std::strerror(errno)); }
+[[noreturn]] void failWithErrno(const char* what) {
+  throw StateError(std::string(what) + ": " + std::strerror(errno) + StateError::Advice);
+}
 
 void syncFolder(const std::string& path) {
   const base::Descriptor folder(path, O_RDONLY | O_DIRECTORY);
-  if (!folder.isOpen() || fsync(folder.number()) != 0) failWithErrno("its folder cannot be made lasting");
+  if (!folder.isOpen() || fsync(folder.number()) != 0) failWithErrno("its directory cannot be synced");
 }
 
-// What cannot be made shows when the file is.
 void makeFolders(const std::string& path) {
   for (size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
     const std::string folder = path.substr(0, slash);
-    if (mkdir(folder.c_str(), 0700) == 0) syncFolder(folder + "/..");
+    if (mkdir(folder.c_str(), 0700) == 0)
+      syncFolder(folder + "/..");
+    else if (errno != EEXIST)
+      failWithErrno("its directory cannot be created");
   }
 }
 
@@ -60,21 +64,25 @@ void StateFile::create() const {
   if (path().empty()) throw StateError("neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where it is to be");
   if (exists()) return;
   if (place_.makesFolders) makeFolders(path());
-  if (!base::Descriptor(path(), O_CREAT | O_RDWR | O_NOFOLLOW, 0600).isOpen()) failWithErrno("cannot be made");
+  if (!base::Descriptor(path(), O_CREAT | O_RDWR | O_NOFOLLOW, 0600).isOpen()) failWithErrno("cannot be created");
 }
 
 std::string StateFile::resolvedPath() const {
   const size_t slash = path().rfind('/');
   const std::string folder = slash == std::string::npos ? "." : path().substr(0, slash + 1);
   const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(folder.c_str(), nullptr), std::free);
-  if (!resolved) failWithErrno("its folder cannot be opened");
+  if (!resolved) failWithErrno("its directory cannot be opened");
   return std::string(resolved.get()) + "/" + path().substr(slash == std::string::npos ? 0 : slash + 1);
 }
 
 void StateFile::openForLocks() {
   if (descriptor_.isOpen()) return;
   descriptor_ = base::Descriptor(path(), O_RDWR | O_NOFOLLOW);
-  if (!descriptor_.isOpen()) failWithErrno("cannot be opened for writing");
+  if (descriptor_.isOpen()) return;
+  const int problem = errno;
+  const bool isReadable = access(path().c_str(), R_OK) == 0;
+  errno = problem;
+  failWithErrno(isReadable ? "cannot be opened for writing" : "cannot be opened");
 }
 
 bool StateFile::hold(int32_t device) {

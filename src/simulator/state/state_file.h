@@ -14,6 +14,8 @@ namespace simulator {
 /// A state that cannot be used. what() says why, without the file's name; what the state holds stands in it as it is.
 struct StateError : std::runtime_error {
   using std::runtime_error::runtime_error;
+  /// Ends what() where the system refuses the file.
+  static constexpr const char* Advice = "; name another file with VELQ_STATE or velq-sim --state";
 };
 
 /// Where the file is to be. An empty path stands for a place that cannot be found out; every change is refused then.
