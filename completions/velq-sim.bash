@@ -21,7 +21,7 @@ _velq_sim() {
     option=${words[i]%%=*}
     case ${words[i]} in
       --) _velq_sim_command $((i + 1)); return ;;
-      --rig | --state | --trace | --faults | --check) given[$option]=${words[++i]} ;;
+      --rig | --state | --trace | --faults | --check | --capture) given[$option]=${words[++i]} ;;
       --*=*) given[$option]=${words[i]#*=} ;;
       -*) ;;
       *) _velq_sim_command "$i"; return ;;
@@ -32,7 +32,7 @@ _velq_sim() {
     1:*) [[ $option == --faults ]] || _filedir ;;
     0:--faults=*) ;;
     0:--*=*) cur=${cur#*=} && _filedir ;;
-    0:-*) mapfile -t COMPREPLY < <(compgen -W '--rig --state --reset --trace --faults --check --help --version' -- "$cur") ;;
+    0:-*) mapfile -t COMPREPLY < <(compgen -W '--rig --state --reset --trace --faults --check --capture --changes --help --version' -- "$cur") ;;
     *) _velq_sim_command "$cword" ;;
   esac
 }

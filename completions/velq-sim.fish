@@ -8,7 +8,7 @@ function __velq_sim_split --no-scope-shadowing
     set -l words (commandline -opc)[2..]
     while set -q words[1]
         switch $words[1]
-            case --rig --state --trace --faults --check
+            case --rig --state --trace --faults --check --capture
                 set -a own $words[1] $words[2]
                 set -e words[1]
             case --
@@ -47,10 +47,12 @@ end
 complete -c velq-sim -f
 complete -c velq-sim -n __velq_sim_has_no_command -l rig -rF -d 'take the devices from this rig'
 complete -c velq-sim -n __velq_sim_has_no_command -l state -rF -d 'keep what commands change in this file'
-complete -c velq-sim -n __velq_sim_has_no_command -l reset -d 'forget what commands have changed'
+complete -c velq-sim -n __velq_sim_has_no_command -l reset -d 'undo what commands have changed'
 complete -c velq-sim -n __velq_sim_has_no_command -l trace -rF -d 'append a line for every library call to this file'
 complete -c velq-sim -n __velq_sim_has_no_command -l faults -x -d 'let library calls fail'
-complete -c velq-sim -n __velq_sim_has_no_command -l check -rF -d 'only read this rig and say whether it is good'
+complete -c velq-sim -n __velq_sim_has_no_command -l check -rF -d 'only read this rig and report whether it is valid'
+complete -c velq-sim -n __velq_sim_has_no_command -l capture -rF -d 'write the installed devices as a rig'
+complete -c velq-sim -n __velq_sim_has_no_command -l changes -d 'show what commands have changed'
 complete -c velq-sim -n __velq_sim_has_no_command -l help -d 'show help'
 complete -c velq-sim -n __velq_sim_has_no_command -l version -d 'show the version'
 complete -c velq-sim -a '(__velq_sim_command)'

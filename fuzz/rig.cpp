@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <span>
 
+#include "simulator/rig/rig_writer.h"
+
 using namespace simulator;
 
 namespace {
@@ -25,8 +27,8 @@ void require(bool holds) {
 }
 
 void check(const Rig& rig) {
-  const auto unordered = [](const Device& a, const Device& b) { return a.number >= b.number; };
-  require(std::adjacent_find(rig.devices.begin(), rig.devices.end(), unordered) == rig.devices.end());
+  const std::string written = textOf(rig);
+  require(textOf(readRig(written)) == written);
   for (const Device& device : rig.devices) {
     require(device.number >= 0 && rig.find(device.number) == &device);
     if (!device.children) continue;

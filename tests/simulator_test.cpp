@@ -130,7 +130,7 @@ TEST_F(SimulatorTest, GroupsLeaveNothingBehind) {
   EXPECT_NE(run({"/dd:Both", "-fusion", "New", "B"}).output.find("successfully"), std::string::npos);
   useRig(boards + R"({"number": 256, "description": "Plain"}]})");
   const Outcome listed = runWith({.arguments = {}, .expectsErrors = true});
-  EXPECT_TRUE(listed.output.ends_with("0,B\n1,A\n2,Plain\n")) << listed.output;
+  EXPECT_TRUE(listed.output.ends_with("0,A\n1,B\n2,Plain\n")) << listed.output;
 }
 
 TEST_F(SimulatorTest, GroupsOfAtMost256) {

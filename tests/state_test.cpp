@@ -178,8 +178,8 @@ TEST_F(HandleTest, EveryQuerySeesWhatOthersChanged) {
 TEST_F(HandleTest, RulesForGroups) {
   changeElsewhere(
       {{0, "description", "Fusion device 256"}, {4, "description", "F"}, {6, "fusion", 4}, {7, "board id", 9}});
-  void* const fourth = Array_getItem(DeviceCtrl_getInstalledDevices(), 4);
-  EXPECT_STREQ(static_cast<InstalledDeviceNode*>(fourth)->Description, L"F");
+  void* const last = Array_getItem(DeviceCtrl_getInstalledDevices(), 7);
+  EXPECT_STREQ(static_cast<InstalledDeviceNode*>(last)->Description, L"F");
   const int32_t list[] = {7, 6, 7};
   int32_t made = 0, room = 0;
   EXPECT_EQ(CvxFusionDeviceGetChildren(4, &room, nullptr), 0xE0000003);

@@ -69,6 +69,15 @@ int64_t Descriptor::length() const {
   return isOpen() && fstat(number_, &status) == 0 && S_ISREG(status.st_mode) ? int64_t{status.st_size} : -1;
 }
 
+bool Descriptor::write(std::string_view bytes) const {
+  while (!bytes.empty()) {
+    const ssize_t count = complete([&] { return ::write(number_, bytes.data(), bytes.size()); });
+    if (count < 0) return false;
+    bytes.remove_prefix(static_cast<size_t>(count));
+  }
+  return true;
+}
+
 int64_t Descriptor::read(void* bytes, size_t count) const {
   size_t done = 0;
   while (done < count) {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace base {
 
@@ -26,6 +27,9 @@ class Descriptor {
 
   /// The length of a regular file, -1 for anything else.
   int64_t length() const;
+
+  /// Writes all bytes. False on an error, with errno.
+  bool write(std::string_view bytes) const;
 
   /// Reads up to `count` bytes, fewer only at the end of the file. -1 on an error, with errno.
   int64_t read(void* bytes, size_t count) const;

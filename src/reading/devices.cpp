@@ -62,7 +62,6 @@ std::vector<int32_t> childrenOf(int32_t fusionNumber) {
   int32_t count = MostFusionChildren;
   const bool listed = CvxFusionDeviceGetChildren(fusionNumber, &count, children.data()) == Success;
   children.resize(listed ? static_cast<size_t>(std::clamp(count, 0, MostFusionChildren)) : 0);
-  std::sort(children.begin(), children.end());
   return children;
 }
 

@@ -61,7 +61,7 @@ std::vector<Value> valuesOf(Array* array) {
   return values;
 }
 
-/// The children of a fusion device in order of their numbers; empty when it has none or the library refuses.
+/// The children of a fusion device as it lists them; empty when it has none or the library refuses.
 std::vector<int32_t> childrenOf(int32_t fusionNumber);
 
 }  // namespace reading

@@ -6,6 +6,8 @@
 
 #include "simulator/rig/rig.h"
 #include "text/one_line.h"
+#include "velq_sim/capture.h"
+#include "velq_sim/changes.h"
 #include "velq_sim/failure.h"
 #include "velq_sim/launch.h"
 #include "velq_sim/options.h"
@@ -23,16 +25,21 @@ simulator::Rig readRig(const std::string& path) {
   }
 }
 
-void perform(const Request& request) {
+// Returns the exit status.
+int perform(const Request& request) {
   if (!request.check.empty()) {
     printf("%s: good, number of devices: %zu\n", request.check.c_str(), readRig(request.check).devices.size());
+  } else if (!request.capture.empty()) {
+    capture(request.capture);
   } else {
     // Ahead of the command, which would go on without devices.
     if (!request.rig.empty()) readRig(request.rig);
     exportRequest(request);
     if (request.reset) resetState();
+    if (request.changes) return showChanges() ? 0 : Failed;
     if (*request.command != nullptr) launch(request.command);
   }
+  return 0;
 }
 
 ExitStatus refuse(const char* problem, ExitStatus status) {
@@ -44,7 +51,7 @@ ExitStatus refuse(const char* problem, ExitStatus status) {
 
 int main(int argc, char** argv) {
   try {
-    if (const std::optional<Request> request = parse(argc, argv)) perform(*request);
+    if (const std::optional<Request> request = parse(argc, argv)) return perform(*request);
     return 0;
   } catch (const Failure& failure) {
     return refuse(failure.what(), failure.status());

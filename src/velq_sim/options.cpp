@@ -1,7 +1,11 @@
 #include "velq_sim/options.h"
 
-#include <CLI/CLI.hpp>
-#include <memory>
+#include <getopt.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <iterator>
 #include <string_view>
 
 #include "velq_sim/failure.h"
@@ -10,74 +14,105 @@ namespace velq_sim {
 
 namespace {
 
-class Formatter : public CLI::Formatter {
- public:
-  Formatter() { column_width(16); }
+constexpr const char* Help = R"(Usage: velq-sim [OPTION...] COMMAND [ARGUMENT...]
+       velq-sim [OPTION...] --reset
+       velq-sim [OPTION...] --changes
+       velq-sim --capture FILE
+       velq-sim --check FILE
+Runs a command on the simulator of Quellis boards.
 
-  std::string make_usage(const CLI::App*, std::string) const override {
-    return "Usage: velq-sim [OPTION...] COMMAND [ARGUMENT...]\n"
-           "       velq-sim [OPTION...] --reset\n"
-           "       velq-sim --check FILE\n";
-  }
-};
+  --rig FILE      take the devices from this rig (VELQ_RIG)
+  --state FILE    keep what commands change in this file (VELQ_STATE)
+  --reset         undo what commands have changed; needs no COMMAND
+  --changes       show what commands have changed
+  --trace FILE    append a line for every library call to this file (VELQ_TRACE)
+  --faults LIST   let library calls fail as LIST says (VELQ_FAULTS)
+  --capture FILE  write the devices of the installed library as a rig; "-" is
+                  standard output
+  --check FILE    only read this rig and report whether it is valid
+  --help          show this help
+  --version       show the version
+
+More is in the manual: man velq-sim
+)";
+
+// In the order of this list.
+enum Choice { Rig, State, Trace, Faults, Check, Capture, Changes, Reset, ShowHelp, ShowVersion, ChoiceCount };
+constexpr option Options[] = {{"rig", required_argument, nullptr, Rig},
+                              {"state", required_argument, nullptr, State},
+                              {"trace", required_argument, nullptr, Trace},
+                              {"faults", required_argument, nullptr, Faults},
+                              {"check", required_argument, nullptr, Check},
+                              {"capture", required_argument, nullptr, Capture},
+                              {"changes", no_argument, nullptr, Changes},
+                              {"reset", no_argument, nullptr, Reset},
+                              {"help", no_argument, nullptr, ShowHelp},
+                              {"version", no_argument, nullptr, ShowVersion},
+                              {}};
+static_assert(std::size(Options) == ChoiceCount + 1);
 
 [[noreturn]] void refuse(const std::string& problem) { throw Failure(WrongUsage, problem + "; see velq-sim --help"); }
 
-std::string refuseEmpty(const std::string& value) { return value.empty() ? "a value is needed" : ""; }
-
-void define(CLI::App& app, Request& request) {
-  const auto add = [&](const char* name, const char* value, std::string& text, const char* help) {
-    app.add_option(name, text, help)->type_name(value)->check(refuseEmpty);
-  };
-  add("--rig", "FILE", request.rig, "take the devices from this rig (VELQ_RIG)");
-  add("--state", "FILE", request.state, "keep what commands change in this file (VELQ_STATE)");
-  app.add_flag("--reset", request.reset, "forget what commands have changed; needs no COMMAND")
-      ->disable_flag_override()
-      ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
-  add("--trace", "FILE", request.trace, "append a line for every library call to this file (VELQ_TRACE)");
-  add("--faults", "TEXT", request.faults, "let library calls fail as TEXT says (VELQ_FAULTS)");
-  add("--check", "FILE", request.check, "only read this rig and say whether it is good");
-  app.set_help_flag("--help", "show this help");
-  app.set_version_flag("--version", "velq-sim " VERSION, "show the version");
+std::optional<Request> show(const char* text) {
+  if (std::fputs(text, stdout) < 0 || std::fflush(stdout) != 0)
+    throw Failure(Failed, std::string("standard output: ") + std::strerror(errno));
+  return std::nullopt;
 }
 
-// Finds the command behind the options, of which CLI11 leaves a "--" standing where no option comes before it.
-char** commandIn(const CLI::App& app, char** begin, char** end) {
-  char** command = end - app.remaining().size();
-  for (char** option = begin; option != command; ++option) {
-    // CLI11 would take what follows as the value.
-    if (std::string_view(*option).ends_with("=")) refuse(std::string(*option) + " needs a value");
+void take(Request& request, Choice choice) {
+  std::string* const values[] = {&request.rig,    &request.state, &request.trace,
+                                 &request.faults, &request.check, &request.capture};
+  const std::string name = std::string("--") + Options[choice].name;
+  if (choice >= Changes) {
+    bool& flag = choice == Changes ? request.changes : request.reset;
+    if (flag) refuse(name + " is given twice");
+    flag = true;
+    return;
   }
-  if (command == end || **command != '-' || std::string_view(*(command - 1)) == "--") return command;
-  if (std::string_view(*command) != "--") refuse("unknown option \"" + std::string(*command) + "\"");
-  return command + 1;
+  if (*optarg == 0) refuse(name + " needs a value");
+  if (!values[choice]->empty()) refuse(name + " is given twice");
+  *values[choice] = optarg;
+}
+
+void checkCombination(const Request& request) {
+  const bool hasCommand = *request.command != nullptr;
+  const bool hasProbe = !(request.trace + request.faults).empty();
+  const bool hasMore =
+      hasCommand || hasProbe || request.changes || request.reset || !(request.rig + request.state).empty();
+  if (!request.check.empty() && (hasMore || !request.capture.empty()))
+    refuse("--check goes with no command and no other option");
+  if (!request.capture.empty() && hasMore) refuse("--capture goes with no command and no other option");
+  if (request.changes && (hasCommand || hasProbe || request.reset))
+    refuse("--changes goes with no command, and with no option but --rig and --state");
+  const bool hasWork = hasCommand || request.changes || request.reset || !(request.check + request.capture).empty();
+  if (!hasWork) refuse("no command is given");
+}
+
+// Says what is wrong with the argument `given`, for which getopt_long() returned `answer`.
+[[noreturn]] void refuseOption(int answer, const std::string& given) {
+  if (answer == ':') refuse(given + " needs a value");
+  // Set to the option's own value only where it was given a value that it does not take.
+  if (optopt > 0 && optopt < ChoiceCount) refuse("--" + std::string(Options[optopt].name) + " takes no value");
+  refuse("unknown option \"" + given + "\"");
 }
 
 }  // namespace
 
 std::optional<Request> parse(int argc, char** argv) {
   Request request;
-  CLI::App app("Runs a command on the simulator of Quellis boards.", "velq-sim");
-  app.formatter(std::make_shared<Formatter>());
-  app.footer("More is in the manual: man velq-sim");
-  app.prefix_command();
-  define(app, request);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::Success& asked) {
-    app.exit(asked);
-    return std::nullopt;
-  } catch (const CLI::ParseError& error) {
-    refuse(error.what());
+  opterr = 0;
+  for (;;) {
+    const int place = optind;
+    // "+": options end where the command begins. ":": a missing value is told from an unknown option.
+    const int answer = getopt_long(argc, argv, "+:", Options, nullptr);
+    if (answer == -1) break;
+    if (answer == ':' || answer == '?') refuseOption(answer, argv[place]);
+    if (answer == ShowHelp) return show(Help);
+    if (answer == ShowVersion) return show("velq-sim " VERSION "\n");
+    take(request, static_cast<Choice>(answer));
   }
-  request.command = commandIn(app, argv + 1, argv + argc);
-  const bool hasCommand = *request.command != nullptr;
-  if (!request.check.empty()) {
-    const bool hasMore = request.reset || !(request.rig + request.state + request.trace + request.faults).empty();
-    if (hasCommand || hasMore) refuse("--check goes with no command and no other option");
-  } else if (!hasCommand && !request.reset) {
-    refuse("no command is given");
-  }
+  request.command = argv + optind;
+  checkCombination(request);
   return request;
 }
 

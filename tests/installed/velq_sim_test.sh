@@ -31,16 +31,16 @@ echo '{"devices": [{"number": 4}]}' >bad.json
 expect 2 'velq-sim: no command is given; see velq-sim --help'
 expect 2 'velq-sim: no command is given; see velq-sim --help' --trace t --
 expect 2 'velq-sim: unknown option "--\\x{1f}\\x{80}\\x{9f}";.*' "$(printf -- '--\037\302\200\302\237')"
-expect 2 'velq-sim: --rig: 1 required FILE missing; see velq-sim --help' --rig
-expect 2 'velq-sim: --rig= needs a value; see velq-sim --help' --rig= qutil /dn:0
-expect 2 'velq-sim: --rig: a value is needed; see velq-sim --help' --rig '' qutil
-expect 2 'velq-sim: --rig: At Most 1 required but received 2; see velq-sim --help' --rig a --rig=b qutil
-expect 2 'velq-sim: --reset: At Most 1 required but received 2; see velq-sim --help' --reset --reset
-expect 2 'velq-sim: reset was given a disallowed flag override; see velq-sim --help' --reset=x
+expect 2 'velq-sim: --rig needs a value; see velq-sim --help' --rig
+expect 2 'velq-sim: --rig needs a value; see velq-sim --help' --rig= qutil /dn:0
+expect 2 'velq-sim: --rig needs a value; see velq-sim --help' --rig '' qutil
+expect 2 'velq-sim: --rig is given twice; see velq-sim --help' --rig a --rig=b qutil
+expect 2 'velq-sim: --reset is given twice; see velq-sim --help' --reset --reset
+expect 2 'velq-sim: --reset takes no value; see velq-sim --help' --reset=x
 expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json qutil
 expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json --reset
 
-expect 0 '  --reset       forget what commands have changed; needs no COMMAND' --help
+expect 0 '  --reset         undo what commands have changed; needs no COMMAND' --help
 expect 0 'velq-sim 1.0.0' --version
 
 # Rigs

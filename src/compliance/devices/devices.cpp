@@ -11,6 +11,12 @@ std::vector<int32_t> listedNumbers() {
   return numbers;
 }
 
+std::vector<int32_t> childrenOf(int32_t fusionNumber) {
+  std::vector<int32_t> children = reading::childrenOf(fusionNumber);
+  std::sort(children.begin(), children.end());
+  return children;
+}
+
 int32_t unusedNumber() {
   const std::vector<int32_t> numbers = listedNumbers();
   const auto highest = std::max_element(numbers.begin(), numbers.end());

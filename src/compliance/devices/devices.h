@@ -25,7 +25,6 @@ inline constexpr wchar_t Filler = 0x5A5A5A5A;
 
 inline constexpr Scenario Scenarios[] = {ScenarioFirmware, ScenarioCalibration};
 
-using reading::childrenOf;
 using reading::descriptionOf;
 using reading::descriptionsIn;
 using reading::elementsOf;
@@ -41,6 +40,9 @@ using reading::valuesOf;
 
 /// The numbers of those that can be opened, in their order.
 std::vector<int32_t> listedNumbers();
+
+/// The children of a fusion device in order of their numbers; empty when it has none or the library refuses.
+std::vector<int32_t> childrenOf(int32_t fusionNumber);
 
 /// A number above all that are listed.
 int32_t unusedNumber();

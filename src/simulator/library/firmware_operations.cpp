@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <cwchar>
 
 #include "simulator/library/firmware_file.h"
@@ -12,10 +11,9 @@ namespace simulator {
 
 namespace {
 
-std::string versionText(uint16_t version) {
-  char text[8];
-  snprintf(text, sizeof text, "%x.%02x", version >> 8U, version & 0xFFU);
-  return text;
+bool isNewer(uint16_t version, const FirmwareVersion& than) {
+  const auto* const number = std::get_if<uint16_t>(&than);
+  return number == nullptr || version > *number;
 }
 
 bool isPassword(const Chip& chip, const wchar_t* given) {
@@ -55,7 +53,7 @@ const wchar_t* FirmwareItem_getDescription(FirmwareItem* item) {
 
 const wchar_t* FirmwareItem_getVersion(FirmwareItem* item) {
   const ChipObject& chip = resolve<ChipObject>(item, __func__);
-  return internedWide(versionText(Simulation::instance().firmwareVersion(chip.device.number, chip.index)));
+  return internedWide(shown(Simulation::instance().firmwareVersion(chip.device.number, chip.index)));
 }
 
 const wchar_t* FirmwareItem_getNotice(FirmwareItem* item) {
@@ -81,7 +79,7 @@ ErrorCode FirmwareItem_loadFile(FirmwareItem* item, const wchar_t* path) {
   if (status != Success) return status;
   if (file.product != simulation.productId(number)) return ErrorFirmwareWrongDevice;
   chip.loadedVersion = file.version;
-  return file.version > simulation.firmwareVersion(number, chip.index) ? Success : WarningFirmwareNotNewer;
+  return isNewer(file.version, simulation.firmwareVersion(number, chip.index)) ? Success : WarningFirmwareNotNewer;
 }
 
 ErrorCode FirmwareItem_start(FirmwareItem* item, int32_t /*mode*/, const wchar_t* password) {

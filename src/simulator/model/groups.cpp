@@ -1,5 +1,8 @@
 #include "simulator/model/groups.h"
 
+#include <algorithm>
+#include <set>
+
 namespace simulator {
 
 Groups::Groups(const Rig& rig, const StateContents& contents) {
@@ -12,7 +15,21 @@ Groups::Groups(const Rig& rig, const StateContents& contents) {
     if (key.second == "fusion" && group != nullptr) groupOf_[key.first] = static_cast<int32_t>(*group);
   }
   std::erase_if(groupOf_, [](const auto& entry) { return entry.second < 0; });
-  for (const auto& [child, group] : groupOf_) groups_[group].push_back(child);
+  std::set<int32_t> placed;
+  for (const Device& device : rig.devices) {
+    if (!device.children) continue;
+    for (const int32_t child : *device.children) {
+      if (groupOf(child) != device.number) continue;
+      groups_[device.number].push_back(child);
+      placed.insert(child);
+    }
+  }
+  for (const auto& [child, group] : groupOf_) {
+    if (placed.contains(child)) continue;
+    std::vector<int32_t>& children = groups_[group];
+    children.insert(std::find_if(children.begin(), children.end(), [&](int32_t other) { return other > child; }),
+                    child);
+  }
 }
 
 std::vector<int32_t> Groups::children(int32_t number) const {

@@ -17,13 +17,14 @@ class Groups {
   Groups() = default;
   Groups(const Rig& rig, const StateContents& contents);
 
-  /// The children of each fusion device, in order of their numbers.
+  /// The children of each fusion device: those that the rig lists in its order, each other one ahead of the first with a
+  /// higher number.
   const std::map<int32_t, std::vector<int32_t>>& all() const { return groups_; }
 
   /// Whether this is the number of a fusion device.
   bool contains(int32_t number) const { return groups_.contains(number); }
 
-  /// Empty when `number` is no fusion device.
+  /// In the same order; empty when `number` is no fusion device.
   std::vector<int32_t> children(int32_t number) const;
 
   /// The fusion device that a device belongs to; -1 when to none.

@@ -1,8 +1,5 @@
 #include "simulator/model/simulation.h"
 
-#include <algorithm>
-#include <iterator>
-
 #include "simulator/model/state_check.h"
 #include "simulator/state/environment.h"
 #include "text/utf8.h"
@@ -27,24 +24,26 @@ Simulation::Simulation(const std::string& rigPath, const StatePlace& statePlace)
   refresh();
 }
 
-void Simulation::refresh() {
-  if (!hasRig_) return;
+bool Simulation::refresh() {
+  if (!hasRig_) return false;
   try {
     if (state_.refresh(contents_)) derive();
   } catch (const StateError& error) {
     reportState(error.what());
+    return false;
   }
+  return mismatch_.empty();
 }
 
 std::vector<int32_t> Simulation::numbers() const {
   std::vector<int32_t> numbers;
   numbers.reserve(rig_.devices.size() + groups_.all().size());
   for (const Device& device : rig_.devices) {
-    if (!device.children) numbers.push_back(device.number);
+    if (!device.children || isFusion(device.number)) numbers.push_back(device.number);
   }
-  const auto boards = static_cast<std::ptrdiff_t>(numbers.size());
-  for (const auto& [number, children] : groups_.all()) numbers.push_back(number);
-  std::inplace_merge(numbers.begin(), numbers.begin() + boards, numbers.end());
+  for (const auto& [number, children] : groups_.all()) {
+    if (rig_.find(number) == nullptr) numbers.push_back(number);
+  }
   return numbers;
 }
 
@@ -76,13 +75,15 @@ int32_t Simulation::boardId(int32_t number) const {
 }
 
 int32_t Simulation::productId(int32_t number) const {
-  const Device* const device = rig_.find(isFusion(number) ? children(number).front() : number);
-  return device == nullptr ? 0 : device->productId;
+  const Device* const device = rig_.find(number);
+  if (device != nullptr && device->productId) return *device->productId;
+  return isFusion(number) ? productId(children(number).front()) : 0;
 }
 
-uint16_t Simulation::firmwareVersion(int32_t number, size_t chip) const {
-  const uint16_t original = (*rig_.find(number)->firmware)[chip].version;
-  return static_cast<uint16_t>(changedNumber(number, firmwareItem(chip), original));
+FirmwareVersion Simulation::firmwareVersion(int32_t number, size_t chip) const {
+  if (const StateValue* const value = changed(number, firmwareItem(chip)))
+    return static_cast<uint16_t>(std::get<int64_t>(*value));
+  return (*rig_.find(number)->firmware)[chip].version;
 }
 
 uint32_t Simulation::codeInUse(int32_t number, const std::string& item, uint32_t rigCode) const {

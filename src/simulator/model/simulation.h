@@ -26,27 +26,32 @@ class Simulation {
   /// Whether there is a rig at all.
   bool hasRig() const { return hasRig_; }
 
-  /// Takes in what other processes changed. An unusable state is reported and counts as empty.
-  void refresh();
+  /// Takes in what other processes changed. Returns false where there is no rig and, after a report, where the state
+  /// cannot be used, which then counts as empty.
+  bool refresh();
 
-  /// The numbers of all devices, in order, fusion devices included.
+  /// The numbers of all devices as they are listed: in the order of the rig, then the fusion devices that commands
+  /// created, by number.
   std::vector<int32_t> numbers() const;
 
   /// Whether there is a device, or a fusion device, with this number.
   bool exists(int32_t number) const { return isFusion(number) || rig_.hasBoard(number); }
   bool isFusion(int32_t number) const { return groups_.contains(number); }
 
-  /// The number of the device that `number` names, 0 or above, or, with -1, the lowest one described `description`,
-  /// which may be null. Nothing when there is no such device. Takes in what other processes changed.
+  /// The number of the device that `number` names, 0 or above, or, with -1, the first listed one with this
+  /// description, which may be null. Nothing when there is no such device. Takes in what other processes changed.
   std::optional<int32_t> select(int32_t number, const wchar_t* description);
 
-  /// The lowest number of a device with exactly this description; -1 when there is none.
+  /// The number of the first listed device with exactly this description; -1 when there is none.
   int32_t findDescription(const std::string& description) { return descriptions().find(description); }
 
   /// Whether a device other than `number` has exactly this description.
   bool isBorneByAnother(const std::string& description, int32_t number) {
     return descriptions().isBorneByAnother(description, number);
   }
+
+  /// The devices before all changes; none without a rig.
+  const Rig& rig() const { return rig_; }
 
   /// What the rig says of the device; null for a fusion device that a command made, and for none.
   const Device* rigDevice(int32_t number) const { return rig_.find(number); }
@@ -57,10 +62,10 @@ class Simulation {
   const std::string& description(int32_t number) const;
   int32_t boardId(int32_t number) const;
   int32_t productId(int32_t number) const;
-  uint16_t firmwareVersion(int32_t number, size_t chip) const;
+  FirmwareVersion firmwareVersion(int32_t number, size_t chip) const;
   uint32_t codeInUse(int32_t number, const std::string& item, uint32_t rigCode) const;
 
-  /// Children in order of their numbers; empty when `number` is no fusion device.
+  /// Children as they are listed; empty when `number` is no fusion device.
   std::vector<int32_t> children(int32_t number) const { return groups_.children(number); }
 
   /// The fusion device that the device belongs to; -1 when to none.

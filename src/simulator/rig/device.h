@@ -4,26 +4,36 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace simulator {
 
+/// The version of a chip's firmware: binary coded decimal, 0x0123 is version 1.23, or any other string, which is older
+/// than every number. In a rig a string that begins with "0x" is a number.
+using FirmwareVersion = std::variant<uint16_t, std::string>;
+
+/// The version as reports show it: "1.23" for 0x0123.
+std::string shown(const FirmwareVersion& version);
+
 /// One programmable chip.
 struct Chip {
+  static constexpr const char* UsualNotice = "Restart the device after the overwrite.";
+
   std::string description;
-  uint16_t version;  ///< binary coded decimal: 0x0123 is version 1.23
+  FirmwareVersion version;
   std::string notice;
   std::optional<std::string> password;
-  std::vector<int32_t> progress;  ///< what successive polls of an overwrite report; never empty
+  std::vector<int32_t> progress = {0, 25, 50, 75, 100};  ///< what successive polls of an overwrite report; never empty
 };
 
 /// One adjusting code that a calibration works out.
 struct AdjustingCode {
   std::string name;
-  uint32_t inUse;
-  uint32_t backup;
-  std::vector<uint32_t> walk;  ///< what successive polls report; never empty
-  bool fails;                  ///< how the walk ends
+  uint32_t inUse = 0;
+  uint32_t backup = 0;
+  std::vector<uint32_t> walk = {inUse};  ///< what successive polls report; never empty
+  bool fails = false;                    ///< how the walk ends
 };
 
 /// One step of a solution that the operator prepares by hand.
@@ -43,10 +53,12 @@ struct Solution {
 
 /// One installed device. What is absent is something that the device does not have.
 struct Device {
-  int32_t number = 0;  ///< 0 and above
-  int32_t productId = 0;
+  static constexpr int32_t UsualHighestBoardId = 15;
+
+  int32_t number = 0;                ///< 0 and above
+  std::optional<int32_t> productId;  ///< 0, or of a fusion device its first child's, unless given
   int32_t boardId = 0;
-  int32_t highestBoardId = 15;  ///< -1: the board id cannot be set
+  int32_t highestBoardId = UsualHighestBoardId;  ///< -1: the board id cannot be set
   std::string description;
   std::optional<std::string> boardVersion;
   std::optional<std::string> driverVersion;
@@ -55,7 +67,7 @@ struct Device {
   std::optional<std::vector<int32_t>> interrupts;
   std::optional<std::vector<Chip>> firmware;
   std::optional<std::vector<Solution>> calibration;
-  std::optional<std::vector<int32_t>> children;  ///< of a fusion device
+  std::optional<std::vector<int32_t>> children;  ///< of a fusion device, in the order in which it lists them
 };
 
 }  // namespace simulator

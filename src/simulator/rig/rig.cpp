@@ -3,12 +3,9 @@
 #include <fcntl.h>
 #include <velq/types.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <set>
-#include <string_view>
-#include <unordered_map>
 
 #include "base/descriptor.h"
 #include "simulator/rig/builtin_rig.h"
@@ -22,57 +19,43 @@ namespace {
 
 constexpr size_t LongestFile = 64 << 20;
 
-// Refuses devices that cannot stand in one rig together. They are in the order of the file, for faults name their place
-// in it.
-class RigCheck {
+std::string placeOf(size_t position) { return "/devices/" + std::to_string(position); }
+
+void index(Rig& rig) {
+  rig.positions.reserve(rig.devices.size());
+  for (size_t i = 0; i < rig.devices.size(); ++i) {
+    const auto [first, isNew] = rig.positions.emplace(rig.devices[i].number, i);
+    if (!isNew) throw RigError(placeOf(i) + "/number: expected another number than that of " + placeOf(first->second));
+  }
+}
+
+// Rejects fusion devices whose children cannot form one.
+class FusionCheck {
  public:
-  explicit RigCheck(const std::vector<Device>& devices) : devices_(devices) {
-    for (size_t i = 0; i < devices.size(); ++i) {
-      const auto [first, isNew] = places_.emplace(devices[i].number, i);
-      if (!isNew) throw RigError(place(i) + "/number: expected another number than that of " + place(first->second));
-    }
-    for (size_t i = 0; i < devices.size(); ++i) {
-      if (devices[i].children) checkChildren(*devices[i].children, place(i) + "/children");
+  explicit FusionCheck(const Rig& rig) : rig_(rig) {
+    for (size_t i = 0; i < rig.devices.size(); ++i) {
+      if (rig.devices[i].children) checkChildren(*rig.devices[i].children, placeOf(i) + "/children");
     }
   }
 
  private:
-  static std::string place(size_t index) { return "/devices/" + std::to_string(index); }
-
   void checkChildren(const std::vector<int32_t>& children, const std::string& place) {
     if (children.empty() || children.size() > Automation::Velq::MostFusionChildren)
       throw RigError(place + ": expected 1 to 256 children");
     for (size_t i = 0; i < children.size(); ++i) {
       const std::string childPlace = place + "/" + std::to_string(i) + ": expected ";
-      const auto child = places_.find(children[i]);
-      if (child == places_.end()) throw RigError(childPlace + "the number of a device that is listed");
-      const Device& device = devices_[child->second];
-      if (device.children) throw RigError(childPlace + "a device that is no fusion device");
-      if (!taken_.insert(device.number).second) throw RigError(childPlace + "a device that belongs to no group yet");
-      if (device.productId != devices_[places_.at(children.front())].productId)
+      const Device* const child = rig_.find(children[i]);
+      if (child == nullptr) throw RigError(childPlace + "the number of a device that is listed");
+      if (child->children) throw RigError(childPlace + "a device that is no fusion device");
+      if (!taken_.insert(child->number).second) throw RigError(childPlace + "a device that belongs to no group yet");
+      if (child->productId.value_or(0) != rig_.find(children.front())->productId.value_or(0))
         throw RigError(childPlace + "a device with the product id of the first child");
     }
   }
 
-  const std::vector<Device>& devices_;
-  std::unordered_map<int32_t, size_t> places_;  ///< positions in the file, by number
-  std::set<int32_t> taken_;                     ///< children of any group
+  const Rig& rig_;
+  std::set<int32_t> taken_;  ///< children of any group
 };
-
-Rig readRig(std::string_view text) {
-  Rig rig;
-  const auto take = [&](const JsonValue& device) { rig.devices.push_back(readDevice(device)); };
-  const nlohmann::json document = parseJson(text, "devices", take);
-  JsonFields fields(JsonValue(document, ""));
-  const JsonValue devices = fields.required("devices");
-  if (!devices.json().is_array()) devices.fail("a list");
-  if (const auto schema = fields.optional("$schema")) schema->text();  // for editors
-  fields.end();
-  RigCheck{rig.devices};
-  const auto byNumber = [](const Device& a, const Device& b) { return a.number < b.number; };
-  std::sort(rig.devices.begin(), rig.devices.end(), byNumber);
-  return rig;
-}
 
 std::string readFile(const std::string& path) {
   const base::Descriptor file(path, O_RDONLY);
@@ -94,14 +77,27 @@ const Device* Rig::find(int32_t number) const {
   // Most rigs number their devices from 0 on without a gap.
   const auto likely = static_cast<size_t>(number);
   if (likely < devices.size() && devices[likely].number == number) return &devices[likely];
-  const auto found = std::lower_bound(devices.begin(), devices.end(), number,
-                                      [](const Device& device, int32_t wanted) { return device.number < wanted; });
-  return found != devices.end() && found->number == number ? &*found : nullptr;
+  const auto found = positions.find(number);
+  return found == positions.end() ? nullptr : &devices[found->second];
 }
 
 bool Rig::hasBoard(int32_t number) const {
   const Device* const device = find(number);
   return device != nullptr && !device->children;
+}
+
+Rig readRig(std::string_view text) {
+  Rig rig;
+  const auto take = [&](const JsonValue& device) { rig.devices.push_back(readDevice(device)); };
+  const nlohmann::json document = parseJson(text, "devices", take);
+  JsonFields fields(JsonValue(document, ""));
+  const JsonValue devices = fields.required("devices");
+  if (!devices.json().is_array()) devices.fail("a list");
+  if (const auto schema = fields.optional("$schema")) schema->text();  // for editors
+  fields.end();
+  index(rig);
+  FusionCheck{rig};
+  return rig;
 }
 
 Rig readRigFile(const std::string& path) { return readRig(readFile(path)); }

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "simulator/rig/device.h"
@@ -10,10 +12,11 @@
 
 namespace simulator {
 
-/// The devices in order of their numbers, which are distinct. Children are listed, are no fusion devices, belong to one
-/// group and share one product id.
+/// The devices in the order of the file. Their numbers are distinct. Children are listed, are no fusion devices, belong
+/// to one group and share one product id.
 struct Rig {
   std::vector<Device> devices;
+  std::unordered_map<int32_t, size_t> positions;  ///< in `devices`, by number
 
   /// The device with this number; null when there is none.
   const Device* find(int32_t number) const;
@@ -21,6 +24,9 @@ struct Rig {
   /// Whether a device with this number is listed and is no fusion device.
   bool hasBoard(int32_t number) const;
 };
+
+/// Reads the JSON text of a rig. Throws RigError.
+Rig readRig(std::string_view text);
 
 /// Reads a rig file. Throws RigError.
 Rig readRigFile(const std::string& path);

@@ -12,13 +12,22 @@ std::optional<std::string> optionalText(JsonFields& fields, const char* key) {
 int32_t readInt32(const JsonValue& value) { return value.int32(); }
 uint32_t readCode(const JsonValue& value) { return static_cast<uint32_t>(value.number(0, UINT32_MAX)); }
 
+uint32_t readOptionalCode(JsonFields& fields, const char* key) {
+  const auto value = fields.optional(key);
+  return value ? readCode(*value) : 0;
+}
+
+FirmwareVersion readVersion(const JsonValue& value) {
+  if (value.json().is_string() && !value.json().get_ref<const std::string&>().starts_with("0x")) return value.text();
+  return static_cast<uint16_t>(value.number(0, 0xFFFF));
+}
+
 Chip readChip(const JsonValue& value) {
   JsonFields fields(value);
   Chip chip{.description = fields.required("description").text(),
-            .version = static_cast<uint16_t>(fields.required("version").number(0, 0xFFFF)),
-            .notice = optionalText(fields, "notice").value_or("Restart the device after the overwrite."),
-            .password = optionalText(fields, "password"),
-            .progress = {0, 25, 50, 75, 100}};
+            .version = readVersion(fields.required("version")),
+            .notice = optionalText(fields, "notice").value_or(Chip::UsualNotice),
+            .password = optionalText(fields, "password")};
   if (const auto progress = fields.optional("progress")) {
     chip.progress = progress->list(readInt32);
     if (chip.progress.empty()) progress->fail("at least one progress value");
@@ -30,13 +39,12 @@ Chip readChip(const JsonValue& value) {
 AdjustingCode readItem(const JsonValue& value) {
   JsonFields fields(value);
   AdjustingCode item{.name = fields.required("name").text(),
-                     .inUse = readCode(fields.required("in_use")),
-                     .backup = readCode(fields.required("backup")),
-                     .walk = {},
-                     .fails = false};
-  const JsonValue walk = fields.required("walk");
-  item.walk = walk.list(readCode);
-  if (item.walk.empty()) walk.fail("at least one adjusting code");
+                     .inUse = readOptionalCode(fields, "in_use"),
+                     .backup = readOptionalCode(fields, "backup")};
+  if (const auto walk = fields.optional("walk")) {
+    item.walk = walk->list(readCode);
+    if (item.walk.empty()) walk->fail("at least one adjusting code");
+  }
   if (const auto fails = fields.optional("fails")) item.fails = fails->boolean();
   fields.end();
   return item;

@@ -1,0 +1,58 @@
+#include "velq_sim/capture.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "base/descriptor.h"
+#include "simulator/rig/rig_writer.h"
+#include "velq_sim/failure.h"
+#include "velq_sim/installed_rig.h"
+
+namespace velq_sim {
+
+namespace {
+
+[[noreturn]] void fail(const std::string& path, int problem) {
+  const char* const reason = problem == EEXIST ? "exists already and is not replaced" : std::strerror(problem);
+  throw Failure(Failed, path + ": " + reason + "; nothing was written");
+}
+
+// Linked to its name once it is whole, which fails where the name is taken.
+void writeNew(const std::string& path, const std::string& text) {
+  const std::string temporary = path + "." + std::to_string(getpid());
+  const base::Descriptor file(temporary, O_CREAT | O_EXCL | O_WRONLY, 0666);
+  if (!file.isOpen()) fail(errno == EEXIST ? temporary : path, errno);
+  const bool isWritten = file.write(text) && fsync(file.number()) == 0 && link(temporary.c_str(), path.c_str()) == 0;
+  const int problem = errno;
+  unlink(temporary.c_str());
+  if (!isWritten) fail(path, problem);
+}
+
+std::string capturedText() {
+  const std::string text = simulator::textOf(readInstalledRig());
+  try {
+    simulator::readRig(text);
+  } catch (const simulator::RigError& error) {
+    throw Failure(Failed, std::string("the captured devices are no valid rig: ") + error.what());
+  }
+  return text;
+}
+
+}  // namespace
+
+void capture(const std::string& file) {
+  if (file != "-") {
+    // Ahead of the work, which may take long. The link decides.
+    if (access(file.c_str(), F_OK) == 0) fail(file, EEXIST);
+    return writeNew(file, capturedText());
+  }
+  const std::string text = capturedText();
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
+    fail("standard output", errno);
+}
+
+}  // namespace velq_sim

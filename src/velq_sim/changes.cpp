@@ -1,0 +1,78 @@
+#include "velq_sim/changes.h"
+
+#include <cstdio>
+#include <map>
+#include <string>
+
+#include "simulator/model/simulation.h"
+#include "simulator/model/state_check.h"
+#include "simulator/state/environment.h"
+#include "text/escaped.h"
+#include "text/one_line.h"
+#include "text/utf8.h"
+
+namespace velq_sim {
+
+namespace {
+
+using simulator::Device;
+using simulator::Simulation;
+
+std::string quoted(const std::string& description) { return text::escaped(text::fromUtf8(description).c_str()); }
+
+std::string groupName(int32_t group) { return group < 0 ? "none" : std::to_string(group); }
+
+// Compares one device with what its rig says.
+class DeviceChanges {
+ public:
+  DeviceChanges(const Simulation& simulation, int32_t number) : simulation_(simulation), number_(number) {}
+
+  void show(const Device* rig, int32_t rigGroup) const {
+    line("description", rig == nullptr ? "none" : quoted(rig->description), quoted(simulation_.description(number_)));
+    line("board id", std::to_string(rig == nullptr ? 0 : rig->boardId), std::to_string(simulation_.boardId(number_)));
+    if (rig != nullptr && rig->firmware) showFirmware(*rig->firmware);
+    if (rig != nullptr && rig->calibration) showCodes(*rig->calibration);
+    line("fusion device", groupName(rigGroup), groupName(simulation_.groupOf(number_)));
+  }
+
+ private:
+  void line(const std::string& item, const std::string& old, const std::string& now) const {
+    if (old != now)
+      printf("device %d: %s %s -> %s\n", number_, item.c_str(), text::oneLine(old).c_str(), text::oneLine(now).c_str());
+  }
+
+  void showFirmware(const std::vector<simulator::Chip>& chips) const {
+    for (size_t i = 0; i < chips.size(); ++i)
+      line(simulator::firmwareItem(i), simulator::shown(chips[i].version),
+           simulator::shown(simulation_.firmwareVersion(number_, i)));
+  }
+
+  void showCodes(const std::vector<simulator::Solution>& solutions) const {
+    for (size_t i = 0; i < solutions.size(); ++i) {
+      for (size_t k = 0; k < solutions[i].sections.size(); ++k) {
+        const auto& items = solutions[i].sections[k].items;
+        for (size_t j = 0; j < items.size(); ++j) {
+          const std::string item = simulator::calibrationItem(i, k, j);
+          line(item, text::hexadecimal(items[j].inUse),
+               text::hexadecimal(simulation_.codeInUse(number_, item, items[j].inUse)));
+        }
+      }
+    }
+  }
+
+  const Simulation& simulation_;
+  const int32_t number_;
+};
+
+}  // namespace
+
+bool showChanges() {
+  Simulation simulation(simulator::rigPathFromEnvironment(), simulator::statePlaceFromEnvironment());
+  if (!simulation.refresh()) return false;
+  const simulator::Groups rigGroups(simulation.rig(), {});
+  for (const int32_t number : simulation.numbers())
+    DeviceChanges(simulation, number).show(simulation.rigDevice(number), rigGroups.groupOf(number));
+  return true;
+}
+
+}  // namespace velq_sim

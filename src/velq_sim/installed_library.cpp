@@ -1,0 +1,32 @@
+#include "velq_sim/installed_library.h"
+
+#include <dlfcn.h>
+#include <velq/library.h>
+
+#include <string>
+
+#include "velq_sim/failure.h"
+
+namespace velq_sim {
+
+namespace {
+
+constexpr const char* Entry = "CvxQuellisLibInitialize";
+
+const Automation::Velq::LibraryTable* loaded = nullptr;
+
+}  // namespace
+
+void loadInstalledLibrary() {
+  // Global, so that a preloaded probe finds the library behind itself.
+  if (dlopen(SIMULATOR_LIBRARY, RTLD_NOW | RTLD_GLOBAL) == nullptr) throw Failure(Failed, dlerror());
+  const auto entry = reinterpret_cast<decltype(&CvxQuellisLibInitialize)>(dlsym(RTLD_DEFAULT, Entry));
+  if (entry != nullptr) loaded = entry();
+  if (loaded == nullptr || loaded->functions == nullptr || loaded->objects == nullptr)
+    throw Failure(Failed, std::string(SIMULATOR_LIBRARY) + ": is no device library: it returns no operations");
+}
+
+}  // namespace velq_sim
+
+// Takes the place of what the loader binds a tool to that is linked to its library.
+const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() { return velq_sim::loaded; }
