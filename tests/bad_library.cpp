@@ -1,4 +1,7 @@
 // The minimal library with one fault at a time, named by BAD_LIBRARY: what the probe's faults cannot bring about.
+#include <dlfcn.h>
+#include <sys/stat.h>
+
 #include <clocale>
 #include <csignal>
 #include <filesystem>
@@ -91,7 +94,16 @@ ErrorCode keepIdAlone(int32_t id) {
 
 List sharedList({});
 int32_t forgottenId = 0;
-FunctionTable functions = *goodLibrary()->functions;
+
+// The library without the fault: the minimal one, or another where several devices are needed.
+const LibraryTable& sound() {
+  const char* const file = std::getenv("BAD_BASE");
+  void* const entry = file == nullptr ? nullptr : dlsym(dlopen(file, RTLD_NOW), "CvxQuellisLibInitialize");
+  return entry == nullptr ? *goodLibrary() : *reinterpret_cast<decltype(&goodLibrary)>(entry)();
+}
+
+const LibraryTable& good = sound();
+FunctionTable functions = *good.functions;
 
 void listNoChildren(Table&) {
   functions.CvxFusionDeviceGetChildren = [](int32_t number, int32_t* count, int32_t*) {
@@ -111,13 +123,20 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"print", actWhenAsked<[] { std::puts("asked"); }>},
     {"folder", actWhenAsked<[] { std::filesystem::current_path("/"); }>},
     {"locale", actWhenAsked<[] { std::setlocale(LC_ALL, "C.UTF-8"); }>},
-    {"signal handler", actWhenAsked<[] { std::signal(SIGTERM, SIG_IGN); }>},
+    {"signal handler", actWhenAsked<[] { std::signal(SIGALRM, SIG_IGN); }>},
+    {"blocked signals", actWhenAsked<[] { sigset_t all; sigfillset(&all), sigprocmask(SIG_BLOCK, &all, nullptr); }>},
+    {"alarm", actWhenAsked<[] { alarm(1000); }>},
+    {"umask", actWhenAsked<[] { umask(0); }>},
+    {"environment", actWhenAsked<[] { unsetenv("LC_ALL"); }>},
+    {"input", actWhenAsked<[] { std::getchar(); }>},
     {"closed output", actWhenAsked<[] { close(STDOUT_FILENO); }>},
     {"hole", answer<nullptr, &Table::CalibrationItem_getState>},
     {"overrun", spoilVersion<[](auto status, auto capacity, auto* text) { return text[capacity] = 0, status; }>},
     {"unterminated", spoilVersion<[](auto, auto capacity, auto* text) {
        return std::wmemset(text, L'x', static_cast<size_t>(capacity)), WarningTextCut;
      }>},
+    {"long version", answer<[](auto*, int32_t capacity, wchar_t* text) { return fillText(L"1.0-minima", capacity, text); },
+                            &Table::DeviceCtrl_getDllVersion>},
     {"always warns", spoilVersion<[](auto, auto, auto*) { return WarningTextCut; }>},
     {"surrogate", spoilVersion<[](auto status, auto capacity, auto* text) {
        return text[0] = capacity % 2 == 0 && capacity < 1024 ? wchar_t{0xD800} : text[0], status;
@@ -179,6 +198,12 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"refuses what it binds", answer<[](auto* control, auto* record) {
        return setSelectedDevice(control, record), ErrorNotOffered;
      }, &Table::DaqCtrlBase_setSelectedDevice>},
+    {"several: first chips", answer<[](auto* control) {
+       static std::map<void*, Array*> first;
+       if (good.objects->DaqCtrlBase_getDevice(control) == nullptr) return first[nullptr];
+       Array*& kept = first[control];
+       return kept = kept == nullptr ? good.objects->FirmwareCtrls_getFirmwares(control) : kept;
+     }, &Table::FirmwareCtrls_getFirmwares>},
     {"stays bound", answer<[](auto* control, auto* record) {
        return isBoard(record->DeviceNumber, record->Description) ? setSelectedDevice(control, record) : ErrorNotOffered;
      }, &Table::DaqCtrlBase_setSelectedDevice>},
@@ -243,7 +268,7 @@ const std::map<std::string, void (*)(Table&)> Faults = {
 }  // namespace
 
 const LibraryTable* CvxQuellisLibInitialize() {
-  static ObjectTable objects = *goodLibrary()->objects;
+  static ObjectTable objects = *good.objects;
   static const LibraryTable tables = {.functions = &functions, .objects = &objects};
   Faults.at(fault())(objects);
   return &tables;

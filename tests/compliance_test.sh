@@ -72,6 +72,7 @@ while IFS='|' read -r fault line; do
       expect 1 1 "FAIL $line" env "VELQ_FAULTS=$fault" "LD_PRELOAD=$probe" \
         "$checker" --write --timeout $limit "$library"
       ;;
+    several:*) expect 1 1 "FAIL $line" env "BAD_LIBRARY=$fault" "BAD_BASE=$simulator" "$checker" --write "$bad" ;;
     *) expect 1 1 "FAIL $line" env "BAD_LIBRARY=$fault" "$checker" --write --timeout $limit "$bad" ;;
   esac
 done <<'END'
@@ -136,13 +137,19 @@ throw|first-look: lets an exception out during DeviceCtrl_getProductId: std::run
 throw a number|first-look: lets an exception out during DeviceCtrl_getProductId: int
 hang|first-look: is not done within 1 s, during DeviceCtrl_getProductId
 print|process-left-alone: writes to standard output, which is the tool's, during DeviceCtrl_getProductId
-locale|process-left-alone: sets the locale to C.UTF-8, which is the tool's to choose, during DeviceCtrl_getProductId
-folder|process-left-alone: changes the working folder, which is the user's, during DeviceCtrl_getProductId
-signal handler|process-left-alone: takes over SIGTERM, during DeviceCtrl_getProductId
+locale|process-left-alone: sets the locale, during DeviceCtrl_getProductId
+folder|process-left-alone: changes the working directory, during DeviceCtrl_getProductId
+environment|process-left-alone: changes the environment, during DeviceCtrl_getProductId
+umask|process-left-alone: changes the umask, during DeviceCtrl_getProductId
+signal handler|process-left-alone: takes over SIGALRM, during DeviceCtrl_getProductId
+blocked signals|process-left-alone: changes which signals are blocked, during DeviceCtrl_getProductId
+alarm|process-left-alone: starts a timer, during DeviceCtrl_getProductId
+input|process-left-alone: reads, closes or changes standard input, during DeviceCtrl_getProductId
 closed output|process-left-alone: closes standard output, during DeviceCtrl_getProductId
 hole|complete-tables: null, ObjectTable::CalibrationItem_getState
 overrun|+15 text-library-version: writes outside of the buffer, device "Minimal board", capacity 1024
 unterminated|+300 text-library-version: no terminator, status 0xa0000001, device "Minimal board", capacity 1024
+long version|text-library-version: "1.0-minima" has more than the 9 characters that tools have room for, device
 always warns|+8 text-library-version: status 0xa0000001 for a text that fits, device "Minimal board", capacity 1024
 surrogate|+19 text-library-version: "\x{d800}" has what is no character, device "Minimal board", capacity 2
 silently cut|+6 text-library-version: status 0x00000000 for a text that is cut, device "Minimal board", capacity 1
@@ -163,6 +170,7 @@ one list|write-description: a list that was taken before the change reads otherw
 unbound device|+1 control-unbound: has a device although it is not bound, firmware control
 unbound solutions|control-unbound: has chips or solutions although it is not bound, calibration control
 bound once|+11 control-rebinding: has a device although it is not bound, firmware control bound anew, device "Minimal
+several: first chips|+4 control-rebinding: device 2: chip 0 is "Bus FPGA", version "1.12", not nothing as for a new control
 refuses what it binds|+29 control-binding: has a device although it is not bound, firmware control, device
 no group|+1 fusion-children: has children, number 0, which is no fusion device
 no children|fusion-children: 0 children, device "Minimal board"

@@ -5,6 +5,7 @@
 
 #include "compliance/checks/check.h"
 #include "compliance/devices/devices.h"
+#include "compliance/devices/snapshot.h"
 
 namespace compliance {
 
@@ -58,6 +59,16 @@ void checkBound(DaqCtrlBase* control, const DeviceInformation& wanted, Findings&
   findings.expect(
       DeviceCtrl_getDeviceNumber(device) == wanted.DeviceNumber && descriptionOf(device) == wanted.Description,
       "has another device, " + show(descriptionOf(device)), where);
+}
+
+// A control that was bound to other devices before returns the chips or solutions that a new one does.
+void expectOwnItems(Scenario scenario, DaqCtrlBase* control, int32_t number, Findings& findings,
+                    const std::string& where) {
+  const OpenControl other = openControl(scenario, number);
+  if (other == nullptr) return;
+  const std::string difference =
+      firstDifference(itemFactsOf(scenario, other.get(), number), itemFactsOf(scenario, control, number));
+  findings.expect(difference.empty(), difference + " as for a new control", where);
 }
 
 // Binds a new control to the device and looks at it. Returns whether the library lets it be bound.
@@ -133,12 +144,15 @@ void checkRebinding(const CheckContext&, Findings& findings) {
       const std::wstring description = descriptionOf(opened.get());
       const DeviceInformation record = recordFor(number, description);
       const std::string where = nameOf(scenario) + " bound anew, " + placeOf(description);
-      if (control == nullptr)
+      if (control == nullptr) {
         control = openControl(scenario, number);
-      else if (failed(DaqCtrlBase_setSelectedDevice(control.get(), &record)))
+        if (control == nullptr) continue;
+      } else if (failed(DaqCtrlBase_setSelectedDevice(control.get(), &record))) {
         expectUnbound(scenario, control.get(), findings, where);
-      else
-        checkBound(control.get(), record, findings, where);
+        continue;
+      }
+      checkBound(control.get(), record, findings, where);
+      expectOwnItems(scenario, control.get(), number, findings, where);
     }
     if (control != nullptr) expectNoBinding(scenario, control.get(), recordFor(UnknownNumber, L""), findings);
   }

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "compliance/checks/check.h"
 #include "compliance/devices/devices.h"
@@ -13,6 +14,8 @@ namespace {
 using TextGetter = ErrorCode (*)(DeviceCtrl*, int32_t, wchar_t*);
 
 constexpr size_t GuardLength = 300;
+constexpr int32_t VersionCapacity = 10;
+constexpr int32_t LocationCapacity = 100;
 
 // Those that tools pass, and all around the length of the text.
 std::set<int32_t> capacitiesFor(size_t length) {
@@ -76,12 +79,18 @@ void checkAnswer(const Answer& answer, const Answer& whole, Findings& findings, 
   if (!failed(answer.status)) checkText(answer, whole.text, findings, where);
 }
 
-template <TextGetter Getter>
+// `toolCapacity` is the one with which tools show the string, and "N/A" for one that does not fit.
+template <TextGetter Getter, int32_t toolCapacity>
 void checkGetter(Findings& findings) {
   forEachDevice(findings, [&](DeviceCtrl* device, const std::string& place) {
     const auto at = [&](int32_t capacity) { return place + ", capacity " + std::to_string(capacity); };
     const Answer whole(Getter, device, LargeCapacity);
     checkAnswer(whole, whole, findings, at(LargeCapacity));
+    if (!failed(whole.status) && whole.isTerminated)
+      findings.expect(std::cmp_less(whole.text.size(), toolCapacity),
+                      show(whole.text) + " has more than the " + std::to_string(toolCapacity - 1) +
+                          " characters that tools have room for",
+                      place);
     for (const int32_t capacity : capacitiesFor(whole.text.size()))
       checkAnswer(Answer(Getter, device, capacity), whole, findings, at(capacity));
   });
@@ -89,14 +98,24 @@ void checkGetter(Findings& findings) {
 
 }  // namespace
 
-void checkDescription(const CheckContext&, Findings& findings) { checkGetter<DeviceCtrl_getDescription>(findings); }
+void checkDescription(const CheckContext&, Findings& findings) {
+  checkGetter<DeviceCtrl_getDescription, DescriptionCapacity>(findings);
+}
 
-void checkBoardVersion(const CheckContext&, Findings& findings) { checkGetter<DeviceCtrl_getBoardVersion>(findings); }
+void checkBoardVersion(const CheckContext&, Findings& findings) {
+  checkGetter<DeviceCtrl_getBoardVersion, VersionCapacity>(findings);
+}
 
-void checkDriverVersion(const CheckContext&, Findings& findings) { checkGetter<DeviceCtrl_getDriverVersion>(findings); }
+void checkDriverVersion(const CheckContext&, Findings& findings) {
+  checkGetter<DeviceCtrl_getDriverVersion, VersionCapacity>(findings);
+}
 
-void checkLibraryVersion(const CheckContext&, Findings& findings) { checkGetter<DeviceCtrl_getDllVersion>(findings); }
+void checkLibraryVersion(const CheckContext&, Findings& findings) {
+  checkGetter<DeviceCtrl_getDllVersion, VersionCapacity>(findings);
+}
 
-void checkLocation(const CheckContext&, Findings& findings) { checkGetter<DeviceCtrl_getLocation>(findings); }
+void checkLocation(const CheckContext&, Findings& findings) {
+  checkGetter<DeviceCtrl_getLocation, LocationCapacity>(findings);
+}
 
 }  // namespace compliance

@@ -30,27 +30,18 @@ std::string answerOf(Array* array) {
   return text;
 }
 
-void addFirmware(Snapshot& facts, int32_t number) {
-  const OpenControl control = openControl(ScenarioFirmware, number);
-  if (control == nullptr) return;
-  int index = 0;
-  for (void* const element : elementsOf(itemsOf(ScenarioFirmware, control.get()))) {
-    auto* const item = static_cast<FirmwareItem*>(element);
-    const std::string chip = prefixOf(number) + "chip " + std::to_string(index++);
-    facts[chip] = show(FirmwareItem_getDescription(item)) + ", version " + show(FirmwareItem_getVersion(item));
-  }
+std::string describe(FirmwareItem* chip) {
+  return show(FirmwareItem_getDescription(chip)) + ", version " + show(FirmwareItem_getVersion(chip));
 }
 
-void addCalibration(Snapshot& facts, int32_t number) {
-  const OpenControl control = openControl(ScenarioCalibration, number);
-  if (control == nullptr) return;
-  int index = 0;
-  for (void* const element : elementsOf(itemsOf(ScenarioCalibration, control.get()))) {
-    auto* const solution = static_cast<CalibrationSolution*>(element);
-    const auto sections = elementsOf(CalibrationSolution_getSections(solution)).size();
-    facts[prefixOf(number) + "solution " + std::to_string(index++)] =
-        show(CalibrationSolution_getName(solution)) + " of " + std::to_string(sections) + " sections";
-  }
+std::string describe(CalibrationSolution* solution) {
+  const auto sections = elementsOf(CalibrationSolution_getSections(solution)).size();
+  return show(CalibrationSolution_getName(solution)) + " of " + std::to_string(sections) + " sections";
+}
+
+void addItems(Snapshot& facts, Scenario scenario, int32_t number) {
+  if (const OpenControl control = openControl(scenario, number))
+    facts.merge(itemFactsOf(scenario, control.get(), number));
 }
 
 const std::string& valueOr(const Snapshot& snapshot, const std::string& fact, const std::string& otherwise) {
@@ -63,6 +54,18 @@ const std::string& valueOr(const Snapshot& snapshot, const std::string& fact, co
 std::string listedFact(int32_t number) { return prefixOf(number) + "description in the list"; }
 std::string descriptionFact(int32_t number) { return prefixOf(number) + "description"; }
 std::string boardIdFact(int32_t number) { return prefixOf(number) + "board id"; }
+
+Snapshot itemFactsOf(Scenario scenario, DaqCtrlBase* control, int32_t number) {
+  Snapshot facts;
+  int index = 0;
+  for (void* const item : elementsOf(itemsOf(scenario, control))) {
+    const std::string place = prefixOf(number) + (scenario == ScenarioFirmware ? "chip " : "solution ");
+    facts[place + std::to_string(index++)] = scenario == ScenarioFirmware
+                                                 ? describe(static_cast<FirmwareItem*>(item))
+                                                 : describe(static_cast<CalibrationSolution*>(item));
+  }
+  return facts;
+}
 
 Snapshot factsOf(DeviceCtrl* device) {
   const int32_t number = DeviceCtrl_getDeviceNumber(device);
@@ -78,8 +81,7 @@ Snapshot factsOf(DeviceCtrl* device) {
                  {prefix + "interrupts", answerOf<int32_t>(DeviceCtrl_getInterrupts(device))},
                  {prefix + "fusion status", show(CvxIsFusionDevice(number))},
                  {prefix + "children", show(childrenOf(number))}};
-  addFirmware(facts, number);
-  addCalibration(facts, number);
+  for (const Scenario scenario : Scenarios) addItems(facts, scenario, number);
   return facts;
 }
 

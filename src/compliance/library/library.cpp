@@ -21,6 +21,7 @@ Library::Library(const std::string& path, Report& report) : path_(std::filesyste
 
 void Library::load() {
   prepareToCatch();
+  watchProcess();
   // Global, so that a preloaded probe finds the library behind itself.
   void* const handle = callWatched("dlopen()", report_, [&] { return dlopen(path_.c_str(), RTLD_NOW | RTLD_GLOBAL); });
   if (handle == nullptr) throw std::runtime_error(dlerror());

@@ -4,17 +4,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <clocale>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <typeinfo>
+
+#include "compliance/library/surroundings.h"
 
 namespace compliance {
 
@@ -26,12 +23,10 @@ using namespace Automation::Velq;
 const LibraryTable* library = nullptr;
 Report* reported = nullptr;
 
-std::filesystem::path folder() {
-  std::error_code none;
-  return std::filesystem::current_path(none);
+const Surroundings& surroundings() {
+  static const Surroundings atStart;
+  return atStart;
 }
-
-const std::filesystem::path startFolder = folder();
 
 std::string nameOf(const std::type_info* type) {
   if (type == nullptr) return "what is no C++ exception";
@@ -46,15 +41,7 @@ std::string disturbance() {
   struct stat output {};
   if (fstat(STDOUT_FILENO, &output) != 0) return "closes standard output";
   if (output.st_size != 0) return "writes to standard output, which is the tool's";
-  const std::string locale = std::setlocale(LC_ALL, nullptr);
-  if (locale != "C") return "sets the locale to " + locale + ", which is the tool's to choose";
-  if (folder() != startFolder) return "changes the working folder, which is the user's";
-  for (const int signal : {SIGINT, SIGTERM, SIGPIPE}) {
-    struct sigaction action {};
-    sigaction(signal, nullptr, &action);
-    if (action.sa_handler != SIG_DFL) return std::string("takes over SIG") + sigabbrev_np(signal);
-  }
-  return "";
+  return surroundings().disturbance();
 }
 
 FunctionTable watchedFunctions() {
@@ -96,6 +83,8 @@ void endWithException(Report& report) {
   }
   _exit(0);
 }
+
+void watchProcess() { surroundings(); }
 
 void prepareToCatch() {
   try {

@@ -25,6 +25,9 @@ class Call {
 template <typename Operation>
 auto callWatched(const char* name, Report& report, const Operation& operation);
 
+/// Notes from now on what is done to the process; to be called before the library is loaded.
+void watchProcess();
+
 /// Lets this program catch what a library throws that has a C++ runtime of its own: the unwinder of this one sets
 /// itself up with the first exception that it raises, and would abort without.
 void prepareToCatch();
