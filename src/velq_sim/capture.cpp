@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -23,6 +24,8 @@ namespace {
 
 // Linked to its name once it is whole, which fails where the name is taken.
 void writeNew(const std::string& path, const std::string& text) {
+  // A file that grows beyond the limit of the user is an error like others, not the end of the process.
+  std::signal(SIGXFSZ, SIG_IGN);
   const std::string temporary = path + "." + std::to_string(getpid());
   const base::Descriptor file(temporary, O_CREAT | O_EXCL | O_WRONLY, 0666);
   if (!file.isOpen()) fail(errno == EEXIST ? temporary : path, errno);

@@ -1,14 +1,11 @@
 #include "velq_sim/installed_rig.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <set>
 
-#include "reading/devices.h"
-#include "text/escaped.h"
-#include "text/one_line.h"
 #include "text/utf8.h"
+#include "velq_sim/device_reader.h"
 #include "velq_sim/failure.h"
 #include "velq_sim/installed_library.h"
 
@@ -19,171 +16,6 @@ namespace {
 using namespace Automation::Velq;
 using simulator::Device;
 
-constexpr size_t LongestString = 1000;
-constexpr size_t LongestDescription = 255;
-
-// What reports show of a null string.
-constexpr const wchar_t* NullString = L"(null)";
-
-void report(const std::wstring& description, const std::string& message) {
-  const std::string line = "device " + text::escaped(description.c_str()) + ": " + message;
-  fprintf(stderr, "velq-sim: %s\n", text::oneLine(line).c_str());
-}
-
-// As the notation of rigs has it: a number where the version reads like one.
-simulator::FirmwareVersion versionFrom(const std::string& shown) {
-  unsigned major = 0, minor = 0;
-  if (std::sscanf(shown.c_str(), "%2x.%2x", &major, &minor) != 2) return shown;
-  const simulator::FirmwareVersion number = static_cast<uint16_t>(major << 8U | minor);
-  return simulator::shown(number) == shown ? number : shown;
-}
-
-using StringGetter = ErrorCode (*)(DeviceCtrl*, int32_t, wchar_t*);
-
-// Reads one listed device. Every line that it writes names it.
-class DeviceReader {
- public:
-  explicit DeviceReader(const std::wstring& description) : listed_(description) {}
-
-  /// Nothing, after a line, when it cannot be opened or has a number that no device has.
-  std::optional<Device> read();
-
- private:
-  void report(const std::string& message) const { velq_sim::report(listed_, message); }
-  std::string utf8(const char* what, const std::wstring& wide, size_t longest = LongestString) const;
-  std::string utf8(const char* what, const wchar_t* wide) const;
-  int32_t natural(const char* what, int32_t number) const;
-  std::optional<std::string> getString(const char* what, StringGetter getter, int32_t toolCapacity) const;
-  simulator::Chip readChip(FirmwareItem* chip) const;
-  simulator::Section readSection(CalibrationSection* section) const;
-  simulator::Solution readSolution(CalibrationSolution* solution) const;
-  template <typename Element, typename Handle>
-  std::optional<std::vector<Element>> readControl(Scenario scenario,
-                                                  Element (DeviceReader::*readElement)(Handle*) const);
-
-  const std::wstring listed_;
-  reading::OpenDevice opened_;
-};
-
-std::string DeviceReader::utf8(const char* what, const std::wstring& wide, size_t longest) const {
-  if (wide.size() > longest)
-    report(std::string(what) + ": cut to " + std::to_string(longest) + " characters, which a rig has room for");
-  const std::wstring kept = wide.substr(0, longest);
-  if (const auto bytes = text::toUtf8(kept)) return *bytes;
-  report(std::string(what) + ": characters that are not Unicode replaced");
-  std::string bytes;
-  for (const wchar_t c : kept) bytes += text::toUtf8({&c, 1}).value_or("\xEF\xBF\xBD");
-  return bytes;
-}
-
-std::string DeviceReader::utf8(const char* what, const wchar_t* wide) const {
-  if (wide == nullptr) report(std::string(what) + ": null");
-  return utf8(what, std::wstring(wide == nullptr ? NullString : wide));
-}
-
-int32_t DeviceReader::natural(const char* what, int32_t number) const {
-  if (number >= 0) return number;
-  report(std::string(what) + " " + std::to_string(number) + ": a rig has 0 there");
-  return 0;
-}
-
-// What a tool with the given room would show, or, so that it shows nothing on the copy either, a string without room
-// there.
-std::optional<std::string> DeviceReader::getString(const char* what, StringGetter getter, int32_t toolCapacity) const {
-  for (const int32_t capacity : {toolCapacity, reading::LargeCapacity}) {
-    std::wstring buffer(static_cast<size_t>(capacity) + 1, L'\0');
-    const ErrorCode status = getter(opened_.get(), capacity, buffer.data());
-    buffer.resize(buffer.find(L'\0'));
-    const bool isWhole = capacity == toolCapacity
-                             ? status == Success
-                             : !failed(status) && std::cmp_greater_equal(buffer.size(), toolCapacity);
-    if (isWhole) return utf8(what, buffer);
-  }
-  return std::nullopt;
-}
-
-simulator::Chip DeviceReader::readChip(FirmwareItem* chip) const {
-  std::string version = utf8("version of a chip", FirmwareItem_getVersion(chip));
-  if (version.starts_with("0x")) {
-    report("version \"" + version + "\" of a chip: written with a capital X, for a rig takes it for a number");
-    version[1] = 'X';
-  }
-  return {.description = utf8("description of a chip", FirmwareItem_getDescription(chip)),
-          .version = versionFrom(version),
-          .notice = utf8("notice of a chip", FirmwareItem_getNotice(chip)),
-          .password = std::nullopt};
-}
-
-simulator::Section DeviceReader::readSection(CalibrationSection* section) const {
-  simulator::Section read{utf8("description of a section", CalibrationSection_getDescription(section)),
-                          utf8("instruction of a section", CalibrationSection_getInstruction(section)),
-                          {}};
-  for (void* const item : reading::elementsOf(CalibrationSection_getItems(section)))
-    read.items.push_back(
-        {.name = utf8("name of an item", CalibrationItem_getName(static_cast<CalibrationItem*>(item)))});
-  return read;
-}
-
-simulator::Solution DeviceReader::readSolution(CalibrationSolution* solution) const {
-  simulator::Solution read{utf8("name of a solution", CalibrationSolution_getName(solution)),
-                           utf8("description of a solution", CalibrationSolution_getDescription(solution)),
-                           utf8("instruction of a solution", CalibrationSolution_getInstruction(solution)),
-                           {}};
-  for (void* const section : reading::elementsOf(CalibrationSolution_getSections(solution)))
-    read.sections.push_back(readSection(static_cast<CalibrationSection*>(section)));
-  return read;
-}
-
-template <typename Element, typename Handle>
-std::optional<std::vector<Element>> DeviceReader::readControl(Scenario scenario,
-                                                              Element (DeviceReader::*readElement)(Handle*) const) {
-  const reading::OpenControl control = reading::openControl(scenario, DeviceCtrl_getDeviceNumber(opened_.get()));
-  if (control == nullptr) {
-    report(scenario == ScenarioFirmware ? "the library gives no access to its firmware, left out"
-                                        : "the library gives no access to its calibration, left out");
-    return std::nullopt;
-  }
-  Array* const items = reading::itemsOf(scenario, control.get());
-  if (items == nullptr) return std::nullopt;
-  std::vector<Element> elements;
-  for (void* const item : reading::elementsOf(items))
-    elements.push_back((this->*readElement)(static_cast<Handle*>(item)));
-  return elements;
-}
-
-template <typename Value>
-std::optional<std::vector<Value>> valuesIn(Array* array) {
-  return array == nullptr ? std::nullopt : std::optional(reading::valuesOf<Value>(array));
-}
-
-std::optional<Device> DeviceReader::read() {
-  opened_ = reading::openDevice(listed_);
-  DeviceCtrl* const opened = opened_.get();
-  const int32_t number = opened == nullptr ? -1 : DeviceCtrl_getDeviceNumber(opened);
-  if (number < 0) {
-    report(opened == nullptr ? "cannot be opened, left out"
-                             : "has the number " + std::to_string(number) + ", left out");
-    return std::nullopt;
-  }
-  const std::wstring own = reading::descriptionOf(opened);
-  if (own != listed_) report("is described as " + text::escaped(own.c_str()) + " once it is open; written as listed");
-  Device device;
-  device.number = number;
-  device.productId = natural("product id", DeviceCtrl_getProductId(opened));
-  device.boardId = natural("board id", DeviceCtrl_getBoardId(opened));
-  device.highestBoardId = std::max(device.boardId, Device::UsualHighestBoardId);
-  device.description = utf8("description", listed_, LongestDescription);
-  device.boardVersion = getString("board version", DeviceCtrl_getBoardVersion, 10);
-  device.driverVersion = getString("driver version", DeviceCtrl_getDriverVersion, 10);
-  device.location = getString("location", DeviceCtrl_getLocation, 100);
-  device.baseAddresses = valuesIn<uint64_t>(DeviceCtrl_getBaseAddresses(opened));
-  device.interrupts = valuesIn<int32_t>(DeviceCtrl_getInterrupts(opened));
-  device.firmware = readControl(ScenarioFirmware, &DeviceReader::readChip);
-  device.calibration = readControl(ScenarioCalibration, &DeviceReader::readSolution);
-  if (CvxIsFusionDevice(number) == Success) device.children = reading::childrenOf(number);
-  return device;
-}
-
 // Leaves out children that a rig cannot have, and fusion devices without any.
 class FusionRepair {
  public:
@@ -193,7 +25,7 @@ class FusionRepair {
     }
     std::erase_if(rig.devices, [](const Device& device) {
       const bool isEmpty = device.children && device.children->empty();
-      if (isEmpty) report(text::fromUtf8(device.description), "is a fusion device without children, left out");
+      if (isEmpty) reportDevice(text::fromUtf8(device.description), "is a fusion device without children, left out");
       return isEmpty;
     });
   }
@@ -211,7 +43,8 @@ class FusionRepair {
     else if (child->productId != models_.emplace(fusion.number, child->productId).first->second)
       problem = "has another product id than the first";
     if (problem != nullptr)
-      report(text::fromUtf8(fusion.description), "child " + std::to_string(number) + " " + problem + ", left out");
+      reportDevice(text::fromUtf8(fusion.description),
+                   "child " + std::to_string(number) + " " + problem + ", left out");
     return problem == nullptr;
   }
 
@@ -236,14 +69,19 @@ simulator::Rig readInstalledRig() {
   if (list == nullptr) throw Failure(Failed, "the device library returns no list of devices");
   const std::vector<std::wstring> descriptions = reading::descriptionsIn(list);
   if (descriptions.empty()) throw Failure(Failed, "the device library lists no devices");
+  for (const Scenario scenario : {ScenarioFirmware, ScenarioCalibration}) {
+    if (reading::OpenControl(DaqCtrlBase_Create(scenario)) == nullptr)
+      fprintf(stderr, "velq-sim: the device library creates no %s, left out\n", nameOf(scenario).c_str());
+  }
   simulator::Rig rig;
   for (const std::wstring& description : descriptions) {
-    std::optional<Device> device = DeviceReader(description).read();
-    if (!device) continue;
-    if (rig.positions.emplace(device->number, rig.devices.size()).second)
-      rig.devices.push_back(std::move(*device));
+    DeviceReader reader(description);
+    const std::optional<int32_t> number = reader.open();
+    if (!number) continue;
+    if (rig.positions.emplace(*number, rig.devices.size()).second)
+      rig.devices.push_back(reader.read());
     else
-      report(description, "opens device " + std::to_string(device->number) + ", which is listed before; left out");
+      reportDevice(description, "opens device " + std::to_string(*number) + ", which is listed before; left out");
   }
   FusionRepair{rig};
   dropUsualProductIds(rig);
