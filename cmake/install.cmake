@@ -16,5 +16,12 @@ install(FILES ${CMAKE_BINARY_DIR}/velq.pc DESTINATION ${CMAKE_INSTALL_DATADIR}/p
 install(FILES docs/library.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libvelq-dev)
 install(DIRECTORY examples/minimal-library DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libvelq-dev/examples)
 
+# Laid out as in the sources, so that links and commands of the pages hold.
+set(QUTIL_DOC_DIR ${CMAKE_INSTALL_DATADIR}/doc/qutil)
+install(FILES LICENSE DESTINATION ${QUTIL_DOC_DIR})
+install(FILES docs/operating.md docs/fleet.md docs/limits.md DESTINATION ${QUTIL_DOC_DIR}/docs)
+install(DIRECTORY examples/fleet DESTINATION ${QUTIL_DOC_DIR}/examples)
+install(FILES docs/simulator.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velq-sim/docs)
+
 install(FILES src/simulator/rig/builtin_rig.json DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/velq-sim/examples)
 install(FILES src/simulator/rig/rig.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/velq-sim)

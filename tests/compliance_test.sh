@@ -206,7 +206,7 @@ head -c 20000 "$minimal" >"$work/cut.so"
 expect 1 2 "FAIL one-export: $work/cut.so: exports nothing that can be read" "$checker" "$work/cut.so"
 expect 2 0 'velq-compliance: standard output: No space left on device' sh -c "'$checker' '$minimal' >/dev/full"
 expect 0 0 'Usage: velq-compliance [--write] [--timeout SECONDS] LIBRARY' "$checker" --help
-expect 0 0 'velq-compliance 1.0.0' "$checker" --version
+expect 0 0 "velq-compliance $VERSION" "$checker" --version
 expect 2 0 'velq-compliance: no LIBRARY given; see velq-compliance --help' "$checker" --write
 expect 2 0 'velq-compliance: unknown option "--writes"; see velq-compliance --help' "$checker" --writes "$minimal"
 for seconds in 0 3601 1s ''; do

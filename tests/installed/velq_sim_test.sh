@@ -41,7 +41,7 @@ expect 2 'velq-sim: --check goes with no command and no other option; see velq-s
 expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json --reset
 
 expect 0 '  --reset         undo what commands have changed; needs no COMMAND' --help
-expect 0 'velq-sim 1.0.0' --version
+expect 0 "velq-sim $VERSION" --version
 
 # Rigs
 expect 0 'rig.json: good, number of devices: 1' --check rig.json

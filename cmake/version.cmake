@@ -1,0 +1,11 @@
+# The version is the one above; the changelogs, which say it too, must not differ. Debian's may add to it, as in 1.1.0-1.
+foreach(changelog CHANGELOG.md debian/changelog)
+  if(EXISTS ${CMAKE_SOURCE_DIR}/${changelog})
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${changelog})
+    file(STRINGS ${changelog} newest REGEX "^(## \\[|qutil \\()[0-9]" LIMIT_COUNT 1)
+    string(REGEX MATCH "[0-9]+[.][0-9]+[.][0-9]+" newest "${newest}")
+    if(NOT newest STREQUAL PROJECT_VERSION)
+      message(FATAL_ERROR "${changelog}: the newest version is ${newest}, that of CMakeLists.txt is ${PROJECT_VERSION}")
+    endif()
+  endif()
+endforeach()
