@@ -47,8 +47,15 @@ with tempfile.TemporaryDirectory() as folder:
                 sys.exit(f'{run.stdout}{run.stderr}\n{playbook}: expected {result} of {name}')
         return run.stdout
 
-    play(fleet / 'simulated.yml', 'rename.yml', {'north': 'changed=0', 'south': 'changed=0'}, '--check',
-         '-e', json.dumps(host('rehearsed', 'QS*', 'Pump *', '')))
+    os.environ['TMPDIR'] = folder
+    simulator = {'velq_sim_program': qutil.replace('qutil', 'velq-sim'), 'qutil_rigs': f'{work}/rigs'}
+    for changed in 1, 0:
+        play(fleet / 'simulated.yml', 'capture.yml', {'north': f'changed={changed}'}, '-l', 'north',
+             '-e', json.dumps(simulator))
+    said = play(work / 'hosts.json', 'rename.yml', {'renamed': 'failed=0', 'refused': 'failed=1'}, '--check',
+                '-l', 'renamed,refused', '-e', json.dumps(simulator))
+    if list(work.glob('ansible.*')) or 'changed from Pump 1 to Same"' not in said or 'Pump 2 -> ' not in said:
+        sys.exit(f'{said}\nanother rehearsal')
     said = play(work / 'hosts.json', 'rename.yml', {name: case[3] for name, case in HOSTS.items()})
     for reason in 'setDescription error!', 'but the list is now':
         if reason not in said:
