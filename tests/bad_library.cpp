@@ -204,6 +204,17 @@ const std::map<std::string, void (*)(Table&)> Faults = {
        Array*& kept = first[control];
        return kept = kept == nullptr ? good.objects->FirmwareCtrls_getFirmwares(control) : kept;
      }, &Table::FirmwareCtrls_getFirmwares>},
+    {"several: check adds", [](auto&) {
+       functions.CvxFusionDeviceCheckChildren = good.functions->CvxFusionDeviceAddChildren;
+     }},
+    {"several: no single child", [](auto&) {
+       functions.CvxFusionDeviceCreate = [](int32_t count, const int32_t* children, int32_t* number) {
+         return count == 1 ? ErrorCannotFuse : good.functions->CvxFusionDeviceCreate(count, children, number);
+       };
+     }},
+    {"several: hidden device", answer<[](int32_t number, const wchar_t* text, AccessMode mode) {
+       return good.objects->DeviceCtrl_Create(number == 5 ? 0 : number, text, mode);
+     }, &Table::DeviceCtrl_Create>},
     {"stays bound", answer<[](auto* control, auto* record) {
        return isBoard(record->DeviceNumber, record->Description) ? setSelectedDevice(control, record) : ErrorNotOffered;
      }, &Table::DaqCtrlBase_setSelectedDevice>},

@@ -1,6 +1,7 @@
 // Scenario controls: what they are bound to. A library may refuse to make one, and to bind it.
 #include <algorithm>
 #include <cwchar>
+#include <set>
 #include <string>
 
 #include "compliance/checks/check.h"
@@ -101,13 +102,14 @@ void checkUnboundControl(const CheckContext&, Findings& findings) {
 
 void checkControlOfUnknown(const CheckContext&, Findings& findings) {
   const std::wstring known = listedDescriptions().front();
+  std::set<int32_t> numbers = unusedNumbers();
+  numbers.insert(-2);
   for (const Scenario scenario : Scenarios) {
     const OpenControl control(DaqCtrlBase_Create(scenario));
     if (control == nullptr) continue;
-    for (const DeviceInformation& record :
-         {recordFor(UnknownNumber, L""), recordFor(unusedNumber(), known), recordFor(-2, known), recordFor(-1, L""),
-          recordFor(-1, UnknownDescription)})
-      expectNoBinding(scenario, control.get(), record, findings);
+    for (const int32_t number : numbers) expectNoBinding(scenario, control.get(), recordFor(number, known), findings);
+    for (const wchar_t* const description : {L"", UnknownDescription})
+      expectNoBinding(scenario, control.get(), recordFor(-1, description), findings);
   }
 }
 

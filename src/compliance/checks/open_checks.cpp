@@ -1,5 +1,4 @@
 // What is listed can be opened by description and by number, and nothing else can.
-#include <algorithm>
 #include <cwctype>
 #include <set>
 #include <string>
@@ -63,12 +62,11 @@ void checkOpeningByNumber(const CheckContext&, Findings& findings) {
 
 void checkUnknownDevice(const CheckContext&, Findings& findings) {
   const std::vector<std::wstring> listed = listedDescriptions();
-  const std::vector<int32_t> numbers = listedNumbers();
-  for (const int32_t number : {UnknownNumber, unusedNumber(), -2, INT32_MIN}) {
-    if (std::count(numbers.begin(), numbers.end(), number) > 0) continue;
+  std::set<int32_t> numbers = unusedNumbers();
+  numbers.insert({-2, INT32_MIN});
+  for (const int32_t number : numbers)
     for (const wchar_t* const description : {static_cast<const wchar_t*>(nullptr), L"", listed.front().c_str()})
       expectUnknown(number, description, findings);
-  }
   expectUnknown(-1, nullptr, findings);
   expectUnknown(-1, L"", findings);
   expectUnknown(-1, UnknownDescription, findings);

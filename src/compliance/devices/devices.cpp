@@ -1,7 +1,5 @@
 #include "compliance/devices/devices.h"
 
-#include <algorithm>
-
 namespace compliance {
 
 std::vector<int32_t> listedNumbers() {
@@ -17,10 +15,15 @@ std::vector<int32_t> childrenOf(int32_t fusionNumber) {
   return children;
 }
 
-int32_t unusedNumber() {
-  const std::vector<int32_t> numbers = listedNumbers();
-  const auto highest = std::max_element(numbers.begin(), numbers.end());
-  return highest == numbers.end() || *highest == INT32_MAX ? UnknownNumber : *highest + 1;
+std::set<int32_t> unusedNumbers() {
+  const std::vector<int32_t> listed = listedNumbers();
+  std::set<int32_t> numbers{UnknownNumber};
+  for (const int32_t number : listed) {
+    if (number > 0) numbers.insert(number - 1);
+    if (number < INT32_MAX) numbers.insert(number + 1);
+  }
+  for (const int32_t number : listed) numbers.erase(number);
+  return numbers;
 }
 
 void forEachDevice(Findings& findings, const std::function<void(DeviceCtrl*, const std::string&)>& visit) {

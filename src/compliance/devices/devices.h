@@ -4,6 +4,7 @@
 #include <velq/velq.h>
 
 #include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,8 +45,8 @@ std::vector<int32_t> listedNumbers();
 /// The children of a fusion device in order of their numbers; empty when it has none or the library refuses.
 std::vector<int32_t> childrenOf(int32_t fusionNumber);
 
-/// A number above all that are listed.
-int32_t unusedNumber();
+/// Numbers that no listed device has: all around those that are listed, and far from them.
+std::set<int32_t> unusedNumbers();
 
 /// Opens every listed device by its description and hands it over with words for where it is. One that does not open
 /// is a finding.

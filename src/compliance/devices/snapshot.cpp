@@ -54,6 +54,7 @@ const std::string& valueOr(const Snapshot& snapshot, const std::string& fact, co
 std::string listedFact(int32_t number) { return prefixOf(number) + "description in the list"; }
 std::string descriptionFact(int32_t number) { return prefixOf(number) + "description"; }
 std::string boardIdFact(int32_t number) { return prefixOf(number) + "board id"; }
+std::string childrenFact(int32_t number) { return prefixOf(number) + "children"; }
 
 Snapshot itemFactsOf(Scenario scenario, DaqCtrlBase* control, int32_t number) {
   Snapshot facts;
@@ -80,7 +81,7 @@ Snapshot factsOf(DeviceCtrl* device) {
                  {prefix + "base addresses", answerOf<uint64_t>(DeviceCtrl_getBaseAddresses(device))},
                  {prefix + "interrupts", answerOf<int32_t>(DeviceCtrl_getInterrupts(device))},
                  {prefix + "fusion status", show(CvxIsFusionDevice(number))},
-                 {prefix + "children", show(childrenOf(number))}};
+                 {childrenFact(number), show(childrenOf(number))}};
   for (const Scenario scenario : Scenarios) addItems(facts, scenario, number);
   return facts;
 }

@@ -25,6 +25,7 @@ Snapshot itemFactsOf(Automation::Velq::Scenario scenario, Automation::Velq::DaqC
 std::string listedFact(int32_t number);
 std::string descriptionFact(int32_t number);
 std::string boardIdFact(int32_t number);
+std::string childrenFact(int32_t number);
 
 /// What is left of a snapshot without a device, and without the order of the list.
 Snapshot without(int32_t number, Snapshot snapshot);

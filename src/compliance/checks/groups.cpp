@@ -1,0 +1,117 @@
+#include "compliance/checks/groups.h"
+
+#include <algorithm>
+
+namespace compliance {
+
+namespace {
+
+int32_t countOf(const Children& children) { return static_cast<int32_t>(children.size()); }
+
+Children sorted(const std::set<int32_t>& children) { return {children.begin(), children.end()}; }
+
+}  // namespace
+
+Groups::Groups(const CheckContext& context, Findings& findings) : context_(context), findings_(findings) {}
+
+Groups::~Groups() {
+  for (const int32_t number : used_) {
+    const Children left = childrenOf(number);
+    if (!left.empty()) CvxFusionDeviceRemoveChildren(number, countOf(left), left.data());
+  }
+}
+
+std::optional<int32_t> Groups::create(const Children& children) {
+  const std::string where = "fusion device of " + show(children);
+  int32_t number = 0;
+  const ErrorCode status = CvxFusionDeviceCreate(countOf(children), children.data(), &number);
+  if (status == Success) {
+    const bool isNew = number >= 0 && std::count(devices_.begin(), devices_.end(), number) == 0;
+    if (!findings_.expect(isNew && !groups_.contains(number), "gets the number " + std::to_string(number), where))
+      return std::nullopt;
+    groups_[number] = {children.begin(), children.end()};
+    used_.insert(number);
+  } else {
+    findings_.expect(status == ErrorCannotFuse,
+                     "is refused with status " + show(status) + ", after which tools go on with device 0", where);
+  }
+  look("the creation of a " + where + " with status " + show(status));
+  return status == Success ? std::optional(number) : std::nullopt;
+}
+
+void Groups::expectNoGroupOf(const Children& children) {
+  const std::optional<int32_t> number = create(children);
+  if (!findings_.expect(!number, "is created", "fusion device of " + show(children))) remove(*number, children);
+}
+
+bool Groups::add(int32_t number, const Children& added) {
+  const ErrorCode check = CvxFusionDeviceCheckChildren(number, countOf(added), added.data());
+  look("a look whether it would take " + show(added));
+  const ErrorCode status = CvxFusionDeviceAddChildren(number, countOf(added), added.data());
+  findings_.expect((check == Success) == (status == Success),
+                   "takes " + show(added) + " with status " + show(status) + ", but the check says " + show(check),
+                   placeOf(number));
+  if (status == Success) groups_[number].insert(added.begin(), added.end());
+  look("being asked to take " + show(added) + " with status " + show(status));
+  return status == Success;
+}
+
+void Groups::expectNotAdded(int32_t number, const Children& added) {
+  findings_.expect(CvxFusionDeviceCheckChildren(number, countOf(added), added.data()) != Success,
+                   "would take " + show(added), placeOf(number));
+  findings_.expect(CvxFusionDeviceAddChildren(number, countOf(added), added.data()) != Success, "takes " + show(added),
+                   placeOf(number));
+  look("being asked to take " + show(added));
+}
+
+void Groups::remove(int32_t number, const Children& removed) {
+  const ErrorCode status = CvxFusionDeviceRemoveChildren(number, countOf(removed), removed.data());
+  findings_.expect(status == Success, "does not let " + show(removed) + " go, status " + show(status), placeOf(number));
+  if (status == Success) {
+    for (const int32_t child : removed) groups_[number].erase(child);
+    if (groups_[number].empty()) groups_.erase(number);
+  }
+  look("letting " + show(removed) + " go");
+}
+
+void Groups::expectNotRemoved(int32_t number, const Children& removed) {
+  findings_.expect(CvxFusionDeviceRemoveChildren(number, countOf(removed), removed.data()) != Success,
+                   "lets " + show(removed) + " go", placeOf(number));
+  look("being asked to let " + show(removed) + " go");
+}
+
+void Groups::look(const std::string& after) {
+  for (const int32_t number : used_) {
+    const std::string where = placeOf(number) + " after " + after;
+    const bool isThere = groups_.contains(number);
+    findings_.expect((CvxIsFusionDevice(number) == Success) == isThere,
+                     isThere ? "is not called a fusion device" : "is a fusion device without a child", where);
+    const Children wanted = isThere ? sorted(groups_[number]) : Children(), found = childrenOf(number);
+    findings_.expect(found == wanted, "has the children " + show(found) + ", not " + show(wanted), where);
+    findings_.expect((openDevice(number, nullptr, AccessFusion) != nullptr) == isThere,
+                     isThere ? "cannot be opened by its number" : "can be opened without a child", where);
+  }
+  const size_t count = listedDescriptions().size();
+  findings_.expect(count == devices_.size() + groups_.size(), std::to_string(count) + " devices are listed",
+                   "after " + after);
+}
+
+void Groups::lookAtAll(const std::string& after) {
+  expectAsWanted(takeSnapshot(), "after " + after);
+  expectAsWanted(context_.next.look(), "in the next process after " + after);
+}
+
+void Groups::expectAsWanted(Snapshot found, const std::string& when) {
+  Snapshot wanted = before_;
+  for (const auto& [number, children] : groups_) {
+    const std::string listed = found[childrenFact(number)];
+    findings_.expect(listed == show(sorted(children)), "has the children " + listed + ", not " + show(sorted(children)),
+                     placeOf(number) + ", " + when);
+    wanted = without(number, wanted);
+    found = without(number, found);
+  }
+  const std::string difference = firstDifference(wanted, found);
+  findings_.expect(difference.empty(), difference, when);
+}
+
+}  // namespace compliance

@@ -1,0 +1,72 @@
+// Fusion devices while they are created, changed and dissolved.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "compliance/checks/check.h"
+#include "compliance/devices/devices.h"
+#include "compliance/devices/snapshot.h"
+
+namespace compliance {
+
+using Children = std::vector<int32_t>;
+
+/// The fusion devices that a check has created, and all else as it was before. After each call it is noted what is
+/// otherwise.
+class Groups {
+ public:
+  Groups(const CheckContext& context, Findings& findings);
+
+  /// Dissolves those that are left although their end was reported, or refused.
+  ~Groups();
+  Groups(const Groups&) = delete;
+  Groups& operator=(const Groups&) = delete;
+
+  /// The devices that were listed before, in their order.
+  const Children& devices() const { return devices_; }
+
+  /// Creates a fusion device and returns its number; nothing when the library refuses, which has to be with the status
+  /// that tools understand.
+  std::optional<int32_t> create(const Children& children);
+
+  /// Tries to create one that has to be refused.
+  void expectNoGroupOf(const Children& children);
+
+  /// Adds children. Returns whether the library has taken them, which has to be what it said when asked before.
+  bool add(int32_t number, const Children& added);
+
+  /// Tries to add children that have to be refused.
+  void expectNotAdded(int32_t number, const Children& added);
+
+  /// Removes children of the fusion device; the last of them ends it.
+  void remove(int32_t number, const Children& removed);
+
+  /// Tries to remove what has to be refused.
+  void expectNotRemoved(int32_t number, const Children& removed);
+
+  /// Looks at the groups, and that there are no others.
+  void look(const std::string& after);
+
+  /// Looks at all devices, in this process and in the next.
+  void lookAtAll(const std::string& after);
+
+ private:
+  void expectAsWanted(Snapshot found, const std::string& when);
+
+  const CheckContext& context_;
+  Findings& findings_;
+  const Snapshot before_ = takeSnapshot();
+  const Children devices_ = listedNumbers();
+  std::map<int32_t, std::set<int32_t>> groups_;
+  std::set<int32_t> used_;  ///< numbers that groups have had
+};
+
+/// "fusion device 256"
+inline std::string placeOf(int32_t number) { return "fusion device " + std::to_string(number); }
+
+}  // namespace compliance
