@@ -9,6 +9,7 @@
 #include <span>
 
 #include "simulator/rig/rig_writer.h"
+#include "text/one_line.h"
 
 using namespace simulator;
 
@@ -45,7 +46,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   try {
     check(readRigFile(fileOf({data, size})));
   } catch (const RigError& error) {
-    const std::string line = error.what();
+    // As it is printed: what the rig holds is in the message as it is.
+    const std::string line = text::oneLine(error.what());
     require(line.find(": ") != std::string::npos && std::none_of(line.begin(), line.end(), isControl));
   }
   return 0;

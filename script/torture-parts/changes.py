@@ -35,7 +35,7 @@ class Bench:
         subprocess.run([options.root / "script" / "setup", "check"], check=True)
         configure = ["cmake", "--preset", "dev", "-DQUTIL_TESTS=ON"]
         subprocess.run(configure, cwd=options.root, check=True, capture_output=True)
-        tree = build(options.root, "dev", "qutil", "velq", "velq-probe", "sleep_recorder")
+        tree = build(options.root, "dev", "qutil", "velq", "velq-probe", "velq-sim", "sleep_recorder")
         self.tool = options.tool
         self.rig = options.root / "src" / "simulator" / "rig" / "builtin_rig.json"
         self.recorder = tree / "tests" / "sleep_recorder.so"

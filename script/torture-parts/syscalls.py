@@ -3,6 +3,8 @@ import collections
 import concurrent.futures
 import os
 import re
+import shutil
+import subprocess
 import threading
 
 from changes import BEGINNINGS, COMMANDS, Bench, Stage, Story, difference, without_numbers
@@ -142,8 +144,69 @@ def play_all(trial, name, beginning, options):
             yield label, *result
 
 
+class Capture:
+    """A capture of the simulator, in a directory of its own each time."""
+
+    CALLS = ["link", *(name for name in ERRORS if name not in ("mkdir", "pwrite64", "fdatasync", "ftruncate"))]
+
+    def __init__(self, bench):
+        self.place = bench.place
+        self.program = bench.tool.parent / "velq-sim"
+        self.counts = collections.Counter()
+        status, _, self.whole = self.run("whole", f"trace={','.join(self.CALLS)}")
+        lines = (self.place / "whole" / "record").read_text(errors="replace").splitlines()
+        self.counts.update(line.split("(", 1)[0] for line in lines)
+        if status != 0 or not self.whole.get("copy"):
+            raise Fault(f"a capture without a fault: status {status}")
+
+    def run(self, name, *options):
+        """Returns the status, standard error, and what was written, by file name."""
+        folder = self.place / name
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir()
+        tracing = [word for option in options for word in ("-e", option)]
+        command = ["strace", "-o", folder / "record", *tracing, self.program, "--capture", "copy"]
+        run = subprocess.run(command, cwd=folder, env={"HOME": str(folder)}, capture_output=True, text=True, timeout=20)
+        return run.returncode, run.stderr, {file.name: file.read_text() for file in folder.iterdir()
+                                            if file.name != "record"}
+
+    def cases(self):
+        return [(name, str(i + 1), error) for name in self.CALLS for i in range(self.counts[name])
+                for error in ERRORS.get(name, ["EIO", "ENOSPC"]) if error not in ALWAYS]
+
+    def play(self, case):
+        """Returns what was wrong, None when nothing was."""
+        name, number, error = case
+        status, errors, files = self.run(
+            str(threading.get_ident()), f"trace={name}", f"inject={name}:error={error}:when={number}")
+        if name == "unlink":
+            files = {"copy": files.get("copy")}
+        if status == 0 and files != self.whole:
+            return "reports success without the whole file"
+        if status != 0 and (files or not errors):
+            return f"status {status}, files {sorted(files)}, {errors!r}"
+        return None
+
+
+def fail_capture(bench, options):
+    """Gives a line for each violation, and one that counts the runs."""
+    capture = Capture(bench)
+    cases = capture.cases()[::10 if options.short else 1]
+    violations = 0
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as workers:
+        for case, problem in zip(cases, workers.map(capture.play, cases)):
+            if problem:
+                violations += 1
+                yield f"VIOLATION: --capture/{'/'.join(case)}: {problem}"
+    yield f"--capture: {len(cases)} runs, {violations} violations"
+    if violations:
+        raise Fault(f"{violations} violations in captures")
+
+
 def fail_each(options):
     bench = Bench(options)
+    if not options.only:
+        yield from fail_capture(bench, options)
     runs, violations = collections.Counter(), collections.Counter()
     for name in COMMANDS:
         for beginning in BEGINNINGS:
