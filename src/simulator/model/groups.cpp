@@ -27,8 +27,9 @@ Groups::Groups(const Rig& rig, const StateContents& contents) {
   for (const auto& [child, group] : groupOf_) {
     if (placed.contains(child)) continue;
     std::vector<int32_t>& children = groups_[group];
-    children.insert(std::find_if(children.begin(), children.end(), [&](int32_t other) { return other > child; }),
-                    child);
+    children.insert(
+        std::find_if(children.begin(), children.end(), [added = child](int32_t other) { return other > added; }),
+        child);
   }
 }
 
