@@ -125,7 +125,8 @@ TEST_F(HandleTest, WhatOthersKeptCountsAtOnceAndEveryCodeIsKept) {
   DaqCtrlBase* const control = bind(ScenarioCalibration, 0);
   FirmwareItem* const chip = chipOf(bind(ScenarioFirmware, 0), 1);
   EXPECT_STREQ(FirmwareItem_getVersion(chip), L"2.05");
-  changeElsewhere({{0, "description", "New"}, {0, "board id", 9}, {0, "firmware 1", 0x999}});
+  changeElsewhere(
+      {{0, simulator::DescriptionItem, "New"}, {0, simulator::BoardIdItem, 9}, {0, simulator::firmwareItem(1), 0x999}});
   DeviceCtrl* const device = DeviceCtrl_Create(-1, L"New", AccessDevice);
   EXPECT_EQ(DeviceCtrl_getBoardId(device), 9);
   for (const wchar_t* text : {L"", L"\xD800", L"\x110000"})
@@ -136,11 +137,11 @@ TEST_F(HandleTest, WhatOthersKeptCountsAtOnceAndEveryCodeIsKept) {
   calibrate(solution);
   EXPECT_EQ(CalibrationSolution_loadGoldenBackup(solution, 0), Success);
   other.refresh();
-  EXPECT_EQ(other.codeInUse(0, "calibration 0.0.0", 1), 1U);
+  EXPECT_EQ(other.codeInUse(0, simulator::calibrationItem(0, 0, 0), 1), 1U);
   EXPECT_EQ(CalibrationSolution_updateAsCurrent(solution), Success);
   other.refresh();
-  for (const auto& [item, code] : {std::pair("0.0", 0x7CU), {"1.0", 0x84U}, {"1.1", 0x88U}})
-    EXPECT_EQ(other.codeInUse(0, "calibration 0." + std::string(item), 1), code);
+  for (const auto& [section, item, code] : {std::tuple(0U, 0U, 0x7CU), {1, 0, 0x84}, {1, 1, 0x88}})
+    EXPECT_EQ(other.codeInUse(0, simulator::calibrationItem(0, section, item), 1), code);
   EXPECT_EQ(other.checkFree(0), ErrorDeviceBusy);
   DaqCtrlBase_dispose(control);
   EXPECT_EQ(other.checkFree(0), Success);
@@ -159,7 +160,7 @@ TEST_F(HandleTest, EveryQuerySeesWhatOthersChanged) {
       [&] { return DeviceCtrl_getProductId(DeviceCtrl_Create(group, nullptr, AccessDevice)) == 0x2004; }};
   EXPECT_EQ(Array_getLength(DeviceCtrl_getInstalledDevices()), 7);
   for (const auto& sees : queries) {
-    changeElsewhere({{6, "fusion", ++group}});
+    changeElsewhere({{6, simulator::FusionItem, ++group}});
     EXPECT_TRUE(sees()) << group;
   }
   for (const int32_t bare : {2, group}) {
@@ -169,15 +170,17 @@ TEST_F(HandleTest, EveryQuerySeesWhatOthersChanged) {
   DeviceCtrl* const gone = DeviceCtrl_Create(group, nullptr, AccessDevice);
   wchar_t text[64];
   EXPECT_EQ(DeviceCtrl_getLocation(gone, 64, text), 0xE0000001);
-  changeElsewhere({{6, "fusion", -1}});
+  changeElsewhere({{6, simulator::FusionItem, -1}});
   EXPECT_EQ(CvxIsFusionDevice(group), 0xE0000001);
   EXPECT_EQ(DeviceCtrl_setDescription(gone, 1, L"x"), 0xE0000002);
   EXPECT_EQ(DeviceCtrl_getProductId(gone) + DeviceCtrl_getBoardId(gone), 0);
 }
 
 TEST_F(HandleTest, RulesForGroups) {
-  changeElsewhere(
-      {{0, "description", "Fusion device 256"}, {4, "description", "F"}, {6, "fusion", 4}, {7, "board id", 9}});
+  changeElsewhere({{0, simulator::DescriptionItem, "Fusion device 256"},
+                   {4, simulator::DescriptionItem, "F"},
+                   {6, simulator::FusionItem, 4},
+                   {7, simulator::BoardIdItem, 9}});
   void* const last = Array_getItem(DeviceCtrl_getInstalledDevices(), 7);
   EXPECT_STREQ(static_cast<InstalledDeviceNode*>(last)->Description, L"F");
   const int32_t list[] = {7, 6, 7};
@@ -201,8 +204,8 @@ TEST_F(HandleTest, RulesForGroups) {
 
 ErrorCode rename(simulator::Simulation& simulation, int32_t number, const std::string& text) {
   return simulation.change([&](std::vector<simulator::StateChange>& changes) {
-    changes.push_back({number, "description", text});
-    return simulation.findDescription(text) == -1 ? Success : simulator::ErrorRefused;
+    changes.push_back({number, simulator::DescriptionItem, text});
+    return simulation.findDescription(text) ? simulator::ErrorRefused : Success;
   });
 }
 
@@ -217,10 +220,10 @@ TEST(StateTest, OthersAreSeenNeverUndoneAndHeldOff) {
   EXPECT_EQ(rename(two, 1, "second"), Success);
   EXPECT_EQ(two.findDescription("first"), 0);
   EXPECT_EQ(two.findDescription("second"), 1);
-  EXPECT_EQ(two.findDescription("QA-1808,BID#1"), -1);
+  EXPECT_EQ(two.findDescription("QA-1808,BID#1"), std::nullopt);
   one.refresh();
   EXPECT_EQ(one.description(1), "second");
-  EXPECT_EQ(one.findDescription("QA-1808,BID#1"), -1);
+  EXPECT_EQ(one.findDescription("QA-1808,BID#1"), std::nullopt);
   const auto fail = [](std::vector<simulator::StateChange>&) -> ErrorCode { throw simulator::StateError("full"); };
   EXPECT_EQ(one.change(fail), 0xE0000004);
   EXPECT_EQ(rename(two, 1, "third"), Success);
@@ -268,7 +271,7 @@ TEST(StateTest, NothingIsObeyedThatWasNotWrittenForThisRig) {
     simulator::sqlite().close(database);
     simulator::Simulation reader("", {Path, false});
     EXPECT_EQ(reader.description(0), "QA-3216,BID#0") << sql;
-    EXPECT_EQ(rename(reader, 1, "second"), simulator::ErrorNotKept) << sql;
+    EXPECT_EQ(rename(reader, 1, "second"), simulator::ErrorNotSaved) << sql;
   }
   std::remove(Path.c_str());
 }

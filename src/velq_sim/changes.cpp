@@ -1,11 +1,10 @@
 #include "velq_sim/changes.h"
 
 #include <cstdio>
-#include <map>
+#include <optional>
 #include <string>
 
 #include "simulator/model/simulation.h"
-#include "simulator/model/state_check.h"
 #include "simulator/state/environment.h"
 #include "text/escaped.h"
 #include "text/one_line.h"
@@ -20,14 +19,14 @@ using simulator::Simulation;
 
 std::string quoted(const std::string& description) { return text::escaped(text::fromUtf8(description).c_str()); }
 
-std::string groupName(int32_t group) { return group < 0 ? "none" : std::to_string(group); }
+std::string groupName(std::optional<int32_t> group) { return group ? std::to_string(*group) : "none"; }
 
 // Compares one device with what its rig says.
 class DeviceChanges {
  public:
   DeviceChanges(const Simulation& simulation, int32_t number) : simulation_(simulation), number_(number) {}
 
-  void show(const Device* rig, int32_t rigGroup) const {
+  void show(const Device* rig, std::optional<int32_t> rigGroup) const {
     line("description", rig == nullptr ? "none" : quoted(rig->description), quoted(simulation_.description(number_)));
     line("board id", std::to_string(rig == nullptr ? 0 : rig->boardId), std::to_string(simulation_.boardId(number_)));
     if (rig != nullptr && rig->firmware) showFirmware(*rig->firmware);
@@ -43,7 +42,7 @@ class DeviceChanges {
 
   void showFirmware(const std::vector<simulator::Chip>& chips) const {
     for (size_t i = 0; i < chips.size(); ++i)
-      line(simulator::firmwareItem(i), simulator::shown(chips[i].version),
+      line(nameOf(simulator::firmwareItem(i)), simulator::shown(chips[i].version),
            simulator::shown(simulation_.firmwareVersion(number_, i)));
   }
 
@@ -52,8 +51,8 @@ class DeviceChanges {
       for (size_t k = 0; k < solutions[i].sections.size(); ++k) {
         const auto& items = solutions[i].sections[k].items;
         for (size_t j = 0; j < items.size(); ++j) {
-          const std::string item = simulator::calibrationItem(i, k, j);
-          line(item, text::hexadecimal(items[j].inUse),
+          const simulator::Item item = simulator::calibrationItem(i, k, j);
+          line(nameOf(item), text::hexadecimal(items[j].inUse),
                text::hexadecimal(simulation_.codeInUse(number_, item, items[j].inUse)));
         }
       }

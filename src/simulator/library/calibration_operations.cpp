@@ -3,31 +3,19 @@
 #include "simulator/library/objects.h"
 #include "simulator/library/operations.h"
 #include "simulator/library/strings.h"
-#include "simulator/model/state_check.h"
 
 namespace simulator {
 
 namespace {
 
-// Makes the array of objects of one kind for a rig list, once.
-template <typename Kind, typename Owner, typename Given>
-Array* objectArray(Owner& owner, HandleArrayObject*& made, const std::vector<Given>& list) {
-  if (made == nullptr) {
-    std::vector<Object*> objects;
-    for (size_t i = 0; i < list.size(); ++i) objects.push_back(make<Kind>(&owner, list[i], i));
-    made = make<HandleArrayObject>(&owner, std::move(objects));
-  }
-  return handleOf<Array>(made);
-}
-
 int32_t deviceNumber(const SolutionObject& solution) { return solution.device.number; }
 
-std::string stateItem(const ItemObject& item) {
+Item stateItem(const ItemObject& item) {
   return calibrationItem(item.section.solution.index, item.section.index, item.index);
 }
 
-// The outcome of a finished walk, to be put to use later; a later run of the same item replaces an earlier one.
-void propose(SolutionObject& solution, const std::string& item, uint32_t code) {
+// Remembers the code of a finished walk until it is put to use; a later walk of the same item replaces it.
+void propose(SolutionObject& solution, const Item& item, uint32_t code) {
   std::erase_if(solution.newCodes, [&](const StateChange& change) { return change.item == item; });
   solution.newCodes.push_back({deviceNumber(solution), item, int64_t{code}});
 }
@@ -40,14 +28,12 @@ void proposeBackup(SolutionObject& solution) {
   }
 }
 
-// Puts the new codes to use, or only makes sure that it could be done. A backup is in use with its second step, for
-// tools report it as restored before they make it current.
-ErrorCode keepCodes(const SolutionObject& solution, bool really) {
+// Saves codes as those in use; with none, finds out whether they could be saved.
+ErrorCode saveCodes(const SolutionObject& solution, const std::vector<StateChange>& codes) {
   Simulation& simulation = Simulation::instance();
   return simulation.change([&](std::vector<StateChange>& changes) {
-    const ErrorCode status = simulation.checkFree(deviceNumber(solution));
-    if (status == Success && really) changes = solution.newCodes;
-    return status;
+    changes = codes;
+    return simulation.checkFree(deviceNumber(solution));
   });
 }
 
@@ -59,7 +45,7 @@ Array* CalibrationCtrl_getSolutions(CalibrationCtrl* control) {
   if (object.device == nullptr) return nullptr;
   const Device* const device = Simulation::instance().rigDevice(object.device->number);
   if (device == nullptr || !device->calibration) return nullptr;
-  return objectArray<SolutionObject>(object, object.items, *device->calibration);
+  return handleArray<SolutionObject>(object, object.items, *device->calibration);
 }
 
 const wchar_t* CalibrationSolution_getName(CalibrationSolution* solution) {
@@ -76,20 +62,22 @@ const wchar_t* CalibrationSolution_getInstruction(CalibrationSolution* solution)
 
 Array* CalibrationSolution_getSections(CalibrationSolution* solution) {
   SolutionObject& object = resolve<SolutionObject>(solution, __func__);
-  return objectArray<SectionObject>(object, object.sections, object.solution.sections);
+  return handleArray<SectionObject>(object, object.sections, object.solution.sections);
 }
 
 ErrorCode CalibrationSolution_updateAsCurrent(CalibrationSolution* solution) {
   SolutionObject& object = resolve<SolutionObject>(solution, __func__);
-  return object.newCodes.empty() ? ErrorWrongOrder : keepCodes(object, true);
+  return object.newCodes.empty() ? ErrorWrongOrder : saveCodes(object, object.newCodes);
 }
 
 ErrorCode CalibrationSolution_loadGoldenBackup(CalibrationSolution* solution, int32_t step) {
   SolutionObject& object = resolve<SolutionObject>(solution, __func__);
   if (step != 0 && (step != 1 || !object.backupPrepared)) return ErrorWrongOrder;
   object.backupPrepared = step == 0;
-  if (step == 1) proposeBackup(object);
-  return keepCodes(object, step == 1);
+  if (step == 0) return saveCodes(object, {});
+  proposeBackup(object);
+  // Already in use here: tools report the backup as restored before they make it current.
+  return saveCodes(object, object.newCodes);
 }
 
 const wchar_t* CalibrationSection_getDescription(CalibrationSection* section) {
@@ -102,12 +90,8 @@ const wchar_t* CalibrationSection_getInstruction(CalibrationSection* section) {
 
 ErrorCode CalibrationSection_start(CalibrationSection* section) {
   SectionObject& object = resolve<SectionObject>(section, __func__);
-  ControlObject& control = object.solution.control;
-  const int32_t number = object.solution.device.number;
-  if (!control.holds.contains(number)) {
-    if (const ErrorCode status = Simulation::instance().hold(number); status != Success) return status;
-    control.holds.insert(number);
-  }
+  if (const ErrorCode status = object.solution.control.hold(deviceNumber(object.solution)); status != Success)
+    return status;
   object.started = true;
   if (object.items != nullptr) {
     for (Object* const item : object.items->items) static_cast<ItemObject*>(item)->polls = 0;
@@ -117,7 +101,7 @@ ErrorCode CalibrationSection_start(CalibrationSection* section) {
 
 Array* CalibrationSection_getItems(CalibrationSection* section) {
   SectionObject& object = resolve<SectionObject>(section, __func__);
-  return objectArray<ItemObject>(object, object.items, object.section.items);
+  return handleArray<ItemObject>(object, object.items, object.section.items);
 }
 
 const wchar_t* CalibrationItem_getName(CalibrationItem* item) {

@@ -30,7 +30,7 @@ struct NodeArrayObject : ArrayObject {
 // Values of the rig, which outlives every handle.
 template <typename Value>
 struct ValueArrayObject : ArrayObject {
-  ValueArrayObject(Object* asked, const std::vector<Value>& list) : ArrayObject(asked), values(list) {}
+  ValueArrayObject(Object* from, const std::vector<Value>& list) : ArrayObject(from), values(list) {}
   size_t size() const override { return values.size(); }
   void* at(size_t index) const override { return const_cast<Value*>(&values[index]); }
   const std::vector<Value>& values;
@@ -120,8 +120,8 @@ ErrorCode DeviceCtrl_setDescription(DeviceCtrl* device, int32_t count, const wch
   return simulation.change([&](std::vector<StateChange>& changes) {
     const ErrorCode status = checkChangeable(simulation, number);
     if (status != Success) return status;
-    if (simulation.isBorneByAnother(*text, number)) return ErrorRefused;
-    changes.push_back({number, "description", *text});
+    if (simulation.isUsedByAnother(*text, number)) return ErrorRefused;
+    changes.push_back({number, DescriptionItem, *text});
     return Success;
   });
 }
@@ -133,14 +133,14 @@ ErrorCode DeviceCtrl_setBoardId(DeviceCtrl* device, int32_t boardId) {
   if (given == nullptr || boardId < 0 || boardId > given->highestBoardId) return ErrorRefused;
   return simulation.change([&](std::vector<StateChange>& changes) {
     const ErrorCode status = checkChangeable(simulation, number);
-    if (status == Success) changes.push_back({number, "board id", boardId});
+    if (status == Success) changes.push_back({number, BoardIdItem, boardId});
     return status;
   });
 }
 
 void DeviceCtrl_dispose(DeviceCtrl* device) {
   DeviceObject& object = resolve<DeviceObject>(device, __func__);
-  if (object.owner != nullptr) failHandle(__func__, "handle that belongs to its control");
+  if (object.parent != nullptr) failHandle(__func__, "handle that belongs to its control");
   object.disposed = true;
 }
 

@@ -4,7 +4,6 @@
 #include "simulator/library/objects.h"
 #include "simulator/library/operations.h"
 #include "simulator/library/strings.h"
-#include "simulator/model/state_check.h"
 #include "text/utf8.h"
 
 namespace simulator {
@@ -20,8 +19,8 @@ bool isPassword(const Chip& chip, const wchar_t* given) {
   return !chip.password || (given != nullptr && text::fromUtf8(*chip.password) == given);
 }
 
-// The last step of an overwrite. A version that could not be kept leaves it unfinished, and the next poll tries again.
-bool keepVersion(ChipObject& chip) {
+// The last step of an overwrite. A version that could not be saved leaves it unfinished, and the next poll tries again.
+bool saveVersion(ChipObject& chip) {
   const int32_t number = chip.device.number;
   const ErrorCode status = Simulation::instance().change([&](std::vector<StateChange>& changes) {
     changes.push_back({number, firmwareItem(chip.index), int64_t{chip.loadedVersion.value()}});
@@ -38,13 +37,7 @@ Array* FirmwareCtrls_getFirmwares(FirmwareCtrls* control) {
   if (object.device == nullptr) return nullptr;
   const Device* const device = Simulation::instance().rigDevice(object.device->number);
   if (device == nullptr || !device->firmware) return nullptr;
-  if (object.items == nullptr) {
-    std::vector<Object*> chips;
-    for (size_t i = 0; i < device->firmware->size(); ++i)
-      chips.push_back(make<ChipObject>(&object, (*device->firmware)[i], i));
-    object.items = make<HandleArrayObject>(&object, std::move(chips));
-  }
-  return handleOf<Array>(object.items);
+  return handleArray<ChipObject>(object, object.items, *device->firmware);
 }
 
 const wchar_t* FirmwareItem_getDescription(FirmwareItem* item) {
@@ -86,11 +79,7 @@ ErrorCode FirmwareItem_start(FirmwareItem* item, int32_t /*mode*/, const wchar_t
   ChipObject& chip = resolve<ChipObject>(item, __func__);
   if (!chip.loadedVersion || !chip.noticeConfirmed) return ErrorWrongOrder;
   if (!isPassword(chip.chip, password)) return ErrorRefused;
-  const int32_t number = chip.device.number;
-  if (!chip.control.holds.contains(number)) {
-    if (const ErrorCode status = Simulation::instance().hold(number); status != Success) return status;
-    chip.control.holds.insert(number);
-  }
+  if (const ErrorCode status = chip.control.hold(chip.device.number); status != Success) return status;
   chip.started = true;
   chip.finished = false;
   chip.polls = 0;
@@ -102,7 +91,7 @@ int32_t FirmwareItem_getProgress(FirmwareItem* item) {
   if (!chip.started) return ProgressNothingLoaded;
   const std::vector<int32_t>& progress = chip.chip.progress;
   const int32_t value = progress[std::min(chip.polls, progress.size() - 1)];
-  if (value >= ProgressDone && !chip.finished && !(chip.finished = keepVersion(chip))) return ProgressAborted;
+  if (value >= ProgressDone && !chip.finished && !(chip.finished = saveVersion(chip))) return ProgressAborted;
   ++chip.polls;
   return value;
 }

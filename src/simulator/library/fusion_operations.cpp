@@ -24,8 +24,7 @@ ErrorCode checkFusable(Simulation& simulation, const Children& children, const C
   if (children.size() + present.size() > MostFusionChildren) return ErrorCannotFuse;
   const int32_t model = present.empty() ? children.front() : present.front();
   for (const int32_t child : children) {
-    if (!simulation.exists(child) || simulation.isFusion(child) || simulation.groupOf(child) != -1)
-      return ErrorCannotFuse;
+    if (!simulation.exists(child) || simulation.isFusion(child) || simulation.groupOf(child)) return ErrorCannotFuse;
     if (simulation.productId(child) != simulation.productId(model)) return ErrorCannotFuse;
     if (const ErrorCode status = simulation.checkFree(child); status != Success) {
       if (status == ErrorDeviceBusy)
@@ -42,12 +41,12 @@ ErrorCode checkAddable(Simulation& simulation, int32_t fusionNumber, const Child
 }
 
 void setGroup(std::vector<StateChange>& changes, const Children& children, int32_t group) {
-  for (const int32_t child : children) changes.push_back({child, "fusion", group});
+  for (const int32_t child : children) changes.push_back({child, FusionItem, group});
 }
 
 std::string freeDescription(Simulation& simulation, int32_t number) {
   std::string description = "Fusion device " + std::to_string(number);
-  while (simulation.findDescription(description) != -1) description += "'";
+  while (simulation.findDescription(description)) description += "'";
   return description;
 }
 
@@ -67,7 +66,7 @@ ErrorCode CvxFusionDeviceCreate(int32_t count, const int32_t* children, int32_t*
     if (const ErrorCode refusal = checkFusable(simulation, list, {}); refusal != Success) return refusal;
     while (simulation.exists(number)) ++number;
     setGroup(changes, list, number);
-    changes.push_back({number, "description", freeDescription(simulation, number)});
+    changes.push_back({number, DescriptionItem, freeDescription(simulation, number)});
     return Success;
   });
   // After any other status tools go on with a device 0 that nobody asked for.
@@ -114,7 +113,7 @@ ErrorCode CvxFusionDeviceRemoveChildren(int32_t fusionNumber, int32_t count, con
     }
     setGroup(changes, list, -1);
     const std::set<int32_t> gone(list.begin(), list.end());
-    if (gone.size() == simulation.children(fusionNumber).size()) simulation.undoAll(fusionNumber, changes);
+    if (gone.size() == simulation.children(fusionNumber).size()) simulation.revertAll(fusionNumber, changes);
     return Success;
   });
 }

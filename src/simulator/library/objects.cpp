@@ -15,11 +15,23 @@ std::deque<std::unique_ptr<Object>>& allObjects() {
 
 }  // namespace
 
-Object* keep(std::unique_ptr<Object> object) {
+Object* store(std::unique_ptr<Object> object) {
   allObjects().push_back(std::move(object));
-  Object* const kept = allObjects().back().get();
-  kept->ordinal = allObjects().size();
-  return kept;
+  Object* const stored = allObjects().back().get();
+  stored->ordinal = allObjects().size();
+  return stored;
+}
+
+ErrorCode ControlObject::hold(int32_t number) {
+  if (heldDevices_.contains(number)) return Automation::Velq::Success;
+  const ErrorCode status = Simulation::instance().hold(number);
+  if (status == Automation::Velq::Success) heldDevices_.insert(number);
+  return status;
+}
+
+void ControlObject::releaseAll() {
+  for (const int32_t number : heldDevices_) Simulation::instance().release(number);
+  heldDevices_.clear();
 }
 
 Object* findObject(const void* handle) {

@@ -1,6 +1,6 @@
 // The objects behind the handles. All of them live until the library unloads, so that a handle that was disposed of is
-// known for what it is, and so that a leak checker sees the leaks of the tool alone. A handle is no address: it counts
-// the objects, so that any other handle can be told apart.
+// recognised, and so that a leak checker sees the leaks of the tool alone. A handle is no address: it is the ordinal
+// number of its object, so that a foreign handle is recognised, too.
 #pragma once
 
 #include <velq/types.h>
@@ -15,19 +15,27 @@
 
 namespace simulator {
 
-/// Base of all objects. An object is alive until it, or the one that it was asked of, is disposed of.
+/// Base of all objects. An object is alive until it, or the one that it was obtained from, is disposed of.
 struct Object {
-  explicit Object(Object* asked = nullptr) : owner(asked) {}
+  explicit Object(Object* from = nullptr) : parent(from) {}
   virtual ~Object() = default;
   Object(const Object&) = delete;
   Object& operator=(const Object&) = delete;
 
-  bool isAlive() const { return !disposed && (owner == nullptr || owner->isAlive()); }
+  bool isAlive() const { return !disposed && (parent == nullptr || parent->isAlive()); }
 
-  Object* const owner;  ///< null for what a tool created
+  Object* const parent;  ///< the object that it was obtained from; null for one that a tool created
   bool disposed = false;
-  uintptr_t ordinal = 0;  ///< counted from 1 in the order of making; 0 only until the object is kept
+  uintptr_t ordinal = 0;  ///< in the order of creation, from 1; 0 only until the object is stored
 };
+
+/// Takes over `object` and returns it.
+Object* store(std::unique_ptr<Object> object);
+
+template <typename Kind, typename... Arguments>
+Kind* make(Arguments&&... arguments) {
+  return static_cast<Kind*>(store(std::make_unique<Kind>(std::forward<Arguments>(arguments)...)));
+}
 
 /// The handle of an object, null for null.
 template <typename Handle>
@@ -35,7 +43,7 @@ Handle* handleOf(const Object* object) {
   return object == nullptr ? nullptr : reinterpret_cast<Handle*>(object->ordinal);
 }
 
-/// An array of whatever kind.
+/// An array of any kind.
 struct ArrayObject : Object {
   using Object::Object;
   virtual size_t size() const = 0;
@@ -44,81 +52,99 @@ struct ArrayObject : Object {
 
 /// An array of handles.
 struct HandleArrayObject : ArrayObject {
-  HandleArrayObject(Object* asked, std::vector<Object*> list) : ArrayObject(asked), items(std::move(list)) {}
+  HandleArrayObject(Object* from, std::vector<Object*> list) : ArrayObject(from), items(std::move(list)) {}
   size_t size() const override { return items.size(); }
   void* at(size_t index) const override { return handleOf<void>(items[index]); }
   const std::vector<Object*> items;
 };
 
+/// The array of one object of `Kind` for each element of `list`, which `parent` returns. It is created once and stored
+/// in `array`.
+template <typename Kind, typename Parent, typename Element>
+Automation::Velq::Array* handleArray(Parent& parent, HandleArrayObject*& array, const std::vector<Element>& list) {
+  if (array == nullptr) {
+    std::vector<Object*> objects;
+    for (size_t i = 0; i < list.size(); ++i) objects.push_back(make<Kind>(&parent, list[i], i));
+    array = make<HandleArrayObject>(&parent, std::move(objects));
+  }
+  return handleOf<Automation::Velq::Array>(array);
+}
+
+/// A device: an open one, or the one that a control is bound to.
 struct DeviceObject : Object {
-  DeviceObject(Object* asked, int32_t deviceNumber) : Object(asked), number(deviceNumber) {}
+  DeviceObject(Object* from, int32_t deviceNumber) : Object(from), number(deviceNumber) {}
   const int32_t number;
 };
 
-/// A control of either kind. What is asked of it stays the bound device's, also when another one is bound.
+/// A control of either kind. Objects obtained from it stay those of the device that was bound then.
 struct ControlObject : Object {
   explicit ControlObject(Automation::Velq::Scenario kind) : scenario(kind) {}
+
+  /// Holds a device against other processes until `releaseAll`. Returns as Simulation::hold.
+  ErrorCode hold(int32_t number);
+
+  /// Reverts every `hold`.
+  void releaseAll();
+
   const Automation::Velq::Scenario scenario;
   Automation::Velq::AccessMode mode = Automation::Velq::AccessDevice;
-  DeviceObject* device = nullptr;
-  HandleArrayObject* items = nullptr;  ///< chips or solutions
-  std::set<int32_t> holds;             ///< devices held against other processes until the control is disposed of
+  DeviceObject* device = nullptr;      ///< null until one is bound
+  HandleArrayObject* items = nullptr;  ///< chips or solutions of `device`; null until they are read
+
+ private:
+  std::set<int32_t> heldDevices_;
 };
 
+/// A chip, and how far an overwrite of it has come: notice confirmed, file loaded, started, polled, finished.
 struct ChipObject : Object {
-  ChipObject(ControlObject* asked, const Chip& given, size_t position)
-      : Object(asked), control(*asked), device(*asked->device), chip(given), index(position) {}
+  ChipObject(ControlObject* from, const Chip& inRig, size_t position)
+      : Object(from), control(*from), device(*from->device), chip(inRig), index(position) {}
   ControlObject& control;
   const DeviceObject& device;
   const Chip& chip;
-  const size_t index;
-  std::optional<uint16_t> loadedVersion;
+  const size_t index;                     ///< among the device's chips
+  std::optional<uint16_t> loadedVersion;  ///< of the file; nothing until one is loaded
   bool noticeConfirmed = false;
   bool started = false;
-  bool finished = false;
-  size_t polls = 0;
+  bool finished = false;  ///< the new version is saved
+  size_t polls = 0;       ///< since the start
 };
 
+/// A calibration solution, and the codes that its sections produced.
 struct SolutionObject : Object {
-  SolutionObject(ControlObject* asked, const Solution& given, size_t position)
-      : Object(asked), control(*asked), device(*asked->device), solution(given), index(position) {}
+  SolutionObject(ControlObject* from, const Solution& inRig, size_t position)
+      : Object(from), control(*from), device(*from->device), solution(inRig), index(position) {}
   ControlObject& control;
   const DeviceObject& device;
   const Solution& solution;
-  const size_t index;
+  const size_t index;  ///< among the device's solutions
   HandleArrayObject* sections = nullptr;
-  std::vector<StateChange> newCodes;  ///< worked out or restored, not yet in use
+  std::vector<StateChange> newCodes;  ///< calibrated or restored, not yet in use
   bool backupPrepared = false;        ///< by step 0
 };
 
+/// A section of a solution.
 struct SectionObject : Object {
-  SectionObject(SolutionObject* asked, const Section& given, size_t position)
-      : Object(asked), solution(*asked), section(given), index(position) {}
+  SectionObject(SolutionObject* from, const Section& inRig, size_t position)
+      : Object(from), solution(*from), section(inRig), index(position) {}
   SolutionObject& solution;
   const Section& section;
-  const size_t index;
+  const size_t index;  ///< in its solution
   HandleArrayObject* items = nullptr;
   bool started = false;
 };
 
+/// A calibration item of a section.
 struct ItemObject : Object {
-  ItemObject(SectionObject* asked, const AdjustingCode& given, size_t position)
-      : Object(asked), section(*asked), code(given), index(position) {}
+  ItemObject(SectionObject* from, const AdjustingCode& inRig, size_t position)
+      : Object(from), section(*from), code(inRig), index(position) {}
   SectionObject& section;
   const AdjustingCode& code;
-  const size_t index;
-  size_t polls = 0;
+  const size_t index;  ///< in its section
+  size_t polls = 0;    ///< since the section was started
 };
 
-/// Takes over `object` and returns it.
-Object* keep(std::unique_ptr<Object> object);
-
-template <typename Kind, typename... Arguments>
-Kind* make(Arguments&&... arguments) {
-  return static_cast<Kind*>(keep(std::make_unique<Kind>(std::forward<Arguments>(arguments)...)));
-}
-
-/// The object that `handle` stands for. Null when it is none of this library's.
+/// The object of `handle`; null for a foreign handle.
 Object* findObject(const void* handle);
 
 /// One line on standard error, then abort().

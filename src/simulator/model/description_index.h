@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,17 +15,19 @@ class DescriptionIndex {
   /// Adds the description of a device. Devices are added in the order in which they are listed.
   void add(int32_t number, const std::string& description) { numbers_[description].push_back(number); }
 
-  /// Reverts an `add`.
+  /// Reverts an `add` with the same arguments.
   void remove(int32_t number, const std::string& description);
 
-  /// The number of the first device with exactly this description; -1 when there is none.
-  int32_t find(const std::string& description) const;
+  /// The number of the first device with exactly this description; nothing when there is none.
+  std::optional<int32_t> find(const std::string& description) const;
 
   /// Whether a device other than `number` has exactly this description.
-  bool isBorneByAnother(const std::string& description, int32_t number) const;
+  bool isUsedByAnother(const std::string& description, int32_t number) const;
+
+  bool operator==(const DescriptionIndex&) const = default;
 
  private:
-  std::map<std::string, std::vector<int32_t>> numbers_;  ///< by description; never empty ones
+  std::map<std::string, std::vector<int32_t>> numbers_;  ///< by description; never empty
 };
 
 }  // namespace simulator

@@ -11,8 +11,9 @@ Groups::Groups(const Rig& rig, const StateContents& contents) {
     for (const int32_t child : *device.children) groupOf_[child] = device.number;
   }
   for (const auto& [key, value] : contents) {
+    // A state for another rig can have anything here; whether it fits is known only with the groups.
     const auto* const group = std::get_if<int64_t>(&value);
-    if (key.second == "fusion" && group != nullptr) groupOf_[key.first] = static_cast<int32_t>(*group);
+    if (key.second == FusionItem && group != nullptr) groupOf_[key.first] = static_cast<int32_t>(*group);
   }
   std::erase_if(groupOf_, [](const auto& entry) { return entry.second < 0; });
   std::set<int32_t> placed;
@@ -38,9 +39,9 @@ std::vector<int32_t> Groups::children(int32_t number) const {
   return group == groups_.end() ? std::vector<int32_t>() : group->second;
 }
 
-int32_t Groups::groupOf(int32_t number) const {
+std::optional<int32_t> Groups::groupOf(int32_t number) const {
   const auto group = groupOf_.find(number);
-  return group == groupOf_.end() ? -1 : group->second;
+  return group == groupOf_.end() ? std::nullopt : std::optional(group->second);
 }
 
 }  // namespace simulator

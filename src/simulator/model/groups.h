@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <vector>
 
 #include "simulator/rig/rig.h"
@@ -10,15 +11,15 @@
 
 namespace simulator {
 
-/// What rig and state say of memberships at the time of making: whoever changes a membership in the state makes the
-/// groups anew.
+/// The memberships in rig and state when the object is created: a caller that changes a membership in the state creates
+/// the groups again.
 class Groups {
  public:
   Groups() = default;
   Groups(const Rig& rig, const StateContents& contents);
 
-  /// The children of each fusion device: those that the rig lists in its order, each other one ahead of the first with a
-  /// higher number.
+  /// The children of each fusion device: those that the rig lists in its order, each other one ahead of the first with
+  /// a higher number.
   const std::map<int32_t, std::vector<int32_t>>& all() const { return groups_; }
 
   /// Whether this is the number of a fusion device.
@@ -27,12 +28,12 @@ class Groups {
   /// In the same order; empty when `number` is no fusion device.
   std::vector<int32_t> children(int32_t number) const;
 
-  /// The fusion device that a device belongs to; -1 when to none.
-  int32_t groupOf(int32_t number) const;
+  /// The fusion device that a device belongs to; nothing when to none.
+  std::optional<int32_t> groupOf(int32_t number) const;
 
  private:
   std::map<int32_t, int32_t> groupOf_;
-  std::map<int32_t, std::vector<int32_t>> groups_;
+  std::map<int32_t, std::vector<int32_t>> groups_;  ///< never without children
 };
 
 }  // namespace simulator

@@ -1,5 +1,8 @@
 #include "simulator/model/simulation.h"
 
+#include <algorithm>
+#include <cassert>
+
 #include "simulator/model/state_check.h"
 #include "simulator/state/environment.h"
 #include "text/utf8.h"
@@ -27,7 +30,7 @@ Simulation::Simulation(const std::string& rigPath, const StatePlace& statePlace)
 bool Simulation::refresh() {
   if (!hasRig_) return false;
   try {
-    if (state_.refresh(contents_)) derive();
+    if (state_.refresh(contents_)) rebuildDerived();
   } catch (const StateError& error) {
     reportState(error.what());
     return false;
@@ -51,33 +54,36 @@ std::optional<int32_t> Simulation::select(int32_t number, const wchar_t* wanted)
   refresh();
   if (number == -1 && wanted != nullptr && *wanted != 0) {
     const std::optional<std::string> utf8 = text::toUtf8(wanted);
-    number = utf8 ? findDescription(*utf8) : -1;
+    return utf8 ? findDescription(*utf8) : std::nullopt;
   }
-  return number >= 0 && exists(number) ? std::optional(number) : std::nullopt;
+  return exists(number) ? std::optional(number) : std::nullopt;
 }
 
-void Simulation::undoAll(int32_t number, std::vector<StateChange>& changes) const {
-  auto changed = contents_.lower_bound({number, ""});
+void Simulation::revertAll(int32_t number, std::vector<StateChange>& changes) const {
+  auto changed = contents_.lower_bound({number, Item{}});
   for (; changed != contents_.end() && changed->first.first == number; ++changed)
     changes.push_back({number, changed->first.second, std::monostate()});
 }
 
 const std::string& Simulation::description(int32_t number) const {
   static const std::string none;
-  if (const StateValue* const value = changed(number, "description")) return std::get<std::string>(*value);
+  if (const StateValue* const value = changed(number, DescriptionItem)) return std::get<std::string>(*value);
   const Device* const device = rig_.find(number);
   return device == nullptr ? none : device->description;
 }
 
 int32_t Simulation::boardId(int32_t number) const {
   const Device* const device = rig_.find(number);
-  return static_cast<int32_t>(changedNumber(number, "board id", device == nullptr ? 0 : device->boardId));
+  return static_cast<int32_t>(changedNumber(number, BoardIdItem, device == nullptr ? 0 : device->boardId));
 }
 
 int32_t Simulation::productId(int32_t number) const {
   const Device* const device = rig_.find(number);
   if (device != nullptr && device->productId) return *device->productId;
-  return isFusion(number) ? productId(children(number).front()) : 0;
+  if (!isFusion(number)) return 0;
+  const std::vector<int32_t> grouped = children(number);
+  assert(!grouped.empty());
+  return productId(grouped.front());
 }
 
 FirmwareVersion Simulation::firmwareVersion(int32_t number, size_t chip) const {
@@ -86,7 +92,7 @@ FirmwareVersion Simulation::firmwareVersion(int32_t number, size_t chip) const {
   return (*rig_.find(number)->firmware)[chip].version;
 }
 
-uint32_t Simulation::codeInUse(int32_t number, const std::string& item, uint32_t rigCode) const {
+uint32_t Simulation::codeInUse(int32_t number, const Item& item, uint32_t rigCode) const {
   return static_cast<uint32_t>(changedNumber(number, item, rigCode));
 }
 
@@ -94,22 +100,16 @@ ErrorCode Simulation::change(const std::function<ErrorCode(std::vector<StateChan
   ErrorCode status = Success;
   std::vector<StateChange> changes;
   try {
-    state_.change(contents_, [&](bool refreshed) {
-      if (refreshed) derive();
-      if (!mismatch_.empty()) throw StateError(mismatch_);
-      status = decide(changes);
-      if (status != Success) changes.clear();
-      for (const StateChange& change : changes) {
-        if (descriptions_ && change.item == "description")
-          descriptions_->remove(change.device, description(change.device));
-      }
-      return changes;
-    });
+    State::Transaction transaction(state_);
+    if (state_.refresh(contents_)) rebuildDerived();
+    if (!mismatch_.empty()) throw StateError(mismatch_);
+    status = decide(changes);
+    if (status != Success) changes.clear();
+    transaction.commit(changes);
   } catch (const StateError& error) {
-    descriptions_.reset();
     return reportState(error.what());
   }
-  followUp(changes);
+  applyOwnChanges(changes);
   return status;
 }
 
@@ -124,26 +124,29 @@ ErrorCode Simulation::checkFree(int32_t number) {
   return guard([&] { return file_.isHeldElsewhere(number) ? ErrorDeviceBusy : Success; });
 }
 
-const StateValue* Simulation::changed(int32_t number, const std::string& item) const {
+const StateValue* Simulation::changed(int32_t number, const Item& item) const {
   const auto found = contents_.find({number, item});
   return found == contents_.end() ? nullptr : &found->second;
 }
 
-int64_t Simulation::changedNumber(int32_t number, const std::string& item, int64_t otherwise) const {
+int64_t Simulation::changedNumber(int32_t number, const Item& item, int64_t otherwise) const {
   const StateValue* const value = changed(number, item);
   return value == nullptr ? otherwise : std::get<int64_t>(*value);
 }
 
 DescriptionIndex& Simulation::descriptions() {
-  if (!descriptions_) {
-    descriptions_.emplace();
-    for (const int32_t number : numbers()) descriptions_->add(number, description(number));
-  }
+  if (!descriptions_) descriptions_ = indexed();
   return *descriptions_;
 }
 
-// What depends on the contents, after they were read.
-void Simulation::derive() {
+DescriptionIndex Simulation::indexed() const {
+  DescriptionIndex index;
+  for (const int32_t number : numbers()) index.add(number, description(number));
+  return index;
+}
+
+// After the contents were read.
+void Simulation::rebuildDerived() {
   descriptions_.reset();
   groups_ = Groups(rig_, contents_);
   mismatch_ = findMismatch(rig_, groups_, contents_);
@@ -153,21 +156,24 @@ void Simulation::derive() {
   groups_ = Groups(rig_, contents_);
 }
 
-// The same, after changes of our own.
-void Simulation::followUp(const std::vector<StateChange>& changes) {
+// The same for a few changes, without looking at all devices.
+void Simulation::applyOwnChanges(const std::vector<StateChange>& changes) {
+  const auto regroupsOne = [](const StateChange& change) { return change.item == FusionItem; };
+  const bool regroups = std::any_of(changes.begin(), changes.end(), regroupsOne);
+  if (regroups) descriptions_.reset();
   for (const StateChange& change : changes) {
-    if (change.item == "fusion") {
-      descriptions_.reset();
-      groups_ = Groups(rig_, contents_);
-      return;
-    }
-    if (descriptions_ && change.item == "description") descriptions_->add(change.device, description(change.device));
+    const bool renames = descriptions_ && change.item == DescriptionItem;
+    if (renames) descriptions_->remove(change.device, description(change.device));
+    applyChange(contents_, change);
+    if (renames) descriptions_->add(change.device, description(change.device));
   }
+  if (regroups) groups_ = Groups(rig_, contents_);
+  assert(!descriptions_ || *descriptions_ == indexed());
 }
 
 ErrorCode Simulation::reportState(const std::string& problem) const {
   report((file_.path().empty() ? "the state" : file_.path()) + ": " + problem);
-  return ErrorNotKept;
+  return ErrorNotSaved;
 }
 
 ErrorCode Simulation::guard(const std::function<ErrorCode()>& action) const {

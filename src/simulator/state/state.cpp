@@ -11,7 +11,7 @@ namespace simulator {
 
 namespace {
 
-// All that a state holds of schema. Written with exactly these characters, for they are compared.
+// The whole schema of a state. A state is recognised by exactly these characters.
 constexpr const char* Table =
     "CREATE TABLE change (device INTEGER NOT NULL, item TEXT NOT NULL, value NOT NULL,"
     " PRIMARY KEY (device, item)) WITHOUT ROWID";
@@ -22,7 +22,7 @@ constexpr int LongestWaitMilliseconds = 60'000;
 std::string textColumn(sqlite3_stmt* statement, int column) {
   const auto* const bytes = reinterpret_cast<const char*>(sqlite().column_text(statement, column));
   const std::string_view text(bytes, static_cast<size_t>(sqlite().column_bytes(statement, column)));
-  if (!text::isUtf8(text)) throw StateError("cannot be used: it holds what is no text");
+  if (!text::isUtf8(text)) throw StateError("cannot be used: it has a string that is not UTF-8");
   return std::string(text);
 }
 
@@ -31,9 +31,17 @@ StateValue valueColumn(sqlite3_stmt* statement, int column) {
   return textColumn(statement, column);
 }
 
+StateChange changeIn(sqlite3_stmt* row) {
+  const int32_t device = sqlite().column_int(row, 0);
+  const std::string name = textColumn(row, 1);
+  const std::optional<Item> item = parseItem(name);
+  if (!item) throw StateError(foreignItem(device, name));
+  return {device, *item, valueColumn(row, 2)};
+}
+
 }  // namespace
 
-void apply(StateContents& contents, const StateChange& change) {
+void applyChange(StateContents& contents, const StateChange& change) {
   const std::pair key(change.device, change.item);
   if (std::holds_alternative<std::monostate>(change.value))
     contents.erase(key);
@@ -41,32 +49,44 @@ void apply(StateContents& contents, const StateChange& change) {
     contents[key] = change.value;
 }
 
-bool State::refresh(StateContents& contents) {
-  if (!database_ && !file_.exists()) return false;
-  open();
-  // Not known until all is read: after a failure the next call starts over.
-  const int64_t seen = std::exchange(seenVersion_, -1);
-  const int64_t version = queryNumber(version_);
-  if (version != seen) load(contents);
-  seenVersion_ = version;
-  return version != seen;
+std::string foreignItem(int32_t device, const std::string& item) {
+  return "was written for another rig (device " + std::to_string(device) + " has no \"" + item +
+         "\" here) and is not used; name another file with VELQ_STATE, or delete this one";
 }
 
-void State::change(StateContents& contents, const std::function<std::vector<StateChange>(bool)>& decide) {
-  file_.create();
+State::Transaction::Transaction(State& state) : state_(state) {
+  state_.file_.create();
   try {
-    open();
-    execute("BEGIN IMMEDIATE");
-    const bool refreshed = refresh(contents);
-    keep(contents, decide(refreshed));
+    state_.open();
+    state_.execute("BEGIN IMMEDIATE");
   } catch (...) {
-    // Rolls back, and lets the next call find a file that was deleted and made again meanwhile.
-    close();
+    state_.close();
     throw;
   }
 }
 
-void State::keep(StateContents& contents, const std::vector<StateChange>& changes) {
+State::Transaction::~Transaction() {
+  // Rolls back, and lets the next call find a file that was deleted and created again meanwhile.
+  if (!isComplete_) state_.close();
+}
+
+void State::Transaction::commit(const std::vector<StateChange>& changes) {
+  state_.save(changes);
+  isComplete_ = true;
+}
+
+bool State::refresh(StateContents& contents) {
+  if (!database_ && !file_.exists()) return false;
+  open();
+  // Not known until all is read: after a failure the next call starts over.
+  const std::optional<int64_t> seen = std::exchange(seenVersion_, std::nullopt);
+  const int64_t version = queryNumber(version_);
+  if (version != seen) contents = load();
+  seenVersion_ = version;
+  return version != seen;
+}
+
+void State::save(const std::vector<StateChange>& changes) {
   if (changes.empty()) return execute("ROLLBACK");
   if (!hasTable_) {
     execute(Table);
@@ -77,20 +97,18 @@ void State::keep(StateContents& contents, const std::vector<StateChange>& change
     execute("COMMIT");
   } catch (const StateError&) {
     // It may have failed after the changes were in.
-    if (!isKept(changes)) throw;
+    if (!isSaved(changes)) throw;
   }
   hasTable_ = true;
-  for (const StateChange& change : changes) apply(contents, change);
 }
 
-bool State::isKept(const std::vector<StateChange>& changes) {
+bool State::isSaved(const std::vector<StateChange>& changes) {
   close();
   open();
-  StateContents kept;
-  load(kept);
+  const StateContents saved = load();
   return std::all_of(changes.begin(), changes.end(), [&](const StateChange& change) {
-    const auto found = kept.find({change.device, change.item});
-    return (found == kept.end() ? StateValue() : found->second) == change.value;
+    const auto found = saved.find({change.device, change.item});
+    return (found == saved.end() ? StateValue() : found->second) == change.value;
   });
 }
 
@@ -109,7 +127,7 @@ void State::open() {
                                      {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0}}) {
     if (sqlite().db_config(database, option, isOn, nullptr) != SQLITE_OK) fail();
   }
-  // Also syncs the folder when the journal is gone, without which a power cut could bring the old values back.
+  // Syncs the directory, too, when the journal is removed: otherwise a power cut could restore the old values.
   execute("PRAGMA synchronous = EXTRA");
   version_ = prepare("PRAGMA data_version");
 }
@@ -118,23 +136,22 @@ void State::close() {
   put_.reset();
   version_.reset();
   database_.reset();
-  seenVersion_ = -1;
+  seenVersion_.reset();
 }
 
-void State::load(StateContents& contents) {
+StateContents State::load() {
   StateContents loaded;
   const SqliteStatement schema = prepare("SELECT group_concat(sql, ';') FROM sqlite_schema");
   if (sqlite().step(schema.get()) != SQLITE_ROW) fail();
   const std::string found = textColumn(schema.get(), 0);
   hasTable_ = !found.empty();
-  if (!hasTable_) return contents.clear();
+  if (!hasTable_) return loaded;
   if (found != Table) throw StateError("is a database, but not as this simulator writes it");
   const SqliteStatement rows = prepare("SELECT device, item, value FROM change");
   int status = sqlite().step(rows.get());
-  for (; status == SQLITE_ROW; status = sqlite().step(rows.get()))
-    apply(loaded, {sqlite().column_int(rows.get(), 0), textColumn(rows.get(), 1), valueColumn(rows.get(), 2)});
+  for (; status == SQLITE_ROW; status = sqlite().step(rows.get())) applyChange(loaded, changeIn(rows.get()));
   if (status != SQLITE_DONE) fail();
-  contents = std::move(loaded);
+  return loaded;
 }
 
 void State::store(const StateChange& change) {
@@ -145,7 +162,8 @@ void State::store(const StateChange& change) {
   sqlite3_stmt* const statement = erases ? erase.get() : put_.get();
 
   sqlite().bind_int(statement, 1, change.device);
-  sqlite().bind_text(statement, 2, change.item.c_str(), -1, SQLITE_STATIC);
+  const std::string item = nameOf(change.item);
+  sqlite().bind_text(statement, 2, item.c_str(), -1, SQLITE_STATIC);
   if (const auto* const number = std::get_if<int64_t>(&change.value)) sqlite().bind_int64(statement, 3, *number);
   if (const auto* const text = std::get_if<std::string>(&change.value))
     sqlite().bind_text(statement, 3, text->c_str(), -1, SQLITE_STATIC);

@@ -1,58 +1,76 @@
-// The state: what commands changed, kept apart from the rig in an SQLite database with one row a changed item. Deleting
-// the file is a reset. Several processes use it at once; each change is one transaction.
+// The state: what commands changed, in an SQLite database beside the rig with one row a changed item. Deleting the file
+// is a reset. Several processes use it at once; each change is one transaction.
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
 #include <vector>
 
+#include "simulator/rig/item.h"
 #include "simulator/state/sqlite.h"
 #include "simulator/state/state_file.h"
 
 namespace simulator {
 
-/// A changed value: a text in UTF-8, a number, or nothing, which takes the change back.
+/// A changed value: a string in UTF-8, a number, or nothing, which reverts the change.
 using StateValue = std::variant<std::monostate, int64_t, std::string>;
 
-/// One changed item of one device, "description" or "firmware 0" for example.
+/// One changed item of one device.
 struct StateChange {
   int32_t device;
-  std::string item;
+  Item item;
   StateValue value;
 };
 
 /// All changed items, by device and item.
-using StateContents = std::map<std::pair<int32_t, std::string>, StateValue>;
+using StateContents = std::map<std::pair<int32_t, Item>, StateValue>;
 
 /// Puts one change into `contents`.
-void apply(StateContents& contents, const StateChange& change);
+void applyChange(StateContents& contents, const StateChange& change);
+
+/// What is wrong with a state that has an item, by name, that its device does not have in the rig.
+std::string foreignItem(int32_t device, const std::string& item);
 
 /// The database.
 class State {
  public:
-  /// Opens nothing yet: a file that is not there is an empty state, and is made with the first change.
+  /// A change: no other process can write until it ends.
+  class Transaction {
+   public:
+    /// Creates the file when there is none, and waits up to a minute for other writers. Throws StateError.
+    explicit Transaction(State& state);
+
+    /// Saves nothing unless `commit` was called.
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    /// Saves the changes, all or none, and ends the transaction. Throws StateError; none is saved then.
+    void commit(const std::vector<StateChange>& changes);
+
+   private:
+    State& state_;
+    bool isComplete_ = false;
+  };
+
+  /// Opens nothing yet: a file that does not exist is an empty state.
   explicit State(const StateFile& file) : file_(file) {}
 
   /// Brings `contents` up to date when another process changed anything since the last call. Returns whether it did.
   /// Throws StateError.
   bool refresh(StateContents& contents);
 
-  /// Holds the file against writers, brings `contents` up to date, and keeps the changes that `decide` returns, all or
-  /// none; they are in `contents` afterwards. `decide` learns whether `contents` were brought up to date. Throws
-  /// StateError; nothing is kept then.
-  void change(StateContents& contents, const std::function<std::vector<StateChange>(bool refreshed)>& decide);
-
  private:
   void open();
   void close();
-  void keep(StateContents& contents, const std::vector<StateChange>& changes);
-  bool isKept(const std::vector<StateChange>& changes);
+  void save(const std::vector<StateChange>& changes);
+  bool isSaved(const std::vector<StateChange>& changes);
   void store(const StateChange& change);
-  void load(StateContents& contents);
+  StateContents load();
   void execute(const char* sql);
   int64_t queryNumber(SqliteStatement& statement);
   SqliteStatement prepare(const char* sql);
@@ -62,7 +80,7 @@ class State {
   SqliteDatabase database_;
   SqliteStatement version_;
   SqliteStatement put_;
-  int64_t seenVersion_ = -1;
+  std::optional<int64_t> seenVersion_;  ///< of the contents that `refresh` returned last
   bool hasTable_ = false;
 };
 

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cassert>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -99,8 +100,10 @@ bool StateFile::hold(int32_t device) {
 }
 
 void StateFile::release(int32_t device) {
-  if (--holds_[device] > 0) return;
-  holds_.erase(device);
+  const auto held = holds_.find(device);
+  assert(held != holds_.end());
+  if (--held->second > 0) return;
+  holds_.erase(held);
   struct flock lock = lockOn(device, F_UNLCK);
   fcntl(descriptor_.number(), F_OFD_SETLK, &lock);
 }
