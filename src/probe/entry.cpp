@@ -26,7 +26,7 @@ std::string variable(const char* name) {
 
 using Entry = decltype(&CvxQuellisLibInitialize);
 
-// Of the library behind the probe; null in a process that has none.
+// The entry of the library behind the probe; null in a process without one.
 Entry nextEntry() { return reinterpret_cast<Entry>(dlsym(RTLD_NEXT, "CvxQuellisLibInitialize")); }
 
 struct Probe {
@@ -39,11 +39,10 @@ struct Probe {
   Probe(const Probe&) = delete;
   Probe& operator=(const Probe&) = delete;
 
-  // Whether faults are to be reported: not in programs that are no tools of the library, such as a shell that starts
-  // one.
+  // Whether this process has to report faults: not one without a device library, such as a shell that starts a tool.
   bool isOnDuty() const { return !faults.isEmpty() && nextEntry() != nullptr; }
 
-  // Says in the trace, or else on standard error, which faults were never reached. Fit for a signal handler.
+  // Reports in the trace, or else on standard error, the faults that no call reached. Safe in a signal handler.
   void report() const {
     const Faults::Report& report = faults.report();
     if (trace.isOpen()) {
@@ -62,10 +61,11 @@ struct Probe {
   HandleNames names;
 };
 
-// Made when the library is loaded, so that a bad list of faults stops a command that makes no call, too.
+// Created when the library is loaded, so that a bad list of faults stops a command that makes no call, too, and
+// destroyed when the process ends, after the tool's last call.
 Probe theProbe;
 
-// An abort is a way for the tool to end, and skips destructors.
+// The tool can end with abort(), which runs no destructors.
 void Probe::reportAtAbort(int signal) {
   std::signal(signal, SIG_DFL);
   theProbe.report();
@@ -80,7 +80,7 @@ const Table& nextTable() {
   if constexpr (std::is_same_v<Table, ObjectTable>) return *theProbe.next->objects;
 }
 
-// The hook for one field of a table: answers by itself or forwards, then writes its line.
+// The hook for one field of a table: returns what a fault says or forwards the call, then writes its line.
 template <typename Table, typename Result, typename... Parameters, Result (*Table::*Field)(Parameters...),
           Operation Which>
 struct Hook<Field, Which> {
@@ -113,7 +113,7 @@ struct Hook<Field, Which> {
 
   static void forget(const void* handle) { theProbe.names.forget(handle); }
 
-  // What an object hands out goes with it.
+  // Handles that an object returned are invalid with it.
   static void adopt(const void*) {}
   template <typename Owner, typename... Others>
   static void adopt(const void* result, Owner owner, Others...) {

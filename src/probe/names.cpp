@@ -1,7 +1,5 @@
 #include "probe/names.h"
 
-#include <vector>
-
 namespace probe {
 
 std::string HandleNames::nameOf(const void* handle, const char* kind) {
@@ -11,14 +9,20 @@ std::string HandleNames::nameOf(const void* handle, const char* kind) {
   return std::string(kind) + "#" + std::to_string(number);
 }
 
+void HandleNames::adopt(const void* handle, const void* parent) {
+  const auto [known, isNew] = parents_.emplace(handle, parent);
+  if (!isNew && known->second == parent) return;
+  if (!isNew) children_[known->second].erase(handle);
+  known->second = parent;
+  children_[parent].insert(handle);
+}
+
 void HandleNames::forget(const void* handle) {
   numbers_.erase(handle);
-  std::vector<const void*> owned;
-  for (const auto& [child, owner] : owners_) {
-    if (owner == handle) owned.push_back(child);
-  }
-  for (const void* const child : owned) {
-    owners_.erase(child);
+  const auto node = children_.extract(handle);
+  if (node.empty()) return;
+  for (const void* const child : node.mapped()) {
+    parents_.erase(child);
     forget(child);
   }
 }

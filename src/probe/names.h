@@ -7,22 +7,23 @@
 #include <string>
 #include <type_traits>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace probe {
 
 using namespace Automation::Velq;
 
-/// What handles of this type are called. All scenario controls share the name of what made them.
+/// The name for handles of this type. All scenario controls share one, that of the operation that creates them.
 template <typename Handle>
 constexpr const char* kindName() {
   using Type = std::remove_cv_t<Handle>;
-  if (std::is_base_of_v<DaqCtrlBase, Type>) return "DaqCtrlBase";
-  if (std::is_same_v<Type, DeviceCtrl>) return "DeviceCtrl";
-  if (std::is_same_v<Type, Array>) return "Array";
-  if (std::is_same_v<Type, FirmwareItem>) return "FirmwareItem";
-  if (std::is_same_v<Type, CalibrationSolution>) return "CalibrationSolution";
-  if (std::is_same_v<Type, CalibrationSection>) return "CalibrationSection";
-  return "CalibrationItem";
+  if constexpr (std::is_base_of_v<DaqCtrlBase, Type>) return "DaqCtrlBase";
+  if constexpr (std::is_same_v<Type, DeviceCtrl>) return "DeviceCtrl";
+  if constexpr (std::is_same_v<Type, Array>) return "Array";
+  if constexpr (std::is_same_v<Type, FirmwareItem>) return "FirmwareItem";
+  if constexpr (std::is_same_v<Type, CalibrationSolution>) return "CalibrationSolution";
+  if constexpr (std::is_same_v<Type, CalibrationSection>) return "CalibrationSection";
+  if constexpr (std::is_same_v<Type, CalibrationItem>) return "CalibrationItem";
 }
 
 /// The names that handles have been given in this process.
@@ -31,16 +32,17 @@ class HandleNames {
   /// The name of a handle, a new one when the address has not been seen as this kind before; "null" for null.
   std::string nameOf(const void* handle, const char* kind);
 
-  /// Says that `handle` was asked of `owner`.
-  void adopt(const void* handle, const void* owner) { owners_[handle] = owner; }
+  /// Remembers that `handle` was obtained from `parent`.
+  void adopt(const void* handle, const void* parent);
 
-  /// Makes the next handle at this address, and at those of all that was asked of it, a new one: the library may use an
-  /// address again.
+  /// Makes the next handle at this address, and at those of all handles obtained from it, a new one: the library may
+  /// use an address again.
   void forget(const void* handle);
 
  private:
   std::unordered_map<const void*, std::map<std::string, int>> numbers_;  ///< by kind: objects can share an address
-  std::unordered_map<const void*, const void*> owners_;
+  std::unordered_map<const void*, const void*> parents_;
+  std::unordered_map<const void*, std::unordered_set<const void*>> children_;  ///< the inverse of parents_
   std::map<std::string, int> counts_;
 };
 

@@ -33,13 +33,15 @@ std::string showArgument(HandleNames& names, const Arguments& arguments) {
   } else if constexpr (std::is_same_v<Type, const int32_t*>) {
     return show(value, std::get<Index - 1>(arguments));
   } else if constexpr (std::is_same_v<Type, int32_t*>) {
-    // A count that is filled stands in front of the values that it counts.
+    // A count that is filled is the parameter before the values that it counts.
     using Previous = std::tuple_element_t<Index - 1, Arguments>;
     if constexpr (std::is_same_v<Previous, int32_t*>) return show(value, *std::get<Index - 1>(arguments));
     return std::to_string(*value);
   } else if constexpr (std::is_same_v<Type, int64_t*>) {
     return std::to_string(*value);
   } else if constexpr (std::is_same_v<Type, uint32_t*>) {
+    static_assert(Index == 3 && std::is_same_v<std::tuple_element_t<0, Arguments>, CalibrationItem*>,
+                  "only the codes of CalibrationItem_getState are known to be 15");
     return showCodes(value);
   } else if constexpr (std::is_pointer_v<Type>) {
     return names.nameOf(value, kindName<std::remove_pointer_t<Type>>());
@@ -65,7 +67,7 @@ std::string showArguments(HandleNames& names, const std::tuple<Parameters...>& a
 template <typename Result, typename... Parameters>
 std::string showResult(HandleNames& names, const Result& result, const std::tuple<Parameters...>& arguments) {
   if constexpr (std::is_same_v<Result, void*>) {
-    // An element is known by its array and its index; what it is shows when it is used.
+    // Of an untyped element only array and index are known; its kind is known with its first use as a handle.
     if (result == nullptr) return "null";
     return names.nameOf(std::get<0>(arguments), kindName<Array>()) + "[" + std::to_string(std::get<1>(arguments)) + "]";
   } else if constexpr (std::is_same_v<Result, const wchar_t*>) {
