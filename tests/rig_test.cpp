@@ -44,11 +44,11 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
       {device("}, {\"number\": 1, \"description\": \"F\""),
        "/devices/2/number: expected another number than that of /devices/0"},
       {device(", \"product_id\": -1"), "/devices/1/product_id: expected a number from 0 to 2147483647"},
-      {device(", \"location\": \"a\\u0000\""), "/devices/1/location: expected a text without the character U+0000"},
+      {device(", \"location\": \"a\\u0000\""), "/devices/1/location: expected a string without the character U+0000"},
       {device(", \"location\": \"" + std::string(10'000'000, 'x') + "\""),
-       "/devices/1/location: expected a text of at most 1000 characters"},
+       "/devices/1/location: expected a string of at most 1000 characters"},
       {"{\"devices\": [{\"number\": 0, \"description\": \"" + std::string(256, 'x') + "\"}]}",
-       "/devices/0/description: expected a text of at most 255 characters"},
+       "/devices/0/description: expected a string of at most 255 characters"},
       {chip("\"description\": \"c\", \"version\": 65536"), "/devices/1/firmware/0/version: expected a number"},
       {device(", \"product_id\": \"0x1z\""), "/devices/1/product_id: expected a number"},
       {chip("\"description\": \"c\", \"version\": 1, \"progress\": []"), "/devices/1/firmware/0/progress: expected"},
@@ -65,7 +65,7 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
       {device(", \"board_id\": 16"), "/devices/1/board_id: expected a number from 0 to 15"},
       {device(", \"a\\nb/c~d\\u007f\\u009b\": 1"), "/devices/1/a\nb~1c~0d\x7F\u009B: unknown key"},
       {R"({"$schema": "rig.schema.json", "devices": []})", "none"},
-      {R"({"$schema": 1, "devices": []})", "/$schema: expected a text"},
+      {R"({"$schema": 1, "devices": []})", "/$schema: expected a string"},
       {R"({"devices": 3})", "/devices: expected a list"},
       {device(R"(, "calibration": [{"name": "", "description": "", "instruction": "", "sections": [
          {"description": "", "instruction": "", "items": [

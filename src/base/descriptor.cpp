@@ -4,23 +4,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <utility>
 
 namespace base {
 
 namespace {
 
-// Repeats what a signal interrupted.
-template <typename Call>
-auto complete(Call call) {
-  auto result = call();
-  while (result == -1 && errno == EINTR) result = call();
-  return result;
-}
-
-// Keeps 0, 1 and 2 from being given out while it lives. To move a file from there afterwards would not do: closing any
-// descriptor of a file drops the locks that SQLite holds on it.
+// Reserves 0, 1 and 2 while it lives. A file cannot be moved from there afterwards instead: closing any descriptor of a
+// file releases the locks that SQLite holds on it.
 class StandardNumbers {
  public:
   StandardNumbers() {
@@ -50,7 +41,7 @@ class StandardNumbers {
 
 Descriptor::Descriptor(const std::string& path, int flags, mode_t mode) {
   const StandardNumbers standard;
-  if (standard.areTaken()) number_ = complete([&] { return open(path.c_str(), flags | O_CLOEXEC, mode); });
+  if (standard.areTaken()) number_ = uninterrupted([&] { return open(path.c_str(), flags | O_CLOEXEC, mode); });
 }
 
 Descriptor::Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
@@ -64,14 +55,15 @@ Descriptor::~Descriptor() {
   if (isOpen()) close(number_);
 }
 
-int64_t Descriptor::length() const {
+std::optional<int64_t> Descriptor::length() const {
   struct stat status {};
-  return isOpen() && fstat(number_, &status) == 0 && S_ISREG(status.st_mode) ? int64_t{status.st_size} : -1;
+  if (!isOpen() || fstat(number_, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  return status.st_size;
 }
 
-bool Descriptor::write(std::string_view bytes) const {
+bool writeAll(int descriptor, std::string_view bytes) {
   while (!bytes.empty()) {
-    const ssize_t count = complete([&] { return ::write(number_, bytes.data(), bytes.size()); });
+    const ssize_t count = uninterrupted([&] { return write(descriptor, bytes.data(), bytes.size()); });
     if (count < 0) return false;
     bytes.remove_prefix(static_cast<size_t>(count));
   }
@@ -81,7 +73,7 @@ bool Descriptor::write(std::string_view bytes) const {
 int64_t Descriptor::read(void* bytes, size_t count) const {
   size_t done = 0;
   while (done < count) {
-    const ssize_t got = complete([&] { return ::read(number_, static_cast<char*>(bytes) + done, count - done); });
+    const ssize_t got = uninterrupted([&] { return ::read(number_, static_cast<char*>(bytes) + done, count - done); });
     if (got < 0) return -1;
     if (got == 0) break;
     done += static_cast<size_t>(got);

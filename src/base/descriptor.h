@@ -2,20 +2,33 @@
 
 #include <sys/types.h>
 
+#include <cerrno>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace base {
 
-/// An open file. Never descriptor 0, 1 or 2: those are the tool's, and where it was started without one of them, what
-/// it prints must not end up here.
+/// Repeats a system call for as long as signals interrupt it, and returns its result.
+template <typename Call>
+auto uninterrupted(Call call) {
+  auto result = call();
+  while (result == -1 && errno == EINTR) result = call();
+  return result;
+}
+
+/// Writes all bytes. False on an error, with errno. Safe in a signal handler.
+bool writeAll(int descriptor, std::string_view bytes);
+
+/// An open file. Never descriptor 0, 1 or 2: those are the tool's, and if it was started without one of them, its
+/// output must not end up here.
 class Descriptor {
  public:
-  /// Opens nothing.
+  /// No file.
   Descriptor() = default;
 
-  /// As open(2), not inherited by other programs. Whether it worked shows isOpen; errno says why it did not.
+  /// As open(2), not inherited by other programs. On failure isOpen() is false and errno says why.
   Descriptor(const std::string& path, int flags, mode_t mode = 0);
 
   Descriptor(Descriptor&& other) noexcept;
@@ -25,11 +38,11 @@ class Descriptor {
   bool isOpen() const { return number_ >= 0; }
   int number() const { return number_; }
 
-  /// The length of a regular file, -1 for anything else.
-  int64_t length() const;
+  /// The length of a regular file, in bytes; nothing for any other file.
+  std::optional<int64_t> length() const;
 
-  /// Writes all bytes. False on an error, with errno.
-  bool write(std::string_view bytes) const;
+  /// As writeAll.
+  bool write(std::string_view bytes) const { return writeAll(number_, bytes); }
 
   /// Reads up to `count` bytes, fewer only at the end of the file. -1 on an error, with errno.
   int64_t read(void* bytes, size_t count) const;

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int32_t LongestDescription = 128;
 
-std::wstring withoutBlanks(std::wstring text) {
+std::wstring withoutSpaces(std::wstring text) {
   std::erase(text, L' ');
   return text;
 }
@@ -47,7 +47,7 @@ int changeBoardID(std::string option, DeviceInformation& device) {
     return -1;
   }
   // Said before the description is rewritten, whether that then succeeds or not.
-  const std::wstring description = withoutBlanks(current.data());
+  const std::wstring description = withoutSpaces(current.data());
   printf("Change the Board ID of device %d(%S) success.\n", DeviceCtrl_getDeviceNumber(opened), description.c_str());
   if (renumberDescription(opened, description, boardId) != Success) {
     puts("update device description error!");

@@ -18,7 +18,7 @@ namespace {
 constexpr unsigned SectionSeconds = 1000;
 constexpr unsigned PollSeconds = 200;
 
-// Filled by every poll and kept from item to item: what a poll leaves out shows the code of the one before.
+// Shared by all items of a run. Quirk: where a library writes no code, the one of the item before is shown.
 struct ItemState {
   int64_t value = 0;
   int32_t detail = 0;
@@ -28,6 +28,7 @@ struct ItemState {
 void showCode(uint32_t code, CalibrationState state) {
   wchar_t text[20] = {};
   swprintf(text, std::size(text), L"0X%08X\n", code);
+  // Quirk: after the line end that is in `text` already.
   if (state == CalibrationRunning) std::wcscat(text, L", ...");
   printf("\b\b\b\b\b\b\b\b\b\b\b\b\b\b\b%S", text);
 }
@@ -54,7 +55,7 @@ bool runSection(const Elements<CalibrationSection>& sections, int32_t index, Ite
   puts("Press any key to continue");
   getch();
   const ErrorCode status = CalibrationSection_start(sections[index]);
-  // Deliberately ahead of a look at the status: a busy device takes the pause, too.
+  // Quirk: a busy device is reported only after this pause.
   pauseSeconds(SectionSeconds);
   if (status == ErrorDeviceBusy) return false;
   const Elements<CalibrationItem> items(CalibrationSection_getItems(sections[index]));
@@ -62,7 +63,7 @@ bool runSection(const Elements<CalibrationSection>& sections, int32_t index, Ite
   return true;
 }
 
-// Deliberately of seven bits, less that of the case: 0xD9 and 0xF9 are a yes, too. The end of input is none.
+// Quirk: bits 5 and 7 are ignored, so 0xD9 and 0xF9 are a yes, too. The end of input is a no.
 bool isYes(int answer) { return (answer & 0x5F) == 'Y'; }
 
 // False when the device is busy.
@@ -73,7 +74,7 @@ bool runSolution(const Elements<CalibrationSolution>& solutions, int32_t index, 
   for (int32_t i = 0; i < sections.length(); ++i) {
     if (!runSection(sections, i, state)) return false;
   }
-  // Deliberately the number of sections, not of the solution.
+  // Quirk: the number of sections, not that of the solution.
   printf("Solution %d Completed!\n", sections.length());
   puts("Update as current use? (Y/N):");
   if (isYes(readAnswer())) CalibrationSolution_updateAsCurrent(solutions[index]);
@@ -90,7 +91,7 @@ void restoreBackup(const Elements<CalibrationSolution>& solutions, int32_t index
     puts("This device operation failed!");
     return;
   }
-  // Deliberately without a word.
+  // Quirk: silent, unlike a failure of the first step.
   if (CalibrationSolution_loadGoldenBackup(solutions[index], 1) != Success) return;
   printf("Revise %s module adjusting code of device %d(%S) complete!.\n", analogInput ? "AI" : "AO", info.DeviceNumber,
          info.Description);
@@ -105,7 +106,7 @@ int startCalibration(CalibrationCtrl* ctrl, const wchar_t* procedure) {
   const Elements<CalibrationSolution> solutions(array);
   ItemState state;
   for (int32_t i = 0; i < solutions.length(); ++i) {
-    // Deliberately for each solution that is another, even where one further on is the one that is wanted.
+    // Quirk: for each other solution, even if the wanted one follows.
     if (!nameHolds(solutions[i], procedure))
       printf("This device can not support the function! ErrorLevel = %d\n", 3);
     else if (!runSolution(solutions, i, state))

@@ -12,6 +12,7 @@ using namespace Automation::Velq;
 int dissolveFusionDevice(DeviceInformation& device) {
   DeviceCtrl* const opened = DeviceCtrl_Create(device.DeviceNumber, device.Description, AccessFusion);
   if (opened == nullptr) {
+    // Quirk: without a line end.
     printf("get device failed,deviceCtrl is null!");
     return -1;
   }

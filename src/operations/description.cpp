@@ -5,15 +5,15 @@
 #include <cstdio>
 #include <cwchar>
 
+#include "operations/conversion.h"
 #include "operations/environment_locale.h"
-#include "operations/text.h"
 #include "qutil/wildcard.h"
 
 using namespace Automation::Velq;
 
 namespace {
 
-WideText substitute(const wchar_t* oldDescription, const std::string& pattern) {
+WideString substitute(const wchar_t* oldDescription, const std::string& pattern) {
   const EnvironmentLocale locale;
   std::string result;
   MyReplace(narrow(oldDescription), pattern, result);
@@ -26,12 +26,12 @@ WideText substitute(const wchar_t* oldDescription, const std::string& pattern) {
 int changeDescription(std::string selector, std::string option, DeviceInformation& device) {
   const size_t begin = option.find(':') + 1;
   const std::string pattern = option.substr(begin);
-  // The piece is of no use, but an option whose colon stands further right than the selector is long ends the run
-  // here, deliberately.
+  // Quirk: throws when the option's colon is beyond the end of the selector; the result is not used.
   static_cast<void>(selector.substr(begin));
 
   DeviceCtrl* const opened = DeviceCtrl_Create(device.DeviceNumber, device.Description, device.OpenMode);
   if (opened == nullptr) {
+    // Quirk: "Board ID", in a change of the description.
     printf("Failed to change Board ID of device %d! (Errorlevel = %d).\n", device.DeviceNumber, 3);
     return -1;
   }
@@ -43,7 +43,7 @@ int changeDescription(std::string selector, std::string option, DeviceInformatio
   DeviceCtrl_getDescription(opened, DescriptionCapacity, device.Description);
   device.Description[DescriptionCapacity - 1] = 0;
 
-  const WideText description = substitute(device.Description, pattern);
+  const WideString description = substitute(device.Description, pattern);
   const auto length = static_cast<int32_t>(std::wcslen(description.data()));
   if (DeviceCtrl_setDescription(opened, length + 1, description.data()) != Success) {
     puts("setDescription error!");

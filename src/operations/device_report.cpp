@@ -19,7 +19,7 @@ void readOrNotAvailable(TextGetter getter, DeviceCtrl* device, TextBuffer<Capaci
   if (getter(device, Capacity, text.data()) != Success) std::wcscpy(text.data(), L"N/A");
 }
 
-// The length is asked again ahead of every element: a library may take back elements while they are read.
+// Quirk: reads the length before every element, although it cannot change.
 template <typename Value>
 void printEach(Array* values, void (*print)(Value), const char* missing) {
   if (values == nullptr) {
@@ -43,7 +43,7 @@ void printVersions(DeviceCtrl* device) {
   else
     puts("Driver version: N/A");
 
-  // Deliberately told 10, although there is room for more.
+  // Quirk: a capacity of 10, although there is room for 100.
   TextBuffer<100> library;
   if (DeviceCtrl_getDllVersion(device, 10, library.data()) == Success)
     printf("DLL version: %S\n", library.data());
@@ -77,6 +77,6 @@ int QueryDeviceInfo(DeviceInformation& device) {
   printf("Location: %S\n", location.data());
   printEach(DeviceCtrl_getBaseAddresses(opened), printBaseAddress, "Base address: N/A");
   printEach(DeviceCtrl_getInterrupts(opened), printInterrupt, "Interrupt: N/A");
-  // The device stays open, deliberately.
+  // Quirk: the device is never released.
   return 0;
 }

@@ -19,19 +19,19 @@ using namespace Automation::Velq;
 
 namespace {
 
-// What the arguments ask for. Every text counts wherever it stands in the option, so several can hold at once.
-struct Request {
-  explicit Request(const Arguments& given)
+// What the arguments ask for. Options are recognised anywhere in the argument, so it can have several.
+struct Command {
+  explicit Command(const Arguments& given)
       : arguments(given),
-        selected(holds(given.selector, "/dn:") || holds(given.selector, "/dd:")),
-        overwrite(holds(given.option, "-fwo:")),
-        firmware(holds(given.option, "-fw")),
-        description(holds(given.option, "-cd:")),
-        boardId(holds(given.option, "-ci:")),
-        aiAuto(holds(given.option, "-cali:ai.auto")),
-        aoAuto(holds(given.option, "-cali:ao.auto")),
-        aiReverse(holds(given.option, "-cali:ai.reverse")),
-        aoReverse(holds(given.option, "-cali:ao.reverse")) {}
+        selected(contains(given.selector, "/dn:") || contains(given.selector, "/dd:")),
+        overwrite(contains(given.option, "-fwo:")),
+        firmware(contains(given.option, "-fw")),
+        description(contains(given.option, "-cd:")),
+        boardId(contains(given.option, "-ci:")),
+        aiAuto(contains(given.option, "-cali:ai.auto")),
+        aoAuto(contains(given.option, "-cali:ao.auto")),
+        aiReverse(contains(given.option, "-cali:ai.reverse")),
+        aoReverse(contains(given.option, "-cali:ao.reverse")) {}
 
   // "-fwo:" asks for firmware, too.
   bool needsCalibration() const {
@@ -42,7 +42,7 @@ struct Request {
   const bool selected, overwrite, firmware, description, boardId, aiAuto, aoAuto, aiReverse, aoReverse;
 };
 
-// Released by hand, not by a destructor: a failed preparation leaves its control to the end of the process.
+// Quirk: not released by a destructor, because a control whose preparation fails is never released.
 struct Controls {
   FirmwareCtrls* firmware = nullptr;
   CalibrationCtrl* calibration = nullptr;
@@ -56,7 +56,7 @@ void reportFusionFirmware(const DeviceInformation& device) {
   printf("N/A,%S is a SW device.\n", description.data());
 }
 
-// The device that is opened for the report stays open, deliberately.
+// Quirk: the device that is opened for the report is never released.
 void reportUnboundFirmware(const DeviceInformation& device, ErrorCode status) {
   DeviceCtrl* const opened = DeviceCtrl_Create(device.DeviceNumber, device.Description, device.OpenMode);
   if (opened == nullptr) return;
@@ -69,9 +69,9 @@ void readBinding(DaqCtrlBase* control, DeviceInformation& device) {
   device.Description[DescriptionCapacity - 1] = 0;
 }
 
-// A firmware control that is bound to the device; null when refused, after a report where one is due.
+// Returns a firmware control that is bound to the device; null when that fails.
 FirmwareCtrls* prepareFirmware(DeviceInformation& device) {
-  // By the record's number, which is -1 for a device that is chosen by description.
+  // Quirk: by the number in the record, -1 for a device that is chosen by description.
   if (CvxIsFusionDevice(device.DeviceNumber) == Success) {
     reportFusionFirmware(device);
     return nullptr;
@@ -87,7 +87,7 @@ FirmwareCtrls* prepareFirmware(DeviceInformation& device) {
   return control;
 }
 
-// A calibration control that is bound to the device; null when refused, after a report where one is due.
+// Returns a calibration control that is bound to the device; null when that fails.
 CalibrationCtrl* prepareCalibration(DeviceInformation& device) {
   DeviceCtrl* const opened = DeviceCtrl_Create(device.DeviceNumber, device.Description, AccessDevice);
   if (opened == nullptr) return nullptr;
@@ -110,40 +110,40 @@ CalibrationCtrl* prepareCalibration(DeviceInformation& device) {
 
 // Runs what needs a selected device. False when the arguments name no such operation. What becomes of an operation is
 // its own to report.
-bool runOnSelected(int argc, const Request& request, const Controls& controls, DeviceInformation& device) {
-  const Arguments& arguments = request.arguments;
-  if (argc == 2 || (argc == 3 && arguments.option == "-detail"))
+bool runOnSelected(const Command& command, const Controls& controls, DeviceInformation& device) {
+  const Arguments& arguments = command.arguments;
+  if (arguments.argc == 2 || (arguments.argc == 3 && arguments.option == "-detail"))
     QueryDeviceInfo(device);
-  else if (request.overwrite)
+  else if (command.overwrite)
     FwDownload(controls.firmware, arguments.option, arguments.third, arguments.fourth, device);
   else if (arguments.option == "-fw")
     QueryFwInfo(controls.firmware, device);
-  else if (request.description)
+  else if (command.description)
     changeDescription(arguments.selector, arguments.option, device);
-  else if (request.boardId)
+  else if (command.boardId)
     changeBoardID(arguments.option, device);
-  else if (request.aiAuto)
+  else if (command.aiAuto)
     startCalibration(controls.calibration, L"AI.Auto");
-  else if (request.aoAuto)
+  else if (command.aoAuto)
     startCalibration(controls.calibration, L"AO.Auto");
-  else if (request.aiReverse)
+  else if (command.aiReverse)
     LoadFromGoldenBackup(controls.calibration, true, device);
-  else if (request.aoReverse)
+  else if (command.aoReverse)
     LoadFromGoldenBackup(controls.calibration, false, device);
   else
     return false;
   return true;
 }
 
-int dispatch(int argc, char** argv, const Request& request, const Controls& controls, DeviceInformation& device) {
-  if (request.selected && runOnSelected(argc, request, controls, device)) return 0;
-  const std::string& option = request.arguments.option;
-  if (option == "-fusion" && argc == 3) {
+int dispatch(const Command& command, const Controls& controls, DeviceInformation& device) {
+  if (command.selected && runOnSelected(command, controls, device)) return 0;
+  const Arguments& arguments = command.arguments;
+  if (arguments.option == "-fusion" && arguments.argc == 3) {
     QueryFusionDevInfo(device);
     return 0;
   }
-  if (option == "-fusion") return extendFusionDevice(argc, argv, device);
-  if (option == "-defusion" && argc == 3) return dissolveFusionDevice(device);
+  if (arguments.option == "-fusion") return extendFusionDevice(arguments.argc, arguments.argv, device);
+  if (arguments.option == "-defusion" && arguments.argc == 3) return dissolveFusionDevice(device);
   reportInsufficientParameter();
   return 0;
 }
@@ -151,17 +151,17 @@ int dispatch(int argc, char** argv, const Request& request, const Controls& cont
 }  // namespace
 
 int doWork(int argc, char** argv, DeviceInformation& device) {
-  const Request request(Arguments(argc, argv));
+  const Command command(Arguments(argc, argv));
   Controls controls;
-  if (request.firmware) {
+  if (command.firmware) {
     controls.firmware = prepareFirmware(device);
     if (controls.firmware == nullptr) return -1;
   }
-  if (request.needsCalibration()) {
+  if (command.needsCalibration()) {
     controls.calibration = prepareCalibration(device);
     if (controls.calibration == nullptr) return -1;
   }
-  const int result = dispatch(argc, argv, request, controls, device);
+  const int result = dispatch(command, controls, device);
   if (result != 0) return result;
   if (controls.firmware != nullptr) DaqCtrlBase_dispose(controls.firmware);
   if (controls.calibration != nullptr) DaqCtrlBase_dispose(controls.calibration);

@@ -1,4 +1,6 @@
-// The dispatcher: runs on one device the operation that the arguments name.
+// The dispatcher: runs the operation that the arguments name on one device. Output, signatures, order of library calls
+// and objects that are never released are frozen in all of src/operations: scripts and libraries depend on them. A line
+// that looks like a mistake and has to stay is marked "Quirk:".
 #pragma once
 
 #include <velq/types.h>

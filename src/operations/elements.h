@@ -3,8 +3,7 @@
 
 #include <velq/velq.h>
 
-/// An array of handles. The library is asked for its length once, and for an element at every use: no address of an
-/// element is kept across a call that may change what the library holds.
+/// An array of handles. It reads the length once, and an element at every use: the order of library calls is frozen.
 template <typename Object>
 class Elements {
  public:

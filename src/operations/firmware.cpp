@@ -4,10 +4,10 @@
 
 #include <cstdio>
 
+#include "operations/conversion.h"
 #include "operations/elements.h"
 #include "operations/library_text.h"
 #include "operations/number.h"
-#include "operations/text.h"
 #include "qutil/arguments.h"
 #include "qutil/console.h"
 
@@ -20,9 +20,9 @@ constexpr unsigned PollSeconds = 500;
 
 using Chips = Elements<FirmwareItem>;
 
-// False when the load failed. Deliberately a warning is reported the same way but goes on.
+// False when the load failed. Quirk: a warning is reported as a failure, but the overwrite goes on.
 bool load(const Chips& chips, int32_t number, const std::string& path) {
-  const WideText widePath = widen(path);
+  const WideString widePath = widen(path);
   const ErrorCode status = FirmwareItem_loadFile(chips[number], widePath.data());
   if (status == Success) return true;
   std::string message;
@@ -38,8 +38,7 @@ void confirmNotice(const Chips& chips, int32_t number) {
   FirmwareItem_confirmNotice(chips[number]);
 }
 
-// Only 100 percent ends this: a chip that reports an error halfway may still come back, and a half-written one must not
-// be left.
+// Quirk: only 100 percent ends this, no failure does.
 void followProgress(const Chips& chips, int32_t number) {
   printf("Progressing:    ");
   int32_t percent = 0;
@@ -107,12 +106,12 @@ int FwDownload(FirmwareCtrls* control, std::string option, std::string chip, std
     puts("Please input correct firmware file no!");
     return -1;
   }
-  // The library is asked ahead of every load, although nothing is done with the answer.
+  // Quirk: read before every load, and not used.
   FirmwareItem_getVersion(chips[chipNumber]);
   if (!load(chips, chipNumber, afterColon(option))) return 0;
   printf("Overwrite the firmware of device:%d\n(%S),chip:%d\n", device.DeviceNumber, device.Description, chipNumber);
   confirmNotice(chips, chipNumber);
-  const WideText widePassword = widen(password);
+  const WideString widePassword = widen(password);
   if (failed(FirmwareItem_start(chips[chipNumber], StartMode, widePassword.data()))) return 0;
   return reportStart(chips, chipNumber);
 }

@@ -10,7 +10,7 @@
 /// device description.
 void QueryFwInfo(Automation::Velq::FirmwareCtrls* control, Automation::Velq::DeviceInformation& device);
 
-/// Overwrites the chip that `chip` numbers (0 when empty) with the file that `option` holds behind its colon, and waits
+/// Overwrites the chip that `chip` numbers (0 when empty) with the file that `option` has after its colon, and waits
 /// for the end, which may never come. Returns 0, after a refused load or start too; -1 when there is no such chip; 3
 /// when nothing valid was loaded; 100 when the overwrite was aborted at once.
 int FwDownload(Automation::Velq::FirmwareCtrls* control, std::string option, std::string chip, std::string password,

@@ -4,11 +4,11 @@
 
 #include <cstdio>
 
+#include "operations/conversion.h"
 #include "operations/environment_locale.h"
 #include "operations/fusion_children.h"
 #include "operations/library_text.h"
 #include "operations/record.h"
-#include "operations/text.h"
 
 using namespace Automation::Velq;
 
@@ -29,6 +29,7 @@ int QueryFusionDevInfo(DeviceInformation& device) {
   }
   const std::optional<FusionChildren> children = childrenOf(device.DeviceNumber);
   if (!children) {
+    // Quirk: without a line end.
     printf("QueryFusionDevInfo CvxFusionDeviceGetChildren failed!");
     return -1;
   }
@@ -42,6 +43,7 @@ int GetDeviceChildrenDevNum(int /*childCount*/, int* children, int argc, char** 
     const DeviceInformation child = recordOf(argv[i]);
     names += argv[i];
     names += ' ';
+    // Quirk: never released.
     DeviceCtrl* const opened = DeviceCtrl_Create(-1, child.Description, AccessDevice);
     if (opened == nullptr) return -1;
     children[i - 3] = DeviceCtrl_getDeviceNumber(opened);

@@ -11,7 +11,7 @@
 int QueryFusionDevInfo(Automation::Velq::DeviceInformation& device);
 
 /// Looks up the devices that the arguments from the fourth on describe. Stores their numbers in `children` (at least
-/// argc - 3 entries) and appends each argument and a blank to `names`; `childCount` and `wide` are not used. Returns 0,
+/// argc - 3 entries) and appends each argument and a space to `names`; `childCount` and `wide` are not used. Returns 0,
 /// or -1 at the first that is not found: its name is in the list, its number and all that follows are not.
 int GetDeviceChildrenDevNum(int childCount, int* children, int argc, char** argv, std::wstring& wide,
                             std::string& names);
@@ -21,7 +21,7 @@ struct NamedChildren {
   int count() const { return static_cast<int>(numbers.size()); }
 
   std::vector<int> numbers;  ///< one an argument; -1 from the first on that was not found
-  std::string names;         ///< the arguments as typed, a blank behind each; ends with the first that was not found
+  std::string names;         ///< the arguments, each followed by a space; ends with the first that was not found
 };
 
 /// Looks them up with `GetDeviceChildrenDevNum`. Whether all were found is left to the library, which refuses -1.

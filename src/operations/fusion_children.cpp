@@ -24,7 +24,7 @@ std::wstring describe(const FusionChildren& children) {
     report += descriptionOf(child).data();
     report += L' ';
   }
-  // Deliberately all blanks at the end: those of the last description go, too.
+  // Quirk: removes the spaces at the end of the last description, too.
   report.erase(report.find_last_not_of(L' ') + 1);
   return report;
 }

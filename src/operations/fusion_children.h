@@ -16,6 +16,6 @@ struct FusionChildren {
 /// The children of a fusion device; nothing when the library does not give them.
 std::optional<FusionChildren> childrenOf(int32_t fusionNumber);
 
-/// The children's descriptions, separated by blanks; those that cannot be opened are left out. The devices that are
+/// The children's descriptions, separated by spaces; those that cannot be opened are left out. The devices that are
 /// opened for it are never released.
 std::wstring describe(const FusionChildren& children);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cwchar>
 
-#include "operations/text.h"
+#include "operations/conversion.h"
 
 int32_t parseNumber(const std::string& text) {
   const long number = std::wcstol(widen(text).data(), nullptr, 10);

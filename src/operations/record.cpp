@@ -2,7 +2,7 @@
 
 #include <cwchar>
 
-#include "operations/text.h"
+#include "operations/conversion.h"
 
 using namespace Automation::Velq;
 

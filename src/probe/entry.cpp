@@ -3,12 +3,12 @@
 #include <velq/library.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <tuple>
 #include <type_traits>
 
+#include "base/environment.h"
 #include "probe/faults.h"
 #include "probe/operation.h"
 #include "probe/problem.h"
@@ -18,11 +18,6 @@
 namespace probe {
 
 namespace {
-
-std::string variable(const char* name) {
-  const char* const value = secure_getenv(name);
-  return value == nullptr ? "" : value;
-}
 
 using Entry = decltype(&CvxQuellisLibInitialize);
 
@@ -46,18 +41,18 @@ struct Probe {
   void report() const {
     const Faults::Report& report = faults.report();
     if (trace.isOpen()) {
-      writeAll(trace.descriptor(), report.line);
+      writeWithoutSignal(trace.descriptor(), report.line);
     } else if (!report.allReached) {
-      writeAll(STDERR_FILENO, "velq-probe: ");
-      writeAll(STDERR_FILENO, report.line);
+      writeWithoutSignal(STDERR_FILENO, "velq-probe: ");
+      writeWithoutSignal(STDERR_FILENO, report.line);
     }
   }
 
   static void reportAtAbort(int signal);
 
   const LibraryTable* next = nullptr;
-  Faults faults{variable("VELQ_FAULTS")};
-  TraceFile trace{variable("VELQ_TRACE")};
+  Faults faults{base::environment("VELQ_FAULTS")};
+  TraceFile trace{base::environment("VELQ_TRACE")};
   HandleNames names;
 };
 

@@ -1,7 +1,6 @@
 #include "probe/trace_file.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -14,31 +13,12 @@ namespace probe {
 
 namespace {
 
-// Does `call` again for as long as a signal cuts it short.
-template <typename Call>
-auto persist(Call call) {
-  auto result = call();
-  while (result < 0 && errno == EINTR) result = call();
-  return result;
-}
-
-// Not below 3: the tool prints to descriptor 1 even where its caller has closed that one.
-int aboveStandardStreams(int descriptor) {
-  if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
-  const int moved = persist([=] { return fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1); });
-  const int error = errno;
-  close(descriptor);
-  errno = error;
-  return moved;
-}
-
-// Without O_NONBLOCK a pipe that nobody reads would hold up the tool here; with it, one that is read slowly would lose
-// lines later.
-int openToAppend(const char* path) {
-  constexpr int Flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
-  const int descriptor = aboveStandardStreams(persist([=] { return open(path, Flags, 0600); }));
-  if (descriptor >= 0) fcntl(descriptor, F_SETFL, O_APPEND);
-  return descriptor;
+// Without O_NONBLOCK opening a pipe that no process reads would block the tool; with it kept, lines would be lost when
+// a pipe is read slowly.
+base::Descriptor openToAppend(const std::string& path) {
+  base::Descriptor file(path, O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0600);
+  if (file.isOpen()) fcntl(file.number(), F_SETFL, O_APPEND);
+  return file;
 }
 
 // A pipe whose reader is gone and a file at the limit of its size raise a signal that would end the process.
@@ -65,41 +45,30 @@ class SignalsHeld {
 
 }  // namespace
 
-int writeAll(int descriptor, std::string_view bytes) {
+int writeWithoutSignal(int descriptor, std::string_view bytes) {
   const SignalsHeld signals;
-  while (!bytes.empty()) {
-    const ssize_t count = persist([=] { return write(descriptor, bytes.data(), bytes.size()); });
-    if (count < 0) {
-      const int error = errno;
-      signals.drop();
-      return error;
-    }
-    bytes.remove_prefix(static_cast<size_t>(count));
-  }
-  return 0;
+  if (base::writeAll(descriptor, bytes)) return 0;
+  const int error = errno;
+  signals.drop();
+  return error;
 }
 
 TraceFile::TraceFile(const std::string& path) : path_(path) {
   if (path.empty()) return;
-  descriptor_ = openToAppend(path.c_str());
-  if (descriptor_ < 0) giveUp("cannot be opened", errno);
-}
-
-TraceFile::~TraceFile() {
-  if (isOpen()) close(descriptor_);
+  file_ = openToAppend(path);
+  if (!isOpen()) giveUp("cannot be opened", errno);
 }
 
 void TraceFile::write(std::string line) {
   if (!isOpen()) return;
-  const int error = writeAll(descriptor_, line += '\n');
+  const int error = writeWithoutSignal(descriptor(), line += '\n');
   if (error != 0) giveUp("cannot be written", error);
 }
 
 void TraceFile::giveUp(std::string_view problem, int error) {
   complain("VELQ_TRACE: " + path_ + ": " + std::string(problem) + ": " + std::strerror(error) +
            "; going on without a trace");
-  if (isOpen()) close(descriptor_);
-  descriptor_ = -1;
+  file_ = {};
 }
 
 }  // namespace probe

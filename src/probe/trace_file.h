@@ -4,25 +4,24 @@
 #include <string>
 #include <string_view>
 
+#include "base/descriptor.h"
+
 namespace probe {
 
-/// Writes all of `bytes`, with no signal raised where that fails. Gives 0 or the error. Fit for a signal handler.
-int writeAll(int descriptor, std::string_view bytes);
+/// Writes all bytes; a failure raises no signal. Returns 0 or errno. Safe in a signal handler.
+int writeWithoutSignal(int descriptor, std::string_view bytes);
 
-/// A file that never ends what it watches: where it cannot be opened or written, a line on standard error says why, and
-/// nothing more is traced.
+/// The file. It never ends the process that it traces: when it cannot be opened or written, a line on standard error
+/// says why, and no more calls are traced.
 class TraceFile {
  public:
-  /// Opens or makes the file. An empty path traces nothing.
+  /// Opens or creates the file. With an empty path no call is traced.
   explicit TraceFile(const std::string& path);
-  ~TraceFile();
-  TraceFile(const TraceFile&) = delete;
-  TraceFile& operator=(const TraceFile&) = delete;
 
-  bool isOpen() const { return descriptor_ >= 0; }
+  bool isOpen() const { return file_.isOpen(); }
 
-  /// Open, 3 or above; -1 when nothing is traced.
-  int descriptor() const { return descriptor_; }
+  /// Of an open file; 3 or above.
+  int descriptor() const { return file_.number(); }
 
   /// Appends `line` and a line end.
   void write(std::string line);
@@ -31,7 +30,7 @@ class TraceFile {
   void giveUp(std::string_view problem, int error);
 
   std::string path_;
-  int descriptor_ = -1;
+  base::Descriptor file_;
 };
 
 }  // namespace probe

@@ -3,22 +3,25 @@
 
 #include <string>
 
-/// Each is empty when absent. With more than four arguments all are empty, so that such a call matches nothing.
+/// The arguments of main. Each string is empty when absent. With more than four arguments all are empty.
 struct Arguments {
-  Arguments(int argc, char** argv) {
+  Arguments(int argumentCount, char** argumentVector) : argc(argumentCount), argv(argumentVector) {
+    // Quirk: more than four arguments are read as none.
     if (argc > 5) return;
     std::string* const fields[] = {&selector, &option, &third, &fourth};
     for (int i = 1; i < argc; ++i) *fields[i - 1] = argv[i];
   }
 
-  std::string selector;  ///< holds "/dn:" or "/dd:" and what follows
+  const int argc;
+  char** const argv;
+  std::string selector;  ///< "/dn:Num" or "/dd:description"
   std::string option;
   std::string third;
   std::string fourth;
 };
 
-/// What stands behind the first ':' of `argument`; all of it when there is none.
+/// The part of `argument` after its first ':'; all of it when there is none.
 inline std::string afterColon(const std::string& argument) { return argument.substr(argument.find(':') + 1); }
 
-/// True when `text` stands anywhere in `argument`.
-inline bool holds(const std::string& argument, const char* text) { return argument.find(text) != std::string::npos; }
+/// Whether `text` is anywhere in `argument`.
+inline bool contains(const std::string& argument, const char* text) { return argument.find(text) != std::string::npos; }

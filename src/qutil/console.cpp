@@ -12,7 +12,7 @@ int getch() {
   termios raw = original;
   cfmakeraw(&raw);
   if (tcsetattr(STDIN_FILENO, TCSANOW, &raw) != 0) return -1;
-  // Through the stream, not read(2): the line end that follows a typed answer must count as the next key.
+  // Through the stream, not read(2): the line end after an answer must count as the next key.
   const int key = std::fgetc(stdin);
   if (tcsetattr(STDIN_FILENO, TCSANOW, &original) != 0) return -1;
   return key;

@@ -22,7 +22,7 @@ int getAllInstalledDevice() {
   for (int32_t i = 0; i < count; ++i) {
     const wchar_t* const description = installedDescription(devices, i);
     if (description == nullptr) break;
-    // The position, deliberately, and not the device's number.
+    // Quirk: the position in the list, not the number of the device.
     printf("%d,%S\n", i, description);
   }
   return 0;

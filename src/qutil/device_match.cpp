@@ -16,7 +16,7 @@ std::string expressionOf(std::string pattern) {
   const size_t mark = pattern.find('?');
   const size_t star = pattern.find('*');
   if (mark != std::string::npos) pattern[mark] = '.';
-  // Two characters go, deliberately: the one behind the "*" is ignored.
+  // Quirk: replaces two characters, so the one after the "*" is ignored.
   if (star != std::string::npos) pattern.replace(star, 2, ".*");
   return pattern;
 }

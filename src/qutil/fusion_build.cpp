@@ -5,23 +5,23 @@
 #include <cstdio>
 #include <cwchar>
 
+#include "operations/conversion.h"
 #include "operations/fusion.h"
-#include "operations/text.h"
 
 using namespace Automation::Velq;
 
 namespace {
 
-// The device is looked up, on purpose, by a text that is not its description: four bytes of that make one character,
-// low byte first. Hardly a device bears such a name, so "/dd:Name -fusion child" makes a new fusion device even where
-// Name exists. A name of one letter is found, though, for that is its own character.
-WideText lookupText(const std::string& description) {
+// Quirk: the device is looked up by a string that is not its description: four bytes of that become one character, low
+// byte first. Hardly a device has such a name, so "/dd:Name -fusion child" creates a new fusion device even if Name
+// exists. A name of one letter is found, because it becomes itself.
+WideString lookupText(const std::string& description) {
   std::wstring characters((description.size() + 3) / 4, 0);
   for (size_t i = 0; i < description.size(); ++i) {
     const auto byte = static_cast<uint32_t>(static_cast<unsigned char>(description[i]));
     characters[i / 4] = static_cast<wchar_t>(static_cast<uint32_t>(characters[i / 4]) | byte << (8 * (i % 4)));
   }
-  WideText text{};
+  WideString text{};
   swprintf(text.data(), text.size() - 1, L"%S", characters.c_str());
   return text;
 }
@@ -38,14 +38,14 @@ int createFusionDevice(const NamedChildren& children, const std::string& descrip
     const std::string names = children.names.substr(0, children.names.find_last_not_of(' ') + 1);
     printf("%s fused devices:%s\n", description.c_str(), names.c_str());
   }
-  // Deliberately after any other status, too: `number` is then what the library left in it.
+  // Quirk: after any other status, too, with the `number` that the library left, usually 0.
   DeviceCtrl* const device = DeviceCtrl_Create(number, nullptr, AccessFusion);
   if (device == nullptr) {
     puts("get device failed,devCtrl is NULL.");
     return -1;
   }
-  const WideText wide = widen(description);
-  // Unlike the other description changes, this one does not count the terminator.
+  const WideString wide = widen(description);
+  // Quirk: the other changes of a description count the terminator.
   DeviceCtrl_setDescription(device, static_cast<int32_t>(std::wcslen(wide.data())), wide.data());
   DeviceCtrl_dispose(device);
   return 0;

@@ -18,13 +18,13 @@ using namespace Automation::Velq;
 
 namespace {
 
-int runOnNumber(int argc, char** argv, const std::string& number) {
-  DeviceInformation device = recordOf(parseNumber(number));
-  doWork(argc, argv, device);
+int runOnNumber(const Arguments& arguments) {
+  DeviceInformation device = recordOf(parseNumber(afterColon(arguments.selector)));
+  doWork(arguments.argc, arguments.argv, device);
   return 0;
 }
 
-int runOnPattern(int argc, char** argv, const std::string& pattern) {
+int runOnPattern(const Arguments& arguments, const std::string& pattern) {
   const std::vector<std::string> descriptions = getMatchedDevice(pattern);
   if (descriptions.empty()) {
     puts("No matched device found!Check your input and make sure the device on the PC is working normaly.");
@@ -33,15 +33,16 @@ int runOnPattern(int argc, char** argv, const std::string& pattern) {
   printf("Find %lu devices on PC by your input.\n", static_cast<unsigned long>(descriptions.size()));
   for (const std::string& description : descriptions) {
     DeviceInformation device = recordOf(description);
-    doWork(argc, argv, device);
+    doWork(arguments.argc, arguments.argv, device);
   }
   return 0;
 }
 
-int runOnDescription(int argc, char** argv, const std::string& description, const std::string& option) {
+int runOnDescription(const Arguments& arguments) {
+  const std::string description = afterColon(arguments.selector);
   printf("Device description you have entered:%s\n", description.c_str());
-  if (option != "-fusion") return runOnPattern(argc, argv, description);
-  if (argc >= 4) return buildFusionDevice(argc, argv, description);
+  if (arguments.option != "-fusion") return runOnPattern(arguments, description);
+  if (arguments.argc >= 4) return buildFusionDevice(arguments.argc, arguments.argv, description);
   DeviceInformation device = recordOf(description);
   QueryFusionDevInfo(device);
   return 0;
@@ -58,11 +59,10 @@ int main(int argc, char** argv) {
   }
   if (argc == 2 && arguments.selector == "-detail") return getAllInstalledDevice();
 
-  // Never used and never released, deliberately: a library sees one firmware control made ahead of every command.
+  // Quirk: neither used nor released. The list and the help create none.
   DaqCtrlBase_Create(ScenarioFirmware);
-  if (holds(arguments.selector, "/dn:")) return runOnNumber(argc, argv, afterColon(arguments.selector));
-  if (holds(arguments.selector, "/dd:"))
-    return runOnDescription(argc, argv, afterColon(arguments.selector), arguments.option);
+  if (contains(arguments.selector, "/dn:")) return runOnNumber(arguments);
+  if (contains(arguments.selector, "/dd:")) return runOnDescription(arguments);
   reportInsufficientParameter();
   return 0;
 }

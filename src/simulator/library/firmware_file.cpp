@@ -37,15 +37,15 @@ bool readExactly(const base::Descriptor& descriptor, unsigned char* bytes, size_
 }  // namespace
 
 ErrorCode readFirmwareFile(const std::string& path, FirmwareFile& file) {
-  // Without waiting: a FIFO would wait for a writer.
+  // O_NONBLOCK, because a FIFO would wait for a writer.
   const base::Descriptor descriptor(path, O_RDONLY | O_NONBLOCK);
-  const int64_t length = descriptor.length();
-  if (length < 0) return ErrorFileUnreadable;
-  if (std::cmp_less(length, SuffixLength) || length > LongestFile) return ErrorFirmwareWrongDevice;
+  const std::optional<int64_t> length = descriptor.length();
+  if (!length) return ErrorFileUnreadable;
+  if (std::cmp_less(*length, SuffixLength) || *length > LongestFile) return ErrorFirmwareWrongDevice;
 
   std::vector<unsigned char> chunk(1 << 16);
   uLong crc = crc32(0, nullptr, 0);
-  for (size_t left = static_cast<size_t>(length) - SuffixLength; left > 0;) {
+  for (size_t left = static_cast<size_t>(*length) - SuffixLength; left > 0;) {
     const size_t count = std::min(left, chunk.size());
     if (!readExactly(descriptor, chunk.data(), count)) return ErrorFileUnreadable;
     crc = crc32(crc, chunk.data(), static_cast<uInt>(count));

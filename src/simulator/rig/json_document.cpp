@@ -1,5 +1,6 @@
 #include "simulator/rig/json_document.h"
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -15,7 +16,7 @@ using Json = nlohmann::json;
 
 constexpr size_t DeepestNesting = 10;
 
-// Builds the document while it is parsed, for the library's own builder lets a later key replace an earlier one.
+// Builds the document while it is parsed: the parser's own builder would let a later key replace an earlier one.
 class Builder final : public nlohmann::json_sax<Json> {
  public:
   Builder(std::string_view key, const std::function<void(const JsonValue&)>& take) : key_(key), take_(take) {}
@@ -45,13 +46,13 @@ class Builder final : public nlohmann::json_sax<Json> {
   bool parse_error(size_t, const std::string&, const nlohmann::detail::exception& error) override {
     const std::string_view what = error.what();
     const size_t line = what.find("line ");
-    // The one fault without a line.
+    // The only error without a line: a number that no type can represent.
     if (line == std::string_view::npos) fail("expected a number of 64 bits");
     throw RigError(std::string(what.substr(line)));
   }
 
  private:
-  // One open list or object.
+  // A list or object that is not closed yet.
   struct Level {
     Json* container;
     Json::iterator member = {};  ///< of an object: its last member
@@ -104,10 +105,11 @@ class Builder final : public nlohmann::json_sax<Json> {
 
 }  // namespace
 
-Json parseJson(std::string_view text, std::string_view key, const std::function<void(const JsonValue&)>& take) {
-  Builder builder(key, take);
+void parseJson(std::string_view text, std::string_view key, const std::function<void(const JsonValue&)>& takeElement,
+               const std::function<void(const JsonValue&)>& takeDocument) {
+  Builder builder(key, takeElement);
   Json::sax_parse(text, &builder);
-  return std::move(builder.document);
+  takeDocument(JsonValue(builder.document, ""));
 }
 
 }  // namespace simulator

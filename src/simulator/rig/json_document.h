@@ -2,18 +2,16 @@
 #pragma once
 
 #include <functional>
-#include <nlohmann/json.hpp>
 #include <string_view>
 
 #include "simulator/rig/json_fields.h"
 
 namespace simulator {
 
-/// What `text` holds. The elements of the list `key` of the document go to `take` as soon as each is complete and are
-/// null in what is returned, for the JSON of a large rig would be many times its file. Throws RigError for what is no
-/// JSON, and for what a parser lets pass but no rig has: a key that stands twice in one object, nesting of more than
-/// ten levels.
-nlohmann::json parseJson(std::string_view text, std::string_view key,
-                         const std::function<void(const JsonValue&)>& take);
+/// Parses a document. `takeElement` gets each element of its list `key` as soon as that is complete; `takeDocument`
+/// gets the document, with null for these elements, because the JSON of a large rig takes many times the memory of its
+/// file. Throws RigError for a string that is not JSON, a key that is twice in one object, and more than ten levels.
+void parseJson(std::string_view text, std::string_view key, const std::function<void(const JsonValue&)>& takeElement,
+               const std::function<void(const JsonValue&)>& takeDocument);
 
 }  // namespace simulator

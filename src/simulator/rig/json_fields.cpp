@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <nlohmann/json.hpp>
 #include <utility>
 
-#include "simulator/rig/json_fields.h"
 #include "text/utf8.h"
 
 namespace simulator {
@@ -39,8 +39,7 @@ void JsonValue::fail(const std::string& expected) const {
 }
 
 void JsonValue::failNumber(const std::string& range) const {
-  const bool lacksPrefix = value_.is_string() && !value_.get_ref<const std::string&>().starts_with("0x");
-  fail("a number from " + range + (lacksPrefix ? "; a string needs \"0x\" before its hexadecimal digits" : ""));
+  fail("a number from " + range + (isPlainString() ? "; a string needs \"0x\" before its hexadecimal digits" : ""));
 }
 
 int64_t JsonValue::number(int64_t lowest, int64_t highest) const {
@@ -62,12 +61,23 @@ uint64_t JsonValue::unsigned64() const {
 }
 
 std::string JsonValue::text(size_t longest) const {
-  if (!value_.is_string()) fail("a text");
+  if (!value_.is_string()) fail("a string");
   const auto& text = value_.get_ref<const std::string&>();
-  if (text.find('\0') != std::string::npos) fail("a text without the character U+0000");
+  if (text.find('\0') != std::string::npos) fail("a string without the character U+0000");
   if (text.size() > longest && text::characterCount(text) > longest)
-    fail("a text of at most " + std::to_string(longest) + " characters");
+    fail("a string of at most " + std::to_string(longest) + " characters");
   return text;
+}
+
+size_t JsonValue::length() const {
+  if (!value_.is_array()) fail("a list");
+  return value_.size();
+}
+
+JsonValue JsonValue::element(size_t index) const { return {value_[index], *this, index}; }
+
+bool JsonValue::isPlainString() const {
+  return value_.is_string() && !value_.get_ref<const std::string&>().starts_with("0x");
 }
 
 bool JsonValue::boolean() const {

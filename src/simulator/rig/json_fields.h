@@ -3,7 +3,7 @@
 #pragma once
 
 #include <cstdint>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -13,8 +13,8 @@
 
 namespace simulator {
 
-/// A rig that cannot be used. what() is "PLACE: what is wrong there", without the file's name; what the rig holds
-/// stands in it as it is.
+/// A rig that cannot be used. what() is "PLACE: what is wrong there", without the file's name; strings of the
+/// rig are in it unchanged.
 struct RigError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
@@ -22,10 +22,10 @@ struct RigError : std::runtime_error {
 /// A key as a part of a JSON pointer.
 std::string pointerPart(std::string_view key);
 
-/// One JSON value and its place. Keeps references to all that it is made of.
+/// One JSON value and its place. It keeps references to the arguments of its constructor.
 class JsonValue {
  public:
-  /// A value that stands at the JSON pointer `place`.
+  /// A value at the JSON pointer `place`.
   JsonValue(const nlohmann::json& value, std::string_view place) : value_(value), name_(place) {}
 
   /// A member of `parent`, or an element.
@@ -34,7 +34,8 @@ class JsonValue {
   JsonValue(const nlohmann::json& value, const JsonValue& parent, size_t index)
       : value_(value), parent_(&parent), index_(index) {}
 
-  /// An integer, or a text "0x..." in hexadecimal, from `lowest` to `highest`. Throws RigError, as all functions here.
+  /// An integer, or a string "0x..." in hexadecimal, from `lowest` to `highest`. Throws RigError, as all functions
+  /// here.
   int64_t number(int64_t lowest, int64_t highest) const;
 
   /// As `number`, for one of 32 bits.
@@ -43,15 +44,24 @@ class JsonValue {
   /// As `number`, for one of 64 bits without a sign.
   uint64_t unsigned64() const;
 
-  /// A text of at most `longest` characters, without a terminator inside.
+  /// A string of at most `longest` characters, without U+0000.
   std::string text(size_t longest = 1000) const;
 
   /// true or false.
   bool boolean() const;
 
+  /// The number of elements of a list.
+  size_t length() const;
+
+  /// An element of a list, 0 <= index < length(); valid as long as this value.
+  JsonValue element(size_t index) const;
+
   /// A list, its elements read by `read`.
   template <typename Read>
   auto list(Read read) const -> std::vector<std::invoke_result_t<Read, const JsonValue&>>;
+
+  /// Whether this is a string, and not a number in hexadecimal.
+  bool isPlainString() const;
 
   /// Throws the error "PLACE: expected EXPECTED".
   [[noreturn]] void fail(const std::string& expected) const;
@@ -59,7 +69,7 @@ class JsonValue {
   /// The value as the parser left it.
   const nlohmann::json& json() const { return value_; }
 
-  /// As a JSON pointer. Made only when asked for, for of a thousand values not one is faulty.
+  /// As a JSON pointer. Created only here, because hardly a value is faulty.
   std::string place() const;
 
  private:
@@ -71,7 +81,7 @@ class JsonValue {
   size_t index_ = 0;
 };
 
-/// The members of a JSON object. Each is taken once; `end` refuses what was not.
+/// The members of a JSON object. Each is read once; `end` rejects any other.
 class JsonFields {
  public:
   /// Throws RigError when `object` is none.
@@ -79,14 +89,14 @@ class JsonFields {
   JsonFields(const JsonFields&) = delete;
   JsonFields& operator=(const JsonFields&) = delete;
 
-  /// The member `key`. Throws RigError when there is none. `key` is kept, and so are the fields by the values that they
-  /// give.
+  /// The member `key`. Throws RigError when there is none. `key` has to live as long as the fields, and these as long
+  /// as the values that they return.
   JsonValue required(const char* key);
 
   /// The same; nothing when there is none.
   std::optional<JsonValue> optional(const char* key);
 
-  /// Throws RigError for a member that was not asked for.
+  /// Throws RigError for a member that was not read.
   void end() const;
 
  private:
@@ -97,10 +107,10 @@ class JsonFields {
 
 template <typename Read>
 auto JsonValue::list(Read read) const -> std::vector<std::invoke_result_t<Read, const JsonValue&>> {
-  if (!value_.is_array()) fail("a list");
+  const size_t count = length();
   std::vector<std::invoke_result_t<Read, const JsonValue&>> elements;
-  elements.reserve(value_.size());
-  for (size_t i = 0; i < value_.size(); ++i) elements.push_back(read(JsonValue(value_[i], *this, i)));
+  elements.reserve(count);
+  for (size_t i = 0; i < count; ++i) elements.push_back(read(element(i)));
   return elements;
 }
 

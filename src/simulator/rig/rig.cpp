@@ -88,13 +88,13 @@ bool Rig::hasBoard(int32_t number) const {
 
 Rig readRig(std::string_view text) {
   Rig rig;
-  const auto take = [&](const JsonValue& device) { rig.devices.push_back(readDevice(device)); };
-  const nlohmann::json document = parseJson(text, "devices", take);
-  JsonFields fields(JsonValue(document, ""));
-  const JsonValue devices = fields.required("devices");
-  if (!devices.json().is_array()) devices.fail("a list");
-  if (const auto schema = fields.optional("$schema")) schema->text();  // for editors
-  fields.end();
+  const auto takeDevice = [&](const JsonValue& device) { rig.devices.push_back(readDevice(device)); };
+  parseJson(text, "devices", takeDevice, [](const JsonValue& document) {
+    JsonFields fields(document);
+    fields.required("devices").length();
+    if (const auto schema = fields.optional("$schema")) schema->text();  // for editors
+    fields.end();
+  });
   index(rig);
   FusionCheck{rig};
   return rig;

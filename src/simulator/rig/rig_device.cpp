@@ -18,7 +18,7 @@ uint32_t readOptionalCode(JsonFields& fields, const char* key) {
 }
 
 FirmwareVersion readVersion(const JsonValue& value) {
-  if (value.json().is_string() && !value.json().get_ref<const std::string&>().starts_with("0x")) return value.text();
+  if (value.isPlainString()) return value.text();
   return static_cast<uint16_t>(value.number(0, 0xFFFF));
 }
 

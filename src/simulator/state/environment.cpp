@@ -2,17 +2,13 @@
 
 #include <cinttypes>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
+
+#include "base/environment.h"
 
 namespace simulator {
 
 namespace {
-
-std::string variable(const char* name) {
-  const char* const value = secure_getenv(name);
-  return value == nullptr ? "" : value;
-}
 
 bool isAbsolute(const std::string& path) { return path.starts_with('/'); }
 
@@ -38,13 +34,13 @@ std::string stateName(const std::string& rigPath) {
 
 }  // namespace
 
-std::string rigPathFromEnvironment() { return variable("VELQ_RIG"); }
+std::string rigPathFromEnvironment() { return base::environment("VELQ_RIG"); }
 
 StatePlace statePlaceFromEnvironment() {
-  const std::string named = variable("VELQ_STATE");
+  const std::string named = base::environment("VELQ_STATE");
   if (!named.empty()) return {named, false};
-  const std::string home = variable("HOME");
-  std::string directory = variable("XDG_STATE_HOME");
+  const std::string home = base::environment("HOME");
+  std::string directory = base::environment("XDG_STATE_HOME");
   if (!isAbsolute(directory)) directory = isAbsolute(home) ? home + "/.local/state" : "";
   if (directory.empty()) return {"", true};
   const std::string rig = rigPathFromEnvironment();

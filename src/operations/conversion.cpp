@@ -1,11 +1,11 @@
-#include "operations/text.h"
+#include "operations/conversion.h"
 
 #include <cstdlib>
 #include <cwchar>
 
-WideText widen(const std::string& text) {
-  WideText wide{};
-  // Deliberately no cut: half of a path or of a password would do something else than what was asked for.
+WideString widen(const std::string& text) {
+  WideString wide{};
+  // Quirk: ends the process, and does not cut.
   if (text.size() >= wide.size()) std::abort();
   std::mbstowcs(wide.data(), text.c_str(), text.size());
   return wide;
