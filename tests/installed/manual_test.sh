@@ -27,10 +27,23 @@ check() {
 
 simulated() { "$prefix/bin/velq-sim" "$@"; }
 
+# examples PAGE: runs the commands in its EXAMPLES, as a user of the simulator in an empty directory.
+examples() {
+  directory=$(mktemp -d)
+  gzip -dc "$prefix/share/man/man1/$1.gz" | mandoc -T ascii -O width=200 | sed 's/.\x08//g' |
+    sed -n '/^EXAMPLES/,/^[A-Z]/p' >"$directory/page"
+  (cd "$directory" && env -i PATH="$prefix/bin:$PATH" HOME="$directory" LC_ALL=C \
+    LD_LIBRARY_PATH="$(echo "$prefix"/lib*/*velq-sim)" ASAN_OPTIONS=verify_asan_link_order=0 \
+    clitest --prefix '           ' --progress none page) || fail "$1: EXAMPLES"
+  rm -r "$directory"
+}
+
 # shellcheck disable=SC2046
 check qutil.1 '/?' $(simulated qutil '/?' | grep -o '^[-/][a-z]*:\?[a-z.]*')
 # shellcheck disable=SC2046
 check velq-sim.1 $(simulated --help | grep -o '^  --[a-z]*')
 # shellcheck disable=SC2046
 check velq-compliance.1 $("$prefix/bin/velq-compliance" --help | grep -o '^  --[a-z]*')
+examples qutil.1
+examples velq-sim.1
 exit $((failures > 0))
