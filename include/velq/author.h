@@ -1,5 +1,5 @@
-// What comes over and over in a device library: handles, lists, texts that are filled, and operations that are not
-// offered. An author may use all of it, parts of it, or none.
+// Building blocks for device libraries: handles, arrays, string buffers, and operations that a library does not
+// support. All of it is optional.
 #pragma once
 
 #include <velq/fill_missing.h>
@@ -14,31 +14,31 @@
 
 namespace Automation::Velq {
 
-/// A text was cut to its capacity. Any status 0xA....... says so.
+/// A string was cut to its capacity. A library may return any status 0xA....... instead.
 inline constexpr ErrorCode WarningTextCut{0xA0000001};
 
-/// This library does not offer the operation. Any status from 0xC0000000 up says so.
+/// This library does not support the operation. A library may return any status from 0xC0000000 up instead.
 inline constexpr ErrorCode ErrorNotOffered{0xE0000001};
 
-/// The handle of an object of the library's, which has to stay in its place for as long as the handle is valid.
+/// The handle of an object of the library, which must not move as long as the handle is valid.
 template <typename Kind, typename Object>
 Kind* handleOf(Object& object) {
   return reinterpret_cast<Kind*>(&object);
 }
 
-/// The object behind a handle that `handleOf` made of an object of this very type.
+/// The object of a handle that `handleOf` returned for exactly this type.
 template <typename Object>
 Object& objectOf(Handle* handle) {
   return *reinterpret_cast<Object*>(handle);
 }
 
-/// What stands behind an `Array*`: the elements' addresses.
+/// The object of an `Array*`: the addresses of its elements.
 class List {
  public:
-  /// Of single objects.
+  /// A list of these addresses.
   explicit List(std::vector<void*> elements) : elements_(std::move(elements)) {}
 
-  /// Of all in a container. It has to keep them where they are.
+  /// A list of all elements of a container, which must not move them.
   template <typename Container>
   static List of(Container& values) {
     List list({});
@@ -46,10 +46,10 @@ class List {
     return list;
   }
 
-  /// Valid as long as this list.
+  /// The handle of this list; valid as long as the list.
   Array* handle() { return handleOf<Array>(*this); }
 
-  /// Lets the table read lists. All arrays of the library have to be such, then.
+  /// Sets the two operations on arrays. All arrays of the library have to be lists then.
   static constexpr void offer(ObjectTable& table) {
     table.Array_getLength = [](Array* array) { return static_cast<int32_t>(objectOf<List>(array).elements_.size()); };
     table.Array_getItem = [](Array* array, int32_t index) {
@@ -61,8 +61,8 @@ class List {
   std::vector<void*> elements_;
 };
 
-/// A list of installed devices. It keeps these descriptions until the process ends, whatever the devices are called
-/// later. What is behind the 63rd character is left out.
+/// An array of installed devices with these descriptions, each cut to 63 characters. It lives until the process ends
+/// and never changes.
 inline Array* listOfDevices(const std::vector<std::wstring_view>& descriptions) {
   struct Devices {
     std::deque<InstalledDeviceNode> nodes;
@@ -76,20 +76,21 @@ inline Array* listOfDevices(const std::vector<std::wstring_view>& descriptions) 
   return devices.list.handle();
 }
 
-/// Fills a text that a tool asks for: at most `capacity` characters with the terminator.
+/// Fills `buffer` with a string: at most `capacity` characters, 1 or more, terminator included. Returns Success, or
+/// WarningTextCut when the string is longer.
 inline ErrorCode fillText(std::wstring_view text, int32_t capacity, wchar_t* buffer) {
   const size_t copied = text.copy(buffer, static_cast<size_t>(capacity) - 1);
   buffer[copied] = 0;
   return copied == text.size() ? Success : WarningTextCut;
 }
 
-/// The text that a tool gives with a count, in which the terminator is counted or not.
+/// The string of a tool that passes it with a count, which may include the terminator.
 inline std::wstring_view textFrom(int32_t count, const wchar_t* text) {
   const std::wstring_view counted(text, static_cast<size_t>(count));
   return counted.substr(0, counted.find(L'\0'));
 }
 
-/// Answers what the library does not offer: a status that says so, a null or a zero.
+/// The result of an operation that the library does not support: ErrorNotOffered, null or 0.
 struct NotOffered {
   template <typename Result>
   static Result give() {
@@ -100,8 +101,8 @@ struct NotOffered {
   }
 };
 
-/// The tables of the library, which are made with the first call: each of `offers` puts in what the library offers.
-/// What is left is refused, fusion devices with the status that this takes, and all arrays are lists.
+/// The tables of the library, created with the first call: each of `offers` sets the operations that it supports. All
+/// others fail, with ErrorCannotFuse for new fusion devices, and all arrays are lists.
 inline const LibraryTable* makeLibrary(std::initializer_list<void (*)(ObjectTable&)> offers) {
   static FunctionTable functions{};
   static ObjectTable objects{};

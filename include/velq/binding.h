@@ -1,12 +1,11 @@
-// What a tool calls: one function an operation, named as the operation. Each passes its arguments and its result
-// through unchanged.
+// The functions that a tool calls: one for each operation, with its name. Each passes arguments and result unchanged.
 #pragma once
 
 #include <velq/library.h>
 
 namespace Automation::Velq {
 
-/// The library's tables, fetched with the first call and kept until the process ends. Never null.
+/// The tables of the library, obtained with the first call and valid until the process ends. Never null.
 inline const LibraryTable* QLB_PPtr() {
   static const LibraryTable* lib = nullptr;
   if (lib == nullptr) lib = CvxQuellisLibInitialize();

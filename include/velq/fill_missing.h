@@ -1,11 +1,11 @@
-// For libraries that offer a part of the operations: answers all others in one way.
+// For libraries that support some of the operations: one result for all others.
 #pragma once
 
 #include <velq/library.h>
 
 namespace Automation::Velq {
 
-/// Points `field`, when it is null, at a function that returns Answer::give<Result>() whatever it is called with.
+/// Points `field`, when it is null, at a function that returns Answer::give<Result>() for any arguments.
 template <typename Answer, typename Result, typename... Parameters>
 constexpr void fillMissingField(Result (*&field)(Parameters...)) {
   if (field == nullptr) field = [](Parameters...) -> Result { return Answer::template give<Result>(); };

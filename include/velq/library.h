@@ -1,4 +1,4 @@
-// What an author of a device library implements: the two tables of operations and the one exported entry.
+// The interface that a device library implements: two tables of operations and one exported entry.
 #pragma once
 
 #include <velq/types.h>
@@ -17,7 +17,7 @@ struct ObjectTable {
 #include <velq/operations.def>
 };
 
-/// What the entry returns a pointer to. Both tables live until the process ends.
+/// The result of the entry. Both tables live until the process ends.
 struct LibraryTable {
   const FunctionTable* functions;
   const ObjectTable* objects;

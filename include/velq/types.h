@@ -7,11 +7,11 @@
 namespace Automation::Velq {
 
 /// Status of an operation. 0 is success, 0xA....... a warning, 0xC0000000 and above a failure. A library may return any
-/// value; these are the ones that a tool tells apart.
+/// value; tools distinguish these.
 enum ErrorCode : uint32_t {
   Success = 0,
-  WarningFirmwareNotNewer = 0xA000000D,   ///< loaded, but the chip holds this version or a newer one
-  ErrorNoDeviceList = 0xE0000000,         ///< the list of installed devices cannot be had
+  WarningFirmwareNotNewer = 0xA000000D,   ///< loaded, but the version in the chip is the same or newer
+  ErrorNoDeviceList = 0xE0000000,         ///< there is no list of installed devices
   ErrorDeviceBusy = 0xE0000019,           ///< another process holds the device
   ErrorCannotFuse = 0xE0000027,           ///< these devices cannot form one fusion device
   ErrorFileUnreadable = 0xE0000028,       ///< the firmware file cannot be opened or read
@@ -30,10 +30,10 @@ enum AccessMode : int32_t {
   AccessDevice = 1,  ///< everything else
 };
 
-/// The kind of scenario control that `DaqCtrlBase_Create` makes.
+/// The kind of control that `DaqCtrlBase_Create` creates.
 enum Scenario : uint32_t {
-  ScenarioCalibration = 0x00200000,  ///< makes a `CalibrationCtrl`
-  ScenarioFirmware = 0x00400000,     ///< makes a `FirmwareCtrls`
+  ScenarioCalibration = 0x00200000,  ///< a `CalibrationCtrl`
+  ScenarioFirmware = 0x00400000,     ///< a `FirmwareCtrls`
 };
 
 /// State of one calibration item. Any other value means finished, outcome unknown.
@@ -43,12 +43,12 @@ enum CalibrationState : int32_t {
   CalibrationRunning = 2,  ///< poll again
 };
 
-/// What `FirmwareItem_getProgress` answers beside percents, which are above 0.
+/// What `FirmwareItem_getProgress` returns besides percentages, which are above 0.
 enum FirmwareProgress : int32_t {
   ProgressStarted = 0,
   ProgressKeepPolling = -101,  ///< started, too
   ProgressAborted = -1,
-  ProgressNothingLoaded = -1001,  ///< nothing, or nothing valid
+  ProgressNothingLoaded = -1001,  ///< no valid file is loaded
   ProgressBusy = -1002,
   ProgressDone = 100,  ///< or more
 };
@@ -56,7 +56,7 @@ enum FirmwareProgress : int32_t {
 /// Characters of a record's description, the terminator included.
 inline constexpr int32_t DescriptionCapacity = 64;
 
-/// The most children that a tool makes room for, and so that a fusion device holds.
+/// The most children of a fusion device; tools have room for no more.
 inline constexpr int32_t MostFusionChildren = 256;
 
 /// How many adjusting codes `CalibrationItem_getState` has room for.
@@ -73,16 +73,15 @@ static_assert(sizeof(wchar_t) == 4 && sizeof(DeviceInformation) == 268);
 static_assert(offsetof(DeviceInformation, DeviceNumber) == 0 && offsetof(DeviceInformation, OpenMode) == 4);
 static_assert(offsetof(DeviceInformation, ModuleIndex) == 8 && offsetof(DeviceInformation, Description) == 12);
 
-/// Element of the array that `DeviceCtrl_getInstalledDevices` returns. Its description is as long as the library makes
-/// it, so a library may lay out a node longer or shorter than this record; tools read the text from `Description` to
-/// its terminator only.
+/// Element of the array that `DeviceCtrl_getInstalledDevices` returns. Tools read the string from `Description` to its
+/// terminator only, so a node may be longer or shorter than this record.
 struct InstalledDeviceNode {
   unsigned char Private[36];                 ///< the library's own
   wchar_t Description[DescriptionCapacity];  ///< terminated
 };
 static_assert(offsetof(InstalledDeviceNode, Description) == 36);
 
-/// Base of all handles: opaque objects that the library owns. Nobody can construct or copy one.
+/// Base of all handles: opaque objects that the library owns. They can be neither constructed nor copied.
 class Handle {
  public:
   Handle() = delete;
@@ -92,12 +91,12 @@ class Handle {
 
 class DeviceCtrl : public Handle {};            ///< one opened device
 class DaqCtrlBase : public Handle {};           ///< a scenario control, bound to one device after its creation
-class FirmwareCtrls : public DaqCtrlBase {};    ///< the control that `ScenarioFirmware` makes
-class CalibrationCtrl : public DaqCtrlBase {};  ///< the control that `ScenarioCalibration` makes
+class FirmwareCtrls : public DaqCtrlBase {};    ///< the control for `ScenarioFirmware`
+class CalibrationCtrl : public DaqCtrlBase {};  ///< the control for `ScenarioCalibration`
 class Array : public Handle {};                 ///< a read-only list of values or of handles
 class FirmwareItem : public Handle {};          ///< the firmware slot of one programmable chip
 class CalibrationSolution : public Handle {};   ///< one calibration procedure
 class CalibrationSection : public Handle {};    ///< one operator-guided step of a solution
-class CalibrationItem : public Handle {};       ///< one adjusting code that is worked out within a section
+class CalibrationItem : public Handle {};       ///< one adjusting code that a section calibrates
 
 }  // namespace Automation::Velq
