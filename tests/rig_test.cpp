@@ -40,7 +40,7 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
       {device(", \"location\": \"\xED\xA0\x80\""), "line 1, column 97: syntax error"},
       {"[]", "the document: expected an object"},
       {"{\"devices\": " + deep, "/devices/0/0/0/0/0/0/0/0/0: expected at most 10 levels"},
-      {device(", \"number\": 2"), "/devices/1/number: the key stands twice"},
+      {device(", \"number\": 2"), "/devices/1/number: the key is there twice"},
       {device("}, {\"number\": 1, \"description\": \"F\""),
        "/devices/2/number: expected another number than that of /devices/0"},
       {device(", \"product_id\": -1"), "/devices/1/product_id: expected a number from 0 to 2147483647"},

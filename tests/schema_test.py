@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """rig.schema.json accepts and refuses what velq-sim --check does: schema_test.py VELQ-SIM SOURCES. Takes the rigs that
-tests and fuzzers keep, and every rig that differs from a small whole one in a single value or key."""
+tests and fuzzers keep, and every rig that differs from a small whole one in a single value or key. The keys that the
+reader knows are those of the schema and are in the pages, and the checker calls all of operations.def."""
 import json, pathlib, re, subprocess, sys, tempfile
 
 import jsonschema
@@ -11,7 +12,7 @@ VALUES = [None, True, 0.5, -2**31 - 1, -2, -1, 0, 15, 16, 2**16 - 1, 2**16, 2**3
           2**64 - 1, 2**64, "", "x" * 256, "x" * 1001, "a\0", "0x", "0X1", "0x0f", "0x10", "0xffff", "0x10000",
           "0x07fffffff", "0x80000000", "0xffffffff", "0x100000000", "0x1" + 16 * "0", [], [0, 0], {}]
 # What a schema cannot say: how keys of one document, or values beside each other, belong together.
-BEYOND = re.compile("the key stands twice|levels|another number than|a device |of a device"
+BEYOND = re.compile("the key is there twice|levels|another number than|a device |of a device"
                     "|board_id: expected a number from 0 to [02]\n")
 
 
@@ -44,6 +45,7 @@ whole = {"$schema": "rig.schema.json", "devices": [
 rigs = ["fuzz/corpus/rig/group.json", "tests/installed/rig.json", "src/simulator/rig/builtin_rig.json"]
 kept = [(sources / rig).read_bytes() for rig in rigs]
 wrong = 0
+known = set()
 with tempfile.NamedTemporaryFile() as file:
     for text in [*kept, *map(json.dumps, variants(whole))]:
         pathlib.Path(file.name).write_bytes(text if isinstance(text, bytes) else text.encode())
@@ -51,4 +53,25 @@ with tempfile.NamedTemporaryFile() as file:
         if accepts(text) != (check.returncode == 0) and not BEYOND.search(check.stderr):
             print(f"{text[:300]}: the schema says {accepts(text)}; {check.stdout}{check.stderr}")
             wrong += 1
-sys.exit(wrong > 0)
+        for names in re.findall("unknown key; expected one of (.*)", check.stderr):
+            known.update(names.split(", "))
+
+
+def compare(what, expected, found):
+    global wrong
+    if expected - found:
+        print(f"{what}: {', '.join(sorted(expected - found))} missing")
+        wrong += 1
+
+
+source = {file: file.read_text() for file in (sources / "src").glob("**/*.*") if file.suffix in (".cpp", ".h")}
+called = "".join(text for file, text in source.items() if {"compliance", "reading"} & set(file.parts))
+operations = re.findall(r"^VELQ_\w+\([^,]+, (\w+)", (sources / "include/velq/operations.def").read_text(), re.M)
+compare("the schema", known, set(re.findall(r'"([$\w]+)": ', json.dumps(schema.schema))))
+for page in "docs/simulator.md", "man/velq-sim.1":
+    compare(page, known, set(re.findall(r"[$\w]+", (sources / page).read_text())))
+# They overwrite firmware, or change calibrations for good.
+excepted = {"FirmwareItem_confirmNotice", "FirmwareItem_start", "FirmwareItem_getProgress", "CalibrationSection_start",
+            "CalibrationSolution_loadGoldenBackup", "CalibrationSolution_updateAsCurrent"}
+compare("the checker", set(operations) - excepted, set(re.findall(r"\w+", called)))
+sys.exit(wrong > 0 or len(known) < 20 or len(operations) < 40)

@@ -1,4 +1,4 @@
-// A whole device library: one board that keeps what is changed, with one chip whose firmware can be overwritten and one
+// A whole device library: one board that saves changes, with one chip whose firmware can be overwritten and one
 // calibration. Copy this file to start a library of your own.
 #include <fcntl.h>
 #include <sys/file.h>
@@ -15,7 +15,7 @@ using namespace Automation::Velq;
 
 namespace {
 
-// --- What lasts: a file. Every answer is read anew, for another process may have changed it. ---
+// --- The saved board: a file, read for every call because another process may have changed it. ---
 
 struct Board {
   int32_t id = 0;
@@ -52,9 +52,9 @@ ErrorCode changeBoard(const auto& change) {
   const int descriptor = openBoard(O_RDWR | O_CREAT);
   Board board = boardIn(descriptor);
   change(board);
-  const bool isKept = pwrite(descriptor, &board, sizeof board, 0) == sizeof board && fsync(descriptor) == 0;
+  const bool isSaved = pwrite(descriptor, &board, sizeof board, 0) == sizeof board && fsync(descriptor) == 0;
   close(descriptor);
-  return isKept ? Success : ErrorNotOffered;
+  return isSaved ? Success : ErrorNotOffered;
 }
 
 // --- The board. It has no state in the process, so one object serves all who open it. ---
@@ -96,7 +96,7 @@ void offerBoard(ObjectTable& table) {
   table.DeviceCtrl_setBoardId = setBoardId;
 }
 
-// --- Controls. Each has one chip, or one solution with one section with one item, and stands for all of them. ---
+// --- Controls. Each has one chip, or one solution with one section with one item, and serves as all of them. ---
 
 struct Control {
   bool isBound = false;
@@ -135,7 +135,7 @@ void offerControls(ObjectTable& table) {
   table.CalibrationCtrl_getSolutions = itemsOf<CalibrationCtrl>;
 }
 
-// A firmware file of this board is a text: "minimal 2" is version 2.
+// A firmware file of this board is a string: "minimal 2" is version 2.
 ErrorCode loadFile(FirmwareItem* chip, const wchar_t* path) {
   FILE* const file = std::fopen(std::string(path, path + std::wcslen(path)).c_str(), "r");
   if (file == nullptr) return ErrorFileUnreadable;
@@ -148,7 +148,7 @@ ErrorCode loadFile(FirmwareItem* chip, const wchar_t* path) {
   return version > readBoard().firmware ? Success : WarningFirmwareNotNewer;
 }
 
-// A quarter a poll. The version is kept before the end is told.
+// A quarter per poll. The version is saved before the end is reported.
 int32_t getProgress(FirmwareItem* chip) {
   Control& control = controlOf(chip);
   if (control.pollsLeft > 0) return 100 - 25 * control.pollsLeft--;

@@ -81,7 +81,7 @@ bool runSolution(const Elements<CalibrationSolution>& solutions, int32_t index, 
   return true;
 }
 
-bool nameHolds(CalibrationSolution* solution, const wchar_t* text) {
+bool nameContains(CalibrationSolution* solution, const wchar_t* text) {
   return nameFrom(CalibrationSolution_getName(solution)).find(text) != std::wstring::npos;
 }
 
@@ -107,7 +107,7 @@ int startCalibration(CalibrationCtrl* ctrl, const wchar_t* procedure) {
   ItemState state;
   for (int32_t i = 0; i < solutions.length(); ++i) {
     // Quirk: for each other solution, even if the wanted one follows.
-    if (!nameHolds(solutions[i], procedure))
+    if (!nameContains(solutions[i], procedure))
       printf("This device can not support the function! ErrorLevel = %d\n", 3);
     else if (!runSolution(solutions, i, state))
       return static_cast<int>(ErrorDeviceBusy);
@@ -120,7 +120,7 @@ int LoadFromGoldenBackup(CalibrationCtrl* ctrl, bool analogInput, DeviceInformat
   if (array == nullptr) return -1;
   const Elements<CalibrationSolution> solutions(array);
   for (int32_t i = 0; i < solutions.length(); ++i) {
-    if (nameHolds(solutions[i], analogInput ? L"AI" : L"AO"))
+    if (nameContains(solutions[i], analogInput ? L"AI" : L"AO"))
       restoreBackup(solutions, i, analogInput, info);
     else if (solutions.length() == 1)
       printf("This device do not support the function! ErrorLevel = %d\n", 3);

@@ -1,10 +1,10 @@
-// Narrow text to wide text and back, in the process's current locale.
+// Narrow strings to wide strings and back, in the process's current locale.
 #pragma once
 
 #include <array>
 #include <string>
 
-/// Wide text of up to 256 characters, zero filled, always terminated.
+/// A wide string of up to 256 characters, zero filled, always terminated.
 using WideString = std::array<wchar_t, 257>;
 
 /// Widens `text`; what follows a byte that the locale cannot read is left out. More than 256 bytes end the process with

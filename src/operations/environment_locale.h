@@ -1,9 +1,9 @@
-// The locale in which descriptions pass between wide and narrow text.
+// The locale in which descriptions are converted between wide and narrow strings.
 #pragma once
 
 #include <clocale>
 
-/// The environment's locale for as long as this object lives; "C" afterwards, whatever was set before.
+/// The environment's locale for as long as this object lives; "C" afterwards, also if another was set before.
 class EnvironmentLocale {
  public:
   EnvironmentLocale() { std::setlocale(LC_ALL, ""); }

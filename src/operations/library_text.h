@@ -1,4 +1,4 @@
-// Texts that the library fills.
+// Strings that the library fills.
 #pragma once
 
 #include <velq/velq.h>

@@ -1,4 +1,4 @@
-// Numbers as arguments give them.
+// Numbers in arguments.
 #pragma once
 
 #include <cstdint>
@@ -8,5 +8,5 @@
 /// process with abort().
 int32_t parseNumber(const std::string& text);
 
-/// True when all of `text` is made of the digits 0 to 9; so too when it is empty.
+/// Whether `text` has no character but the digits 0 to 9; true when it is empty.
 bool isAllDigits(const std::string& text);

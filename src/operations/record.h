@@ -8,6 +8,6 @@
 /// The record of a device that is chosen by number.
 Automation::Velq::DeviceInformation recordOf(int32_t number);
 
-/// The record of a device that is chosen by description, of which 63 characters are kept. A description of more than
+/// The record of a device that is chosen by description, cut to 63 characters. A description of more than
 /// 256 bytes ends the process with abort().
 Automation::Velq::DeviceInformation recordOf(const std::string& description);

@@ -1,4 +1,4 @@
-// The answer to arguments that name no command.
+// The message for arguments that name no command.
 #pragma once
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// VELQ_FAULTS='OPERATION[#FIRST[-LAST]]=ANSWER; ...': calls that answer by themselves instead of reaching the library.
+// VELQ_FAULTS='OPERATION[#FIRST[-LAST]]=ANSWER; ...': calls that return ANSWER and do not reach the library.
 #pragma once
 
 #include <atomic>
@@ -14,7 +14,7 @@ namespace probe {
 
 /// One entry of the list.
 struct Fault {
-  std::string text;  ///< as it was written
+  std::string text;  ///< the entry in the list
   Operation operation;
   uint64_t first = 1;  ///< counted from 1
   uint64_t last = UINT64_MAX;
@@ -22,7 +22,7 @@ struct Fault {
   bool reached = false;
 };
 
-/// The list, and what has become of it so far.
+/// The list, and which of its faults calls have reached.
 class Faults {
  public:
   /// Reads a list of faults; stops the process at an entry that is unknown or malformed.
@@ -33,13 +33,13 @@ class Faults {
 
   bool isEmpty() const { return faults_.empty(); }
 
-  /// A line, its end included, that counts the faults that no call has reached and names them as they were written.
+  /// A line, its end included, with the number of faults that no call has reached, and their entries.
   struct Report {
     std::string line;
     bool allReached;
   };
 
-  /// How it stands now. Fit for a signal handler: the line was made when the last fault was reached.
+  /// The current report. Safe in a signal handler: the line was created when the last fault was reached.
   const Report& report() const { return *report_; }
 
  private:

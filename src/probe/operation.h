@@ -19,17 +19,17 @@ enum class Operation : size_t {
 
 inline constexpr size_t OperationCount = static_cast<size_t>(Operation::Count);
 
-/// What an operation answers with.
+/// What an operation returns.
 enum class AnswerKind { Nothing, Number, Pointer };
 
-/// The kind of an answer of type `Result`.
+/// The kind of a result of type `Result`.
 template <typename Result>
 constexpr AnswerKind kindOf() {
   if (std::is_void_v<Result>) return AnswerKind::Nothing;
   return std::is_pointer_v<Result> ? AnswerKind::Pointer : AnswerKind::Number;
 }
 
-/// What has to be known of an operation apart from its arguments.
+/// An operation apart from its arguments.
 struct OperationFacts {
   std::string_view name;  ///< as a trace shows it
   AnswerKind answer;

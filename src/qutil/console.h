@@ -1,5 +1,5 @@
 // Waiting: for time to pass, for a key, for an answer. Standard output is flushed before each wait, so that what the
-// operator must read stands on the screen, or in the log, meanwhile.
+// operator must read is on the screen, or in the log, meanwhile.
 #pragma once
 
 /// Waits for one key without echo and without Enter. Returns its code (0 to 255), or -1 when standard input is no

@@ -1,4 +1,4 @@
-// The help text.
+// The help.
 #pragma once
 
 /// Prints what "/?" shows.

@@ -1,4 +1,4 @@
-// New descriptions made of old ones: "?" and "*" in the new text stand for parts of the old.
+// New descriptions from old ones: "?" and "*" in the new one are replaced by parts of the old one.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// The one form in which texts and statuses of the boundary are shown to people: in traces and in reports of checks.
+// The form of strings and statuses in messages, traces and reports of checks.
 #pragma once
 
 #include <cstddef>

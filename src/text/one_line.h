@@ -1,4 +1,4 @@
-// Text of a user's, a path or an entry of a list, within a line on standard error.
+// Strings of the user, a path or an entry of a list, in a line on standard error.
 #pragma once
 
 #include <cstddef>

@@ -12,7 +12,7 @@ namespace text {
 /// The wide form of valid UTF-8.
 std::wstring fromUtf8(std::string_view text);
 
-/// The UTF-8 form of wide text; nothing when it holds what is no character.
+/// The UTF-8 form of a wide string; nothing when an element is not a Unicode character.
 std::optional<std::string> toUtf8(std::wstring_view text);
 
 /// Whether `text` is valid UTF-8.

@@ -12,8 +12,7 @@ namespace {
 
 constexpr const char* LibraryVersion = "1.0-sim";
 
-// The installed devices. A node is as long as its description, which the rig may make longer than the record has room
-// for.
+// The installed devices. A node is as long as its description, which can be longer in a rig than in the record.
 struct NodeArrayObject : ArrayObject {
   explicit NodeArrayObject(const Simulation& simulation) {
     for (const int32_t number : simulation.numbers())
@@ -27,7 +26,7 @@ struct NodeArrayObject : ArrayObject {
   std::vector<std::wstring> nodes;
 };
 
-// Values of the rig, which outlives every handle.
+// Values of the rig, which live longer than every handle.
 template <typename Value>
 struct ValueArrayObject : ArrayObject {
   ValueArrayObject(Object* from, const std::vector<Value>& list) : ArrayObject(from), values(list) {}
@@ -52,7 +51,7 @@ ErrorCode fillOptional(const DeviceCtrl* handle, const char* operation, std::opt
   return fill(*(given->*text), capacity, buffer);
 }
 
-// What stands in the way of a change, while other writers are held off.
+// Why the device cannot be changed now, or Success.
 ErrorCode checkChangeable(Simulation& simulation, int32_t number) {
   return simulation.exists(number) ? simulation.checkFree(number) : ErrorNoSuchDevice;
 }
@@ -68,7 +67,7 @@ Array* DeviceCtrl_getInstalledDevices() {
   Simulation& simulation = Simulation::instance();
   if (!simulation.hasRig()) return nullptr;
   simulation.refresh();
-  // The list stays valid for the whole run even where a device in it is renamed: every call makes its own.
+  // A new array each time: the ones before stay as they are when a device is renamed.
   return handleOf<Array>(make<NodeArrayObject>(simulation));
 }
 

@@ -69,7 +69,7 @@ ErrorCode CvxFusionDeviceCreate(int32_t count, const int32_t* children, int32_t*
     changes.push_back({number, DescriptionItem, freeDescription(simulation, number)});
     return Success;
   });
-  // After any other status tools go on with a device 0 that nobody asked for.
+  // After any other status tools go on with device 0.
   if (status != Success) return ErrorCannotFuse;
   *newNumber = number;
   return Success;

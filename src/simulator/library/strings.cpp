@@ -9,9 +9,9 @@
 namespace simulator {
 
 const wchar_t* internedWide(std::string_view text) {
-  static std::map<std::string, std::wstring, std::less<>> texts;
-  const auto known = texts.find(text);
-  return (known != texts.end() ? known : texts.emplace(text, text::fromUtf8(text)).first)->second.c_str();
+  static std::map<std::string, std::wstring, std::less<>> strings;
+  const auto known = strings.find(text);
+  return (known != strings.end() ? known : strings.emplace(text, text::fromUtf8(text)).first)->second.c_str();
 }
 
 ErrorCode fill(std::string_view text, int32_t capacity, wchar_t* buffer) {

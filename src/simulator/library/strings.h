@@ -1,4 +1,4 @@
-// Strings as the boundary wants them: wide, and terminated.
+// Strings for tools: wide and terminated.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +11,8 @@ namespace simulator {
 /// A terminated wide copy of UTF-8 `text` that lives until the library unloads.
 const wchar_t* internedWide(std::string_view text);
 
-/// Fills `buffer` as the boundary demands: at most `capacity` - 1 characters and a terminator. Gives WarningTextCut for
-/// a text that does not fit; ErrorRefused, with nothing written, for a buffer without room.
+/// Fills `buffer` with at most `capacity` - 1 characters and a terminator. Returns Success; WarningTextCut for a string
+/// that is longer; ErrorRefused, with nothing written, for a capacity of 0 or less.
 ErrorCode fill(std::string_view text, int32_t capacity, wchar_t* buffer);
 
 }  // namespace simulator

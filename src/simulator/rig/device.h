@@ -1,4 +1,4 @@
-// An installed device and all that can be asked about it, as a rig gives it. Texts are UTF-8.
+// An installed device and all that a library can report about it, as in a rig. Strings are UTF-8.
 #pragma once
 
 #include <cstdint>
@@ -24,15 +24,17 @@ struct Chip {
   FirmwareVersion version;
   std::string notice;
   std::optional<std::string> password;
-  std::vector<int32_t> progress = {0, 25, 50, 75, 100};  ///< what successive polls of an overwrite report; never empty
+  /// Of successive polls of an overwrite; never empty. ProgressDone or more ends it; ProgressAborted,
+  /// ProgressNothingLoaded and ProgressBusy, in the first poll, are failures.
+  std::vector<int32_t> progress = {0, 25, 50, 75, 100};
 };
 
-/// One adjusting code that a calibration works out.
+/// One adjusting code that a calibration finds.
 struct AdjustingCode {
   std::string name;
   uint32_t inUse = 0;
   uint32_t backup = 0;
-  std::vector<uint32_t> walk = {inUse};  ///< what successive polls report; never empty
+  std::vector<uint32_t> walk = {inUse};  ///< codes of successive polls; never empty
   bool fails = false;                    ///< how the walk ends
 };
 
@@ -51,7 +53,7 @@ struct Solution {
   std::vector<Section> sections;
 };
 
-/// One installed device. What is absent is something that the device does not have.
+/// One installed device. An absent member is one that the device does not have.
 struct Device {
   static constexpr int32_t UsualHighestBoardId = 15;
 

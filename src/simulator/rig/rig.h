@@ -1,4 +1,4 @@
-// The rig: the installed devices, as its file gives them. What commands change is in the state.
+// The rig: the installed devices as in its file. What commands change is in the state.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +25,7 @@ struct Rig {
   bool hasBoard(int32_t number) const;
 };
 
-/// Reads the JSON text of a rig. Throws RigError.
+/// Reads the JSON of a rig. Throws RigError.
 Rig readRig(std::string_view text);
 
 /// Reads a rig file. Throws RigError.

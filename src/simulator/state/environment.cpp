@@ -12,10 +12,10 @@ namespace {
 
 bool isAbsolute(const std::string& path) { return path.starts_with('/'); }
 
-// FNV-1a, which gives the same on every machine.
-uint64_t hash(const std::string& text) {
+// FNV-1a: a library that is built elsewhere has to find the same file.
+uint64_t hash(const std::string& bytes) {
   uint64_t hash = 0xcbf29ce484222325;
-  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
+  for (const char c : bytes) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
   return hash;
 }
 
@@ -24,7 +24,7 @@ std::string stateName(const std::string& rigPath) {
   constexpr int MostOfName = 100;
   const std::filesystem::path path = std::filesystem::absolute(rigPath);
   std::error_code error;
-  // Of a rig that is not there, too: its state can be reset.
+  // A rig that does not exist has a place, too: its state can be reset.
   const std::filesystem::path found = std::filesystem::weakly_canonical(path, error);
   const std::filesystem::path& resolved = error ? path : found;
   char name[MostOfName + 20];

@@ -1,4 +1,4 @@
-// Where the environment says that rig and state are. All of it is ignored in a set-user-id process.
+// The places of rig and state in the environment. All of it is ignored in a set-user-id process.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-/// VELQ_RIG; empty stands for the built-in rig.
+/// VELQ_RIG; empty for the built-in rig.
 std::string rigPathFromEnvironment();
 
 /// VELQ_STATE; else a file in the directory velq-sim below XDG_STATE_HOME or ~/.local/state, one for the built-in rig

@@ -1,4 +1,4 @@
-// SQLite, loaded with its first use: most runs have no state, and loading it is half of what such a run would cost.
+// SQLite, loaded at its first use: most processes have no state, and loading it would double their cost.
 #pragma once
 
 #include <sqlite3.h>
@@ -11,7 +11,7 @@ namespace simulator {
 #define LOADED_FUNCTION(name) \
   decltype(&sqlite3_##name) name = reinterpret_cast<decltype(&sqlite3_##name)>(find("sqlite3_" #name))
 
-/// The functions that the state uses. Making it loads the library, for good, and throws StateError when it cannot.
+/// The functions that the state uses. The constructor loads the library until the process ends. Throws StateError.
 class Sqlite {
   void* const library_ = load();
 
@@ -43,7 +43,7 @@ class Sqlite {
 
 #undef LOADED_FUNCTION
 
-/// The process's SQLite. Throws as its making does.
+/// The process's SQLite. Throws as its constructor.
 const Sqlite& sqlite();
 
 struct SqliteDelete {

@@ -29,7 +29,7 @@ struct StateChange {
 /// All changed items, by device and item.
 using StateContents = std::map<std::pair<int32_t, Item>, StateValue>;
 
-/// Puts one change into `contents`.
+/// Applies one change to `contents`.
 void applyChange(StateContents& contents, const StateChange& change);
 
 /// What is wrong with a state that has an item, by name, that its device does not have in the rig.

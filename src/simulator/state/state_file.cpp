@@ -14,7 +14,7 @@ namespace simulator {
 
 namespace {
 
-// Far behind all that SQLite reads, writes or locks.
+// Far beyond all bytes that SQLite reads, writes or locks.
 constexpr int64_t FirstLockedByte = int64_t{1} << 41;
 static_assert(sizeof(off_t) == sizeof FirstLockedByte);
 
@@ -22,23 +22,23 @@ static_assert(sizeof(off_t) == sizeof FirstLockedByte);
   throw StateError(std::string(what) + ": " + std::strerror(errno) + StateError::Advice);
 }
 
-void syncFolder(const std::string& path) {
-  const base::Descriptor folder(path, O_RDONLY | O_DIRECTORY);
-  if (!folder.isOpen() || fsync(folder.number()) != 0) failWithErrno("its directory cannot be synced");
+void syncDirectory(const std::string& path) {
+  const base::Descriptor directory(path, O_RDONLY | O_DIRECTORY);
+  if (!directory.isOpen() || fsync(directory.number()) != 0) failWithErrno("its directory cannot be synced");
 }
 
-void makeFolders(const std::string& path) {
+void makeDirectories(const std::string& path) {
   for (size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
-    const std::string folder = path.substr(0, slash);
-    if (mkdir(folder.c_str(), 0700) == 0)
-      syncFolder(folder + "/..");
+    const std::string directory = path.substr(0, slash);
+    if (mkdir(directory.c_str(), 0700) == 0)
+      syncDirectory(directory + "/..");
     else if (errno != EEXIST)
       failWithErrno("its directory cannot be created");
   }
 }
 
-// The kernel ties these locks to the open file, not to the process: they do not disturb SQLite's own locks on the same
-// file.
+// These locks belong to the open file, not to the process, so closing another descriptor of the file, as SQLite does,
+// does not release them.
 struct flock lockOn(int32_t device, short type) {
   struct flock lock {};
   lock.l_type = type;
@@ -64,14 +64,14 @@ bool StateFile::exists() const {
 void StateFile::create() const {
   if (path().empty()) throw StateError("neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where it is to be");
   if (exists()) return;
-  if (place_.makesFolders) makeFolders(path());
+  if (place_.makesDirectories) makeDirectories(path());
   if (!base::Descriptor(path(), O_CREAT | O_RDWR | O_NOFOLLOW, 0600).isOpen()) failWithErrno("cannot be created");
 }
 
 std::string StateFile::resolvedPath() const {
   const size_t slash = path().rfind('/');
-  const std::string folder = slash == std::string::npos ? "." : path().substr(0, slash + 1);
-  const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(folder.c_str(), nullptr), std::free);
+  const std::string directory = slash == std::string::npos ? "." : path().substr(0, slash + 1);
+  const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(directory.c_str(), nullptr), std::free);
   if (!resolved) failWithErrno("its directory cannot be opened");
   return std::string(resolved.get()) + "/" + path().substr(slash == std::string::npos ? 0 : slash + 1);
 }

@@ -1,4 +1,4 @@
-// The file that the state is in, and the holds on devices that its byte locks are.
+// The file of the state, and byte locks in it that hold devices.
 #pragma once
 
 #include <cstdint>
@@ -11,44 +11,43 @@
 
 namespace simulator {
 
-/// A state that cannot be used. what() says why, without the file's name; what the state holds stands in it as it is.
+/// A state that cannot be used. what() says why, without the file's name; strings of the state are in it unchanged.
 struct StateError : std::runtime_error {
   using std::runtime_error::runtime_error;
   /// Ends what() where the system refuses the file.
   static constexpr const char* Advice = "; name another file with VELQ_STATE or velq-sim --state";
 };
 
-/// Where the file is to be. An empty path stands for a place that cannot be found out; every change is refused then.
+/// The place of the file. The path is empty when the environment names no place; every change is refused then.
 struct StatePlace {
   std::string path;
-  bool makesFolders;  ///< whether the folders that lead to it are made with it
+  bool makesDirectories;  ///< whether missing directories of the path are created with the file
 };
 
 /// One file. Deleting it while this object lives loses the holds.
 class StateFile {
  public:
-  /// Opens and makes nothing yet.
+  /// Opens and creates nothing yet.
   explicit StateFile(StatePlace place) : place_(std::move(place)) {}
 
   /// As given.
   const std::string& path() const { return place_.path; }
 
-  /// Whether there is a file. Throws StateError when what is there is no regular file; symbolic links are not followed.
+  /// Whether the file exists. Throws StateError when it is not a regular file; symbolic links are not followed.
   bool exists() const;
 
-  /// Makes an empty file that only its user can read, unless there is one. What leads to it lasts; the file itself does
-  /// with the first sync of its folder. Throws StateError.
+  /// Creates an empty file that only its user can read, unless it exists. New directories are synced; the file itself
+  /// is with the first commit. Throws StateError.
   void create() const;
 
-  /// The path with the symbolic links of its folder resolved. Throws StateError.
+  /// The path with the symbolic links of its directory resolved. Throws StateError.
   std::string resolvedPath() const;
 
-  /// Holds a device against all other processes until as many calls of `release`, or the end of this process, however
-  /// it ends. Makes the file when there is none. Returns false when another process holds the device. Throws
-  /// StateError.
+  /// Holds a device against all other processes until `release` has been called as often, or this process ends in any
+  /// way. Creates the file if needed. Returns false when another process holds the device. Throws StateError.
   bool hold(int32_t device);
 
-  /// Takes back one `hold`.
+  /// Reverts one `hold` that returned true.
   void release(int32_t device);
 
   /// Whether another process holds the device. Throws StateError.
