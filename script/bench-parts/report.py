@@ -1,4 +1,5 @@
-"""Writes the measured figures into docs/performance.md, in place of the same system's, and their plot beside it."""
+"""Writes the targets and what was measured into docs/performance.md, in place of the same system's, and all figures with a
+plot into build/bench."""
 import datetime
 import os
 import platform
@@ -9,7 +10,8 @@ from measure import ROOT
 
 PAGE = ROOT / "docs/performance.md"
 SYSTEM = "{ID} {VERSION_ID}".format(**platform.freedesktop_os_release()).capitalize()
-PLOT = PAGE.with_name(f"performance-{SYSTEM.replace(' ', '-').lower()}.svg")
+FIGURES = ROOT / "build/bench" / f"{SYSTEM.replace(' ', '-').lower()}.md"
+PLOT = FIGURES.with_suffix(".svg")
 BEGIN, END = f"<!-- measured by script/bench on {SYSTEM} -->\n", "<!-- end of what script/bench measured -->\n"
 
 GNUPLOT = """set terminal svg size 760,420 font 'sans,12' background 'white'
@@ -100,19 +102,23 @@ def processor():
 
 
 def write(startup, growth, sizes, in_memory, on_disk, minutes):
+    FIGURES.parent.mkdir(parents=True, exist_ok=True)
     draw(growth)
     text = f"""
 ## {SYSTEM}
 
-Measured on {datetime.date.today()} in one run of {minutes:.0f} minutes, on {os.cpu_count()} processors ({processor()}), Linux {platform.release().split('-')[0]}.
-
-### Targets
+Measured on {datetime.date.today()} in {minutes:.0f} minutes, on {os.cpu_count()} processors ({processor()}), Linux {platform.release().split('-')[0]}.
 
 {targets_table(startup, growth, sizes, in_memory)}
-### One run
+"""
+    before, _, others = PAGE.read_text().partition(BEGIN)
+    PAGE.write_text(before + BEGIN + text + END + others.partition(END)[2])
+    FIGURES.write_text(f"""# {SYSTEM}, {datetime.date.today()}
+
+## One command
 
 {startup_table(startup)}
-### Growth
+## Growth
 
 ![Instructions a device over the number of devices]({PLOT.name})
 
@@ -121,7 +127,5 @@ Measured on {datetime.date.today()} in one run of {minutes:.0f} minutes, on {os.
 | --- | --: | --: | --: |
 | 10,000 devices, state in memory | {in_memory[0]:,.0f} | {in_memory[1]:,.0f} | {in_memory[0] / in_memory[1]:.2f} |
 | 1,000 devices, state on a disk | {on_disk[0]:,.0f} | {on_disk[1]:,.0f} | {on_disk[0] / on_disk[1]:.2f} |
-
-"""
-    before, _, others = PAGE.read_text().partition(BEGIN)
-    PAGE.write_text(before + BEGIN + text + END + others.partition(END)[2])
+""")
+    print(f"all figures: {FIGURES}")
