@@ -7,7 +7,7 @@ namespace simulator {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 std::string hexadecimal(uint64_t value, int digits = 1) {
   char text[19];
@@ -16,39 +16,39 @@ std::string hexadecimal(uint64_t value, int digits = 1) {
 }
 
 template <typename Element, typename Write>
-Json listOf(const std::vector<Element>& elements, Write write) {
-  Json list = Json::array();
+OrderedJson listOf(const std::vector<Element>& elements, Write write) {
+  OrderedJson list = OrderedJson::array();
   for (const Element& element : elements) list.push_back(write(element));
   return list;
 }
 
 template <typename Value, typename Usual>
-void addUnless(Json& object, const char* key, const Value& value, const Usual& usual) {
+void addUnless(OrderedJson& object, const char* key, const Value& value, const Usual& usual) {
   if (value != usual) object[key] = value;
 }
 
 template <typename Value>
-void addIfGiven(Json& object, const char* key, const std::optional<Value>& value) {
+void addIfGiven(OrderedJson& object, const char* key, const std::optional<Value>& value) {
   if (value) object[key] = *value;
 }
 
-Json versionOf(const Chip& chip) {
+OrderedJson versionOf(const Chip& chip) {
   const auto* const number = std::get_if<uint16_t>(&chip.version);
   return number == nullptr ? std::get<std::string>(chip.version) : hexadecimal(*number, 4);
 }
 
-Json chipOf(const Chip& chip) {
-  Json object = {{"description", chip.description}, {"version", versionOf(chip)}};
+OrderedJson chipOf(const Chip& chip) {
+  OrderedJson object = {{"description", chip.description}, {"version", versionOf(chip)}};
   addUnless(object, "notice", chip.notice, Chip::UsualNotice);
   addIfGiven(object, "password", chip.password);
   addUnless(object, "progress", chip.progress, Chip{}.progress);
   return object;
 }
 
-Json codeOf(uint32_t code) { return hexadecimal(code); }
+OrderedJson codeOf(uint32_t code) { return hexadecimal(code); }
 
-Json itemOf(const AdjustingCode& item) {
-  Json object = {{"name", item.name}};
+OrderedJson itemOf(const AdjustingCode& item) {
+  OrderedJson object = {{"name", item.name}};
   if (item.inUse != 0) object["in_use"] = codeOf(item.inUse);
   if (item.backup != 0) object["backup"] = codeOf(item.backup);
   if (item.walk != std::vector{item.inUse}) object["walk"] = listOf(item.walk, codeOf);
@@ -56,23 +56,23 @@ Json itemOf(const AdjustingCode& item) {
   return object;
 }
 
-Json sectionOf(const Section& section) {
+OrderedJson sectionOf(const Section& section) {
   return {{"description", section.description},
           {"instruction", section.instruction},
           {"items", listOf(section.items, itemOf)}};
 }
 
-Json solutionOf(const Solution& solution) {
+OrderedJson solutionOf(const Solution& solution) {
   return {{"name", solution.name},
           {"description", solution.description},
           {"instruction", solution.instruction},
           {"sections", listOf(solution.sections, sectionOf)}};
 }
 
-Json addressOf(uint64_t address) { return hexadecimal(address); }
+OrderedJson addressOf(uint64_t address) { return hexadecimal(address); }
 
-Json deviceOf(const Device& device) {
-  Json object = {{"number", device.number}, {"description", device.description}};
+OrderedJson deviceOf(const Device& device) {
+  OrderedJson object = {{"number", device.number}, {"description", device.description}};
   if (device.productId) object["product_id"] = hexadecimal(static_cast<uint64_t>(*device.productId));
   addUnless(object, "board_id", device.boardId, 0);
   addUnless(object, "highest_board_id", device.highestBoardId, Device::UsualHighestBoardId);
@@ -89,6 +89,6 @@ Json deviceOf(const Device& device) {
 
 }  // namespace
 
-std::string textOf(const Rig& rig) { return Json{{"devices", listOf(rig.devices, deviceOf)}}.dump(2) + "\n"; }
+std::string textOf(const Rig& rig) { return OrderedJson{{"devices", listOf(rig.devices, deviceOf)}}.dump(2) + "\n"; }
 
 }  // namespace simulator
