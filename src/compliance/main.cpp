@@ -17,10 +17,10 @@ namespace {
 
 constexpr const char* Help = R"(Usage: velq-compliance [--write] [--timeout SECONDS] LIBRARY
 Checks that the device library in the file LIBRARY keeps the promises of
-<velq/operations.def>, on every device that it lists. A line a check: "ok",
-"FAIL" and what was found where, or "--" for what was not run; then a line that
-counts them. Each check runs in a process of its own, so that nothing that the
-library does ends the others.
+<velq/operations.def>, on every device that it lists. The output is in the Test
+Anything Protocol: "ok", "not ok" with what was found where in the next line, or
+"# SKIP" for what was not run; then a comment that counts them. Each check runs
+in a process of its own, so that nothing that the library does ends the others.
 
   --write    also change descriptions, board ids and fusion groups, and put them
              back; begun only when every check before them has passed

@@ -49,6 +49,12 @@ std::string endingOf(int status) {
   return "ends the process with status " + std::to_string(WEXITSTATUS(status));
 }
 
+// Standard output is flushed, for the lines are to be there whatever happens next.
+void print(const std::string& line) {
+  if (printf("%s\n", text::oneLine(line).c_str()) < 0 || std::fflush(stdout) != 0)
+    throw std::system_error(errno, std::generic_category(), "standard output");
+}
+
 std::string counted(const std::string& first, unsigned count) {
   return count == 1 ? first : first + " (and " + std::to_string(count - 1) + " more)";
 }
@@ -56,21 +62,24 @@ std::string counted(const std::string& first, unsigned count) {
 }  // namespace
 
 CheckRunner::CheckRunner(const std::string& path, std::chrono::seconds limit)
-    : path_(path), limit_(limit), report_(sharedReport()) {}
+    : path_(path), limit_(limit), report_(sharedReport()) {
+  print("TAP version 14");
+  print("1.." + std::to_string(std::size(AllChecks) + 1));
+}
 
 CheckRunner::~CheckRunner() { munmap(&report_, sizeof report_); }
 
 void CheckRunner::run(const Check& check) {
   const std::string need = unmetNeed(check);
   if (need.empty())
-    runOne(check);
+    report(check.name, runOne(check));
   else
     skip(check, need);
 }
 
 void CheckRunner::skip(const Check& check, const std::string& reason) {
-  ++left_;
-  say("--  ", check.name + (": not run, " + reason));
+  ++skipped_;
+  print(numbered("ok", check.name) + " # SKIP " + reason);
 }
 
 std::string CheckRunner::unmetNeed(const Check& check) const {
@@ -83,21 +92,22 @@ std::string CheckRunner::unmetNeed(const Check& check) const {
   return "";
 }
 
-void CheckRunner::runOne(const Check& check) {
+Verdict CheckRunner::runOne(const Check& check) {
   report_ = Report();
   const auto status = runInProcess([&] { perform(check, path_, report_, firstLook_, endsBadly_); }, output_, limit_);
-  const std::string failure = failureOf(status);
-  if (!report_.layer.isEmpty() && passed_.empty() && failed_ == 0) say("through", report_.layer.get());
-  if (disturbance_.empty()) {
-    disturbance_ = report_.disturbance.get();
-    if (disturbance_.empty() && !output_.text().empty()) disturbance_ = "writes to standard output";
-  }
-  reportResult(check.name, failure);
+  if (!report_.layer.isEmpty() && passed_.empty() && failed_ == 0) print("# through " + report_.layer.get());
+  noteDisturbance();
+  return {findingOf(status), counted(report_.refusal.get(), report_.refusals), report_.refusals};
 }
 
-// What stands behind FAIL; empty when the check has passed. A check that did not come to its end failed, however the
-// process ended.
-std::string CheckRunner::failureOf(std::optional<int> status) {
+void CheckRunner::noteDisturbance() {
+  if (!disturbance_.empty()) return;
+  disturbance_ = report_.disturbance.get();
+  if (disturbance_.empty() && !output_.text().empty()) disturbance_ = "writes to standard output";
+}
+
+// A check that did not come to its end failed, however the process ended.
+std::string CheckRunner::findingOf(std::optional<int> status) {
   const std::string operation =
       report_.operation.isEmpty() ? "the reading of what it returned" : report_.operation.get();
   const std::string during = " during " + operation;
@@ -113,29 +123,28 @@ std::string CheckRunner::failureOf(std::optional<int> status) {
   return endingOf(*status) + during;
 }
 
-void CheckRunner::reportResult(const char* name, const std::string& failure) {
-  if (failure.empty()) {
-    passed_.insert(name);
-    refusals_ += report_.refusals;
-    const std::string refused = counted(report_.refusal.get(), report_.refusals);
-    say("ok  ", report_.refusals == 0 ? name : name + (": refused, not tried: " + refused));
-  } else {
+std::string CheckRunner::numbered(const char* result, const char* name) const {
+  return std::string(result) + " " + std::to_string(passed_.size() + failed_ + skipped_) + " - " + name;
+}
+
+void CheckRunner::report(const char* name, const Verdict& verdict) {
+  if (!verdict.finding.empty()) {
     ++failed_;
-    say("FAIL", name + (": " + failure));
+    print(numbered("not ok", name));
+    print("# " + verdict.finding);
+    return;
   }
+  passed_.insert(name);
+  refusals_ += verdict.refusals;
+  print(numbered("ok", name));
+  if (verdict.refusals > 0) print("# refused, not tried: " + verdict.refused);
 }
 
 bool CheckRunner::finish() {
-  report_ = Report();
-  reportResult(ProcessCheck, disturbance_);
-  say(std::to_string(passed_.size()).c_str(), "ok, " + std::to_string(failed_) + " failed, " + std::to_string(left_) +
-                                                  " not run, " + std::to_string(refusals_) + " refused");
+  report(ProcessCheck, {.finding = disturbance_, .refused = ""});
+  print("# " + std::to_string(passed_.size()) + " ok, " + std::to_string(failed_) + " failed, " +
+        std::to_string(skipped_) + " not run, " + std::to_string(refusals_) + " refused");
   return failed_ == 0;
-}
-
-void CheckRunner::say(const char* verdict, const std::string& line) {
-  if (printf("%s %s\n", verdict, text::oneLine(line).c_str()) < 0 || std::fflush(stdout) != 0)
-    throw std::system_error(errno, std::generic_category(), "standard output");
 }
 
 }  // namespace compliance

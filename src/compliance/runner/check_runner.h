@@ -1,4 +1,5 @@
-// Runs checks, each in a process of its own, and says how each ended, a line a check on standard output.
+// Runs checks, each in a process of its own, and reports on standard output how each ended, as the Test Anything Protocol
+// has it.
 #pragma once
 
 #include <chrono>
@@ -10,31 +11,39 @@
 
 namespace compliance {
 
+/// How a check ended.
+struct Verdict {
+  std::string finding;  ///< empty when the check has passed
+  std::string refused;  ///< what the library refused, so that it was not tried; empty when there is none
+  unsigned refusals = 0;
+};
+
 class CheckRunner {
  public:
-  /// Of the library in the file `path`; a check may take `limit`. Throws std::system_error.
+  /// Of the library in the file `path`; a check may take `limit`. Prints the plan. Throws std::system_error.
   CheckRunner(const std::string& path, std::chrono::seconds limit);
   ~CheckRunner();
   CheckRunner(const CheckRunner&) = delete;
   CheckRunner& operator=(const CheckRunner&) = delete;
 
-  /// Runs the check if its needs are met, and says what it lacks otherwise. Throws std::system_error when nothing can
-  /// be said.
+  /// Runs the check if its needs are met, and reports what it lacks otherwise. Throws std::system_error when nothing
+  /// can be printed.
   void run(const Check& check);
 
-  /// Says that the check was not run, and why.
+  /// Reports that the check was not run, and why.
   void skip(const Check& check, const std::string& reason);
 
-  /// Judges what the library has done to its process meanwhile, and writes the line that counts. Returns whether no
-  /// check has failed.
+  /// Judges what the library has done to its process meanwhile, and prints the counts. Returns whether no check has
+  /// failed.
   bool finish();
 
  private:
   std::string unmetNeed(const Check& check) const;
-  void runOne(const Check& check);
-  std::string failureOf(std::optional<int> status);
-  void say(const char* verdict, const std::string& line);
-  void reportResult(const char* name, const std::string& failure);
+  Verdict runOne(const Check& check);
+  std::string findingOf(std::optional<int> status);
+  void noteDisturbance();
+  std::string numbered(const char* result, const char* name) const;
+  void report(const char* name, const Verdict& verdict);
 
   const std::string path_;
   const std::chrono::seconds limit_;
@@ -44,7 +53,7 @@ class CheckRunner {
   std::set<std::string> passed_;
   std::string disturbance_;  ///< the first of any check
   size_t failed_ = 0;
-  size_t left_ = 0;
+  size_t skipped_ = 0;
   size_t refusals_ = 0;
   size_t timeouts_ = 0;
   bool endsBadly_ = false;  ///< it has been said that the end of the process goes wrong
