@@ -39,7 +39,8 @@ same() {
   rm -f copy.json again.json trace
   LD_LIBRARY_PATH=$1 LD_PRELOAD=$probe VELQ_TRACE=trace "$velq_sim" --capture copy.json 2>left-out ||
     fail "$1: $(cat left-out)"
-  difference=$(diff -a <(LD_LIBRARY_PATH=$1 reports) <(VELQ_RIG=copy.json reports) | grep -a '^[<>]')
+  # What printf() makes of a character that is not Unicode depends on glibc.
+  difference=$(diff -a <(LD_LIBRARY_PATH=$1 reports) <(VELQ_RIG=copy.json reports) | grep -a '^[<>]' | grep -av ',QB-1')
   [ "$difference" = "${2-}" ] || fail "$1: the copy differs: $difference"
   "$velq_sim" --rig copy.json "$velq_sim" --capture again.json
   cmp copy.json again.json || fail "$1: the copy of the copy is another"
@@ -71,12 +72,9 @@ other='name another file with VELQ_STATE or velq-sim --state'
 expect 1 "velq-sim: $work/bad: cannot be used: file is not a database; $other" "$velq_sim" --state bad --changes
 
 same "$(dirname "$minimal")"
-same "$(dirname "$odd")" '< 2,3,QB-12
-< 4,Locked
+same "$(dirname "$odd")" '< 4,Locked
 < 5,Twin
 < 6,Negative
-> 2,QB-11 �
-> 3,QB-12
 < Board ID: -5
 > Board ID: 0
 < ProductID:0xFFFFFFFE

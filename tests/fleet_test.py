@@ -48,7 +48,7 @@ with tempfile.TemporaryDirectory() as folder:
         return run.stdout
 
     os.environ['TMPDIR'] = folder
-    simulator = {'velq_sim_program': qutil.replace('qutil', 'velq-sim')}
+    simulator = {'velq_sim_program': str(pathlib.Path(qutil).with_name('velq-sim'))}
     said = play(work / 'hosts.json', 'rename.yml', {'renamed': 'failed=0', 'refused': 'failed=1'}, '--check',
                 '-l', 'renamed,refused', '-e', json.dumps(simulator))
     if list(work.glob('ansible.*')) or 'changed from Pump 1 to Same"' not in said or 'Pump 2 -> ' not in said:
