@@ -81,7 +81,9 @@ same "$(dirname "$odd")" '< 4,Locked
 > ProductID:0x0
 < version:0x12
 > version:0X12
-< Query firmware information Start!'
+< Query firmware information Start!
+< Description: ProductID:0x99
+> Description: ProductID:0x11'
 diff left-out - <<'END' || fail "left out otherwise"
 velq-sim: the device library creates no calibration control, left out
 velq-sim: device "QB-11 Seven": location: cut to 1000 characters, which a rig has room for
@@ -97,6 +99,7 @@ velq-sim: device "Twin": opens device 7, which is listed before; left out
 velq-sim: device "Negative": has the number -4, left out
 velq-sim: device "Rig \x{fc}\"\\": child 4 has another product id than the first, left out
 velq-sim: device "Rig \x{fc}\"\\": child 9 is a fusion device, left out
+velq-sim: device "Rig \x{fc}\"\\": product id 153: on the copy it has its first child's
 END
 
 # By name, for the sanitizers' dlopen() does not search where the program would.

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "text/utf8.h"
 #include "velq_sim/device_reader.h"
@@ -28,6 +29,8 @@ class FusionRepair {
       if (isEmpty) reportDevice(text::fromUtf8(device.description), "is a fusion device without children, left out");
       return isEmpty;
     });
+    rig.positions.clear();
+    for (size_t i = 0; i < rig.devices.size(); ++i) rig.positions.emplace(rig.devices[i].number, i);
   }
 
  private:
@@ -50,14 +53,17 @@ class FusionRepair {
 
   simulator::Rig& rig_;
   std::set<int32_t> taken_;
-  std::map<int32_t, std::optional<int32_t>> models_;  ///< product id of the first child, by fusion device
+  std::map<int32_t, int32_t> models_;  ///< product id of the first child, by fusion device
 };
 
-// Leaves out product ids that a rig has unless another is given.
-void dropUsualProductIds(simulator::Rig& rig) {
+// Leaves out the product ids of fusion devices, which a rig takes from their children.
+void dropFusionProductIds(simulator::Rig& rig) {
   for (Device& device : rig.devices) {
-    const int32_t usual = device.children ? rig.find(device.children->front())->productId.value_or(0) : 0;
-    if (device.productId == usual) device.productId.reset();
+    if (!device.children) continue;
+    const int32_t own = std::exchange(device.productId, 0);
+    if (own != rig.find(device.children->front())->productId)
+      reportDevice(text::fromUtf8(device.description),
+                   "product id " + std::to_string(own) + ": on the copy it has its first child's");
   }
 }
 
@@ -84,7 +90,7 @@ simulator::Rig readInstalledRig() {
       reportDevice(description, "opens device " + std::to_string(*number) + ", which is listed before; left out");
   }
   FusionRepair{rig};
-  dropUsualProductIds(rig);
+  dropFusionProductIds(rig);
   if (rig.devices.empty()) throw Failure(Failed, "the device library lists no device that can be read");
   return rig;
 }

@@ -78,12 +78,8 @@ int32_t Simulation::boardId(int32_t number) const {
 }
 
 int32_t Simulation::productId(int32_t number) const {
-  const Device* const device = rig_.find(number);
-  if (device != nullptr && device->productId) return *device->productId;
-  if (!isFusion(number)) return 0;
-  const std::vector<int32_t> grouped = children(number);
-  assert(!grouped.empty());
-  return productId(grouped.front());
+  const Device* const device = rig_.find(isFusion(number) ? children(number).front() : number);
+  return device == nullptr ? 0 : device->productId;
 }
 
 FirmwareVersion Simulation::firmwareVersion(int32_t number, size_t chip) const {

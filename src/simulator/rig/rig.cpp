@@ -48,7 +48,7 @@ class FusionCheck {
       if (child == nullptr) throw RigError(childPlace + "the number of a device that is listed");
       if (child->children) throw RigError(childPlace + "a device that is no fusion device");
       if (!taken_.insert(child->number).second) throw RigError(childPlace + "a device that belongs to no group yet");
-      if (child->productId.value_or(0) != rig_.find(children.front())->productId.value_or(0))
+      if (child->productId != rig_.find(children.front())->productId)
         throw RigError(childPlace + "a device with the product id of the first child");
     }
   }
