@@ -1,5 +1,5 @@
-// Runs checks, each in a process of its own, and reports on standard output how each ended, as the Test Anything Protocol
-// has it.
+// Runs checks, each in a process of its own, and reports on standard output how each ended, as the Test Anything
+// Protocol has it.
 #pragma once
 
 #include <chrono>

@@ -19,6 +19,7 @@ struct Item {
   Kind kind;
   std::array<size_t, 3> position = {};  ///< the chip, or the solution, its section and the section's item; from 0
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the comparison of the result with 0 for one of pointers.
   auto operator<=>(const Item&) const = default;
 };
 
