@@ -20,8 +20,8 @@ struct Board {
 };
 
 Board boards[] = {
-    {9, L"Rig \u00FC\"\\", 0x99, 3, L"1.0", nullptr, {7, 3, 4, 9}},
-    {7, L"QB-11 Seven", 0x11, 20, L"123456789", L"rev B", {}},
+    {9, L"Rig", 0x99, 3, L"1.0", nullptr, {7, 3, 4, 9}},
+    {7, L"QB-11 \u00FC\"\\", 0x11, 20, L"123456789", L"rev B", {}},
     {3, L"QB-11 \xD800", 0x11, -5, L"1234567890", L"1.23", {}},
     {4, L"QB-12", -2, 0, nullptr, L"0x12", {}},
     {5, L"Locked", 0, 0, nullptr, nullptr, {}},
