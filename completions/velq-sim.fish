@@ -45,14 +45,14 @@ function __velq_sim_command
 end
 
 complete -c velq-sim -f
-complete -c velq-sim -n __velq_sim_has_no_command -l rig -rF -d 'take the devices from this rig'
-complete -c velq-sim -n __velq_sim_has_no_command -l state -rF -d 'keep what commands change in this file'
-complete -c velq-sim -n __velq_sim_has_no_command -l reset -d 'undo what commands have changed'
-complete -c velq-sim -n __velq_sim_has_no_command -l trace -rF -d 'append a line for every library call to this file'
-complete -c velq-sim -n __velq_sim_has_no_command -l faults -x -d 'let library calls fail'
-complete -c velq-sim -n __velq_sim_has_no_command -l check -rF -d 'only read this rig and report whether it is valid'
+complete -c velq-sim -n __velq_sim_has_no_command -l rig -rF -d 'use the devices of this rig'
+complete -c velq-sim -n __velq_sim_has_no_command -l state -rF -d 'save changes in this file'
+complete -c velq-sim -n __velq_sim_has_no_command -l reset -d 'delete the state, and with it all changes'
+complete -c velq-sim -n __velq_sim_has_no_command -l trace -rF -d 'append a line for each library call to this file'
+complete -c velq-sim -n __velq_sim_has_no_command -l faults -x -d 'make library calls return given answers'
+complete -c velq-sim -n __velq_sim_has_no_command -l check -rF -d 'report whether a rig is valid'
 complete -c velq-sim -n __velq_sim_has_no_command -l capture -rF -d 'write the installed devices as a rig'
-complete -c velq-sim -n __velq_sim_has_no_command -l changes -d 'show what commands have changed'
-complete -c velq-sim -n __velq_sim_has_no_command -l help -d 'show help'
-complete -c velq-sim -n __velq_sim_has_no_command -l version -d 'show the version'
+complete -c velq-sim -n __velq_sim_has_no_command -l changes -d 'print what commands have changed'
+complete -c velq-sim -n __velq_sim_has_no_command -l help -d 'print the help'
+complete -c velq-sim -n __velq_sim_has_no_command -l version -d 'print the version'
 complete -c velq-sim -a '(__velq_sim_command)'

@@ -85,26 +85,26 @@ same "$(dirname "$odd")" '< 4,Locked
 < ProductID:0x99
 > ProductID:0x11'
 diff left-out - <<'END' || fail "left out otherwise"
-velq-sim: the device library creates no calibration control, left out
-velq-sim: device "QB-11 \x{fc}\"\\": location: cut to 1000 characters, which a rig has room for
+velq-sim: the device library cannot create a calibration control, left out
+velq-sim: device "QB-11 \x{fc}\"\\": location: truncated to the 1000 characters that a rig can have
 velq-sim: device "QB-11 \x{fc}\"\\": notice of a chip: null
-velq-sim: device "QB-11 \x{d800}": board id -5: a rig has 0 there
-velq-sim: device "QB-11 \x{d800}": description: characters that are not Unicode replaced
+velq-sim: device "QB-11 \x{d800}": board id -5: replaced by 0
+velq-sim: device "QB-11 \x{d800}": description: replaced characters that are not Unicode
 velq-sim: device "QB-11 \x{d800}": notice of a chip: null
-velq-sim: device "QB-12": product id -2: a rig has 0 there
-velq-sim: device "QB-12": version "0x12" of a chip: written with a capital X, for a rig takes it for a number
+velq-sim: device "QB-12": product id -2: replaced by 0
+velq-sim: device "QB-12": version "0x12" of a chip: written with a capital X, so that it is not a number in the rig
 velq-sim: device "QB-12": notice of a chip: null
 velq-sim: device "Locked": cannot be opened, left out
 velq-sim: device "Twin": opens device 7, which is listed before; left out
-velq-sim: device "Negative": has the number -4, left out
-velq-sim: device "Rig": child 4 has another product id than the first, left out
+velq-sim: device "Negative": has the invalid number -4, left out
+velq-sim: device "Rig": child 4 has another product id than the first child, left out
 velq-sim: device "Rig": child 9 is a fusion device, left out
-velq-sim: device "Rig": product id 153: on the copy it has its first child's
+velq-sim: device "Rig": product id 153: replaced by that of the first child
 END
 
 # By name, for the sanitizers' dlopen() does not search where the program would.
 export LD_LIBRARY_PATH=$simulator
-exists='exists already and is not replaced; nothing was written'
+exists='already exists; nothing was written'
 expect 1 "velq-sim: copy.json: $exists" "$velq_sim" --capture copy.json
 expect 1 'velq-sim: none/copy: No such file or directory; nothing was written' "$velq_sim" --capture none/copy
 expect 1 'velq-sim: standard output: No space left on device; nothing was written' \

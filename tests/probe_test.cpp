@@ -45,7 +45,7 @@ TEST_F(ProbeTest, BadFaultsStopTheRun) {
       {"DeviceCtrl_getBoardId=0x-5", number},
       {"DeviceCtrl_getBoardId=null", number},
       {"DeviceCtrl_Create=0", "the answer null"},
-      {"DeviceCtrl_dispose=0", "an operation that answers something"}};
+      {"DeviceCtrl_dispose=0", "an operation that returns a value"}};
   for (const auto& [faults, expected] : cases) {
     const Outcome outcome = runWith({.arguments = {}, .faults = faults, .expectsErrors = true});
     EXPECT_EQ(outcome.signal, SIGABRT) << faults;
@@ -59,7 +59,7 @@ TEST_F(ProbeTest, NeedsALibraryBehindIt) {
   std::filesystem::copy_file(SLEEP_RECORDER, path("libvelq.so"));
   const Outcome outcome = runWith({.arguments = {}, .library = path(""), .expectsErrors = true});
   EXPECT_EQ(outcome.signal, SIGABRT);
-  EXPECT_EQ(outcome.errors, "velq-probe: no device library behind the probe\n");
+  EXPECT_EQ(outcome.errors, "velq-probe: the probe found no device library\n");
 }
 
 }  // namespace

@@ -95,7 +95,7 @@ TEST_F(SimulatorTest, StateIsPrivateAndWhereTheEnvironmentSays) {
   environment["XDG_STATE_HOME"] = "xdg";
   environment["HOME"] = ".";
   EXPECT_EQ(runWith({.arguments = {"/dn:0", "-cd:D"}, .expectsErrors = true}).errors,
-            "velq-sim: the state: neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where it is to be\n");
+            "velq-sim: the state: VELQ_STATE, XDG_STATE_HOME and HOME name no file for it\n");
 }
 
 // Started by another user, the copy runs as its owner.
@@ -115,8 +115,7 @@ TEST_F(SimulatorTest, SetUserIdProcessIgnoresTheEnvironment) {
   const std::string other = "setpriv --reuid=65534 --regid=65534 --clear-groups ";
   EXPECT_TRUE(output(other, "/dn:0").starts_with("Detail information of device 0 (QA-3216,BID#0)\n"));
   EXPECT_EQ(output(other, "/dn:0 -cd:Other"),
-            "velq-sim: the state: neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where it is to be\n" +
-                std::string(Refused));
+            "velq-sim: the state: VELQ_STATE, XDG_STATE_HOME and HOME name no file for it\n" + std::string(Refused));
   EXPECT_FALSE(std::filesystem::exists(path("xdg")));
 }
 

@@ -124,7 +124,7 @@ def make_cases(rig):
         ("no folder", lambda: setattr(rig, "state", rig.folder / "none" / "state"), "cannot be created: No such file or directory", plain),
         ("no database", lambda: rig.state.write_bytes(b"text " * 2000), "cannot be used: file is not a database", plain),
         ("half a database", truncate, "cannot be used: database disk image is malformed", plain),
-        ("another program's database", foreign_database, "is a database, but not as this simulator writes it", plain),
+        ("another program's database", foreign_database, "is not a database of this simulator", plain),
         ("state of another rig", other_rig, "was written for another rig", [f"Other {n}" for n in range(20)]),
     ]
 

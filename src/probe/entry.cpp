@@ -139,7 +139,7 @@ constexpr LibraryTable Tables = {.functions = &Functions, .objects = &Objects};
 
 const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() {
   const auto entry = probe::nextEntry();
-  if (entry == nullptr) probe::stop("no device library behind the probe");
+  if (entry == nullptr) probe::stop("the probe found no device library");
   probe::theProbe.next = entry();
   return &probe::Tables;
 }

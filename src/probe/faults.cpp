@@ -47,7 +47,7 @@ void parseRange(std::string_view entry, std::string_view range, Fault& fault) {
 }
 
 uint32_t parseAnswer(std::string_view entry, std::string_view answer, AnswerKind kind) {
-  if (kind == AnswerKind::Nothing) refuse(entry, "an operation that answers something");
+  if (kind == AnswerKind::Nothing) refuse(entry, "an operation that returns a value");
   if (kind == AnswerKind::Pointer) {
     if (answer != "null") refuse(entry, "the answer null");
     return 0;

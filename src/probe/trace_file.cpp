@@ -67,7 +67,7 @@ void TraceFile::write(std::string line) {
 
 void TraceFile::giveUp(std::string_view problem, int error) {
   complain("VELQ_TRACE: " + path_ + ": " + std::string(problem) + ": " + std::strerror(error) +
-           "; going on without a trace");
+           "; continuing without a trace");
   file_ = {};
 }
 

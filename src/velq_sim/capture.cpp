@@ -18,7 +18,7 @@ namespace velq_sim {
 namespace {
 
 [[noreturn]] void fail(const std::string& path, int problem) {
-  const char* const reason = problem == EEXIST ? "exists already and is not replaced" : std::strerror(problem);
+  const char* const reason = problem == EEXIST ? "already exists" : std::strerror(problem);
   throw Failure(Failed, path + ": " + reason + "; nothing was written");
 }
 
@@ -40,7 +40,7 @@ std::string capturedText() {
   try {
     simulator::readRig(text);
   } catch (const simulator::RigError& error) {
-    throw Failure(Failed, std::string("the captured devices are no valid rig: ") + error.what());
+    throw Failure(Failed, std::string("the captured devices are not a valid rig: ") + error.what());
   }
   return text;
 }

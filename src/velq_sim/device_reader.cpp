@@ -46,10 +46,10 @@ std::string nameOf(Scenario scenario) {
 
 std::string DeviceReader::utf8(const char* what, const std::wstring& wide, size_t longest) const {
   if (wide.size() > longest)
-    report(std::string(what) + ": cut to " + std::to_string(longest) + " characters, which a rig has room for");
+    report(std::string(what) + ": truncated to the " + std::to_string(longest) + " characters that a rig can have");
   const std::wstring kept = wide.substr(0, longest);
   if (const auto bytes = text::toUtf8(kept)) return *bytes;
-  report(std::string(what) + ": characters that are not Unicode replaced");
+  report(std::string(what) + ": replaced characters that are not Unicode");
   std::string bytes;
   for (const wchar_t c : kept) bytes += text::toUtf8({&c, 1}).value_or("\xEF\xBF\xBD");
   return bytes;
@@ -62,7 +62,7 @@ std::string DeviceReader::utf8(const char* what, const wchar_t* wide) const {
 
 int32_t DeviceReader::natural(const char* what, int32_t number) const {
   if (number >= 0) return number;
-  report(std::string(what) + " " + std::to_string(number) + ": a rig has 0 there");
+  report(std::string(what) + " " + std::to_string(number) + ": replaced by 0");
   return 0;
 }
 
@@ -84,7 +84,7 @@ std::optional<std::string> DeviceReader::getString(const char* what, StringGette
 simulator::Chip DeviceReader::readChip(FirmwareItem* chip) const {
   std::string version = utf8("version of a chip", FirmwareItem_getVersion(chip));
   if (version.starts_with("0x")) {
-    report("version \"" + version + "\" of a chip: written with a capital X, for a rig takes it for a number");
+    report("version \"" + version + "\" of a chip: written with a capital X, so that it is not a number in the rig");
     version[1] = 'X';
   }
   return {.description = utf8("description of a chip", FirmwareItem_getDescription(chip)),
@@ -120,7 +120,7 @@ std::optional<std::vector<Element>> DeviceReader::readControl(Scenario scenario,
   if (reading::OpenControl(DaqCtrlBase_Create(scenario)) == nullptr) return std::nullopt;
   const reading::OpenControl control = reading::openControl(scenario, DeviceCtrl_getDeviceNumber(opened_.get()));
   if (control == nullptr) {
-    report(nameOf(scenario) + " refused, left out");
+    report(nameOf(scenario) + " cannot be bound, left out");
     return std::nullopt;
   }
   Array* const items = reading::itemsOf(scenario, control.get());
@@ -135,14 +135,16 @@ std::optional<int32_t> DeviceReader::open() {
   opened_ = reading::openDevice(listed_);
   const int32_t number = opened_ == nullptr ? -1 : DeviceCtrl_getDeviceNumber(opened_.get());
   if (number >= 0) return number;
-  report(opened_ == nullptr ? "cannot be opened, left out" : "has the number " + std::to_string(number) + ", left out");
+  report(opened_ == nullptr ? "cannot be opened, left out"
+                            : "has the invalid number " + std::to_string(number) + ", left out");
   return std::nullopt;
 }
 
 Device DeviceReader::read() const {
   DeviceCtrl* const opened = opened_.get();
   const std::wstring own = reading::descriptionOf(opened);
-  if (own != listed_) report("is described as " + text::escaped(own.c_str()) + " once it is open; written as listed");
+  if (own != listed_)
+    report("has the description " + text::escaped(own.c_str()) + " when it is open; the listed one is written");
   Device device;
   device.number = DeviceCtrl_getDeviceNumber(opened);
   device.productId = natural("product id", DeviceCtrl_getProductId(opened));

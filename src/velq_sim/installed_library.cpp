@@ -23,7 +23,7 @@ void loadInstalledLibrary() {
   const auto entry = reinterpret_cast<decltype(&CvxQuellisLibInitialize)>(dlsym(RTLD_DEFAULT, Entry));
   if (entry != nullptr) loaded = entry();
   if (loaded == nullptr || loaded->functions == nullptr || loaded->objects == nullptr)
-    throw Failure(Failed, std::string(SIMULATOR_LIBRARY) + ": is no device library: it returns no operations");
+    throw Failure(Failed, std::string(SIMULATOR_LIBRARY) + ": is not a device library: it has no operations");
 }
 
 }  // namespace velq_sim

@@ -44,7 +44,7 @@ class FusionRepair {
     else if (!taken_.insert(number).second)
       problem = "belongs to another fusion device";
     else if (child->productId != models_.emplace(fusion.number, child->productId).first->second)
-      problem = "has another product id than the first";
+      problem = "has another product id than the first child";
     if (problem != nullptr)
       reportDevice(text::fromUtf8(fusion.description),
                    "child " + std::to_string(number) + " " + problem + ", left out");
@@ -63,7 +63,7 @@ void dropFusionProductIds(simulator::Rig& rig) {
     const int32_t own = std::exchange(device.productId, 0);
     if (own != rig.find(device.children->front())->productId)
       reportDevice(text::fromUtf8(device.description),
-                   "product id " + std::to_string(own) + ": on the copy it has its first child's");
+                   "product id " + std::to_string(own) + ": replaced by that of the first child");
   }
 }
 
@@ -77,7 +77,7 @@ simulator::Rig readInstalledRig() {
   if (descriptions.empty()) throw Failure(Failed, "the device library lists no devices");
   for (const Scenario scenario : {ScenarioFirmware, ScenarioCalibration}) {
     if (reading::OpenControl(DaqCtrlBase_Create(scenario)) == nullptr)
-      fprintf(stderr, "velq-sim: the device library creates no %s, left out\n", nameOf(scenario).c_str());
+      fprintf(stderr, "velq-sim: the device library cannot create a %s, left out\n", nameOf(scenario).c_str());
   }
   simulator::Rig rig;
   for (const std::wstring& description : descriptions) {

@@ -33,13 +33,13 @@ void exportPath(const char* name, const std::string& path) {
   if (!path.empty()) setVariable(name, fs::absolute(path));
 }
 
-// Before what a list of the dynamic linker, or PATH, holds already.
+// Before the other entries of a list of the dynamic linker, or of PATH.
 void putFirst(const char* name, const std::string& entry) {
   const std::string others = variable(name);
   setVariable(name, others.empty() ? entry : entry + ":" + others);
 }
 
-fs::path programFolder() { return fs::read_symlink("/proc/self/exe").parent_path(); }
+fs::path programDirectory() { return fs::read_symlink("/proc/self/exe").parent_path(); }
 
 // Without this check a command would go on with the library of the system, and so with real hardware.
 void require(const fs::path& library) {
@@ -47,22 +47,22 @@ void require(const fs::path& library) {
 }
 
 void putLibrariesFirst() {
-  const fs::path folder = (programFolder() / LIBRARIES_FROM_PROGRAM).lexically_normal();
-  if (folder.string().find_first_of(":;") != std::string::npos)
+  const fs::path directory = (programDirectory() / LIBRARIES_FROM_PROGRAM).lexically_normal();
+  if (directory.string().find_first_of(":;") != std::string::npos)
     throw Failure(Failed,
-                  folder.string() + ": the dynamic linker finds nothing in a folder with ':' or ';' in its name");
-  require(folder / SIMULATOR_LIBRARY);
-  putFirst("LD_LIBRARY_PATH", folder);
+                  directory.string() + ": the dynamic linker cannot search a directory with ':' or ';' in its name");
+  require(directory / SIMULATOR_LIBRARY);
+  putFirst("LD_LIBRARY_PATH", directory);
   if (variable("VELQ_TRACE").empty() && variable("VELQ_FAULTS").empty()) return;
-  require(folder / PROBE_LIBRARY);
-  // By its bare name, found through LD_LIBRARY_PATH: LD_PRELOAD has no way to write a blank in a path.
+  require(directory / PROBE_LIBRARY);
+  // By its bare name, found through LD_LIBRARY_PATH: LD_PRELOAD has no way to write a space in a path.
   putFirst("LD_PRELOAD", PROBE_LIBRARY);
 }
 
-// Scripts, too, find the qutil of a build tree. Where PATH has the folder, its order is the user's and stays.
+// Scripts, too, find the qutil of a build tree. If PATH contains the directory, its order is the user's choice.
 void putProgramsFirst() {
-  const std::string folder = programFolder();
-  if ((":" + variable("PATH") + ":").find(":" + folder + ":") == std::string::npos) putFirst("PATH", folder);
+  const std::string directory = programDirectory();
+  if ((":" + variable("PATH") + ":").find(":" + directory + ":") == std::string::npos) putFirst("PATH", directory);
 }
 
 }  // namespace

@@ -19,21 +19,20 @@ constexpr const char* Help = R"(Usage: velq-sim [OPTION...] COMMAND [ARGUMENT...
        velq-sim [OPTION...] --changes
        velq-sim --capture FILE
        velq-sim --check FILE
-Runs a command on the simulator of Quellis boards.
+Run a command on simulated Quellis boards.
 
-  --rig FILE      take the devices from this rig (VELQ_RIG)
-  --state FILE    keep what commands change in this file (VELQ_STATE)
-  --reset         undo what commands have changed; needs no COMMAND
-  --changes       show what commands have changed
-  --trace FILE    append a line for every library call to this file (VELQ_TRACE)
-  --faults LIST   let library calls fail as LIST says (VELQ_FAULTS)
-  --capture FILE  write the devices of the installed library as a rig; "-" is
-                  standard output
-  --check FILE    only read this rig and report whether it is valid
-  --help          show this help
-  --version       show the version
+  --rig FILE      use the devices of this rig (VELQ_RIG)
+  --state FILE    save changes in this file (VELQ_STATE)
+  --reset         delete the state, and with it all changes
+  --changes       print what commands have changed
+  --trace FILE    append a line for each library call to this file (VELQ_TRACE)
+  --faults LIST   make library calls return the answers in LIST (VELQ_FAULTS)
+  --capture FILE  write the installed devices as a rig; "-" is standard output
+  --check FILE    report whether a rig is valid
+  --help          print this help
+  --version       print the version
 
-More is in the manual: man velq-sim
+For details, see velq-sim(1).
 )";
 
 // In the order of this list.
@@ -80,10 +79,10 @@ void checkCombination(const Request& request) {
   const bool hasMore =
       hasCommand || hasProbe || request.changes || request.reset || !(request.rig + request.state).empty();
   if (!request.check.empty() && (hasMore || !request.capture.empty()))
-    refuse("--check goes with no command and no other option");
-  if (!request.capture.empty() && hasMore) refuse("--capture goes with no command and no other option");
+    refuse("--check cannot be used with a command or another option");
+  if (!request.capture.empty() && hasMore) refuse("--capture cannot be used with a command or another option");
   if (request.changes && (hasCommand || hasProbe || request.reset))
-    refuse("--changes goes with no command, and with no option but --rig and --state");
+    refuse("--changes can only be used with --rig and --state");
   const bool hasWork = hasCommand || request.changes || request.reset || !(request.check + request.capture).empty();
   if (!hasWork) refuse("no command is given");
 }

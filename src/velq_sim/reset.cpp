@@ -20,7 +20,7 @@ namespace {
 }
 
 // A mistyped --state must not cost a file of another kind. Only the beginning is looked at: a state that is damaged
-// further on is what a reset is for. A state that a command made and had nothing to keep in is empty.
+// further on is what a reset is for. A state that a command created without saving a change is empty.
 bool isState(const std::string& path) {
   constexpr size_t IdOffset = 68;
   char header[IdOffset + 4] = {};
@@ -36,8 +36,7 @@ bool isState(const std::string& path) {
 void resetState() {
   const simulator::StateFile file(simulator::statePlaceFromEnvironment());
   const std::string& path = file.path();
-  if (path.empty())
-    throw Failure(Failed, "--reset: neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where the state is");
+  if (path.empty()) throw Failure(Failed, "--reset: VELQ_STATE, XDG_STATE_HOME and HOME name no state");
   try {
     if (!file.exists()) return;
   } catch (const simulator::StateError& error) {

@@ -37,10 +37,10 @@ expect 2 'velq-sim: --rig needs a value; see velq-sim --help' --rig '' qutil
 expect 2 'velq-sim: --rig is given twice; see velq-sim --help' --rig a --rig=b qutil
 expect 2 'velq-sim: --reset is given twice; see velq-sim --help' --reset --reset
 expect 2 'velq-sim: --reset takes no value; see velq-sim --help' --reset=x
-expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json qutil
-expect 2 'velq-sim: --check goes with no command and no other option; see velq-sim --help' --check rig.json --reset
+expect 2 'velq-sim: --check cannot be used with a command or another option; see velq-sim --help' --check rig.json qutil
+expect 2 'velq-sim: --check cannot be used with a command or another option; see velq-sim --help' --check rig.json --reset
 
-expect 0 '  --reset         undo what commands have changed; needs no COMMAND' --help
+expect 0 '  --reset         delete the state, and with it all changes' --help
 expect 0 "velq-sim $VERSION" --version
 
 # Rigs
@@ -72,7 +72,7 @@ expect 0 '0,Board' --rig rig.json --trace trace sh -c 'cd / && qutil'
 Array_getItem(Array#1, 0) = Array#1[0]" ] || { echo "another trace" && failures=1; }
 
 mkfifo pipe
-lost='going on without a trace'
+lost='continuing without a trace'
 expect 0 "velq-probe: VELQ_TRACE: .*/pipe: cannot be opened: No such device or address; $lost" --trace pipe qutil
 expect 0 "velq-probe: VELQ_TRACE: /dev/full: cannot be written: No space left on device; $lost" \
   --trace /dev/full sh -c 'qutil <>input && [ ! -s input ]'
@@ -102,7 +102,7 @@ expect 0 "velq-sim: .*/home/.*/state: its directory cannot be created: $reason" 
 ln -s rig.json link
 expect 1 'velq-sim: .*/link: is a symbolic link, which is not followed' --state link --reset
 (unset HOME
- expect 1 'velq-sim: --reset: neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where the state is' --reset
+ expect 1 'velq-sim: --reset: VELQ_STATE, XDG_STATE_HOME and HOME name no state' --reset
  exit $failures) || failures=1
 
 # Without the simulator a command must not meet the library of the system, and a folder's name may hold a blank.

@@ -28,7 +28,7 @@ ErrorCode checkFusable(Simulation& simulation, const Children& children, const C
     if (simulation.productId(child) != simulation.productId(model)) return ErrorCannotFuse;
     if (const ErrorCode status = simulation.checkFree(child); status != Success) {
       if (status == ErrorDeviceBusy)
-        report("device " + std::to_string(child) + " is held by another process and cannot be fused");
+        report("device " + std::to_string(child) + " is in use by another process and cannot be fused");
       return ErrorCannotFuse;
     }
   }

@@ -39,7 +39,7 @@ class Builder final : public nlohmann::json_sax<Json> {
     Level& level = levels_.back();
     bool isNew = false;
     std::tie(level.member, isNew) = level.container->emplace(std::move(name), nullptr);
-    if (!isNew) fail("the key is there twice");
+    if (!isNew) fail("duplicate key");
     return true;
   }
 

@@ -25,7 +25,7 @@ void index(Rig& rig) {
   rig.positions.reserve(rig.devices.size());
   for (size_t i = 0; i < rig.devices.size(); ++i) {
     const auto [first, isNew] = rig.positions.emplace(rig.devices[i].number, i);
-    if (!isNew) throw RigError(placeOf(i) + "/number: expected another number than that of " + placeOf(first->second));
+    if (!isNew) throw RigError(placeOf(i) + "/number: expected a number other than that of " + placeOf(first->second));
   }
 }
 
@@ -46,8 +46,9 @@ class FusionCheck {
       const std::string childPlace = place + "/" + std::to_string(i) + ": expected ";
       const Device* const child = rig_.find(children[i]);
       if (child == nullptr) throw RigError(childPlace + "the number of a device that is listed");
-      if (child->children) throw RigError(childPlace + "a device that is no fusion device");
-      if (!taken_.insert(child->number).second) throw RigError(childPlace + "a device that belongs to no group yet");
+      if (child->children) throw RigError(childPlace + "a device that is not a fusion device");
+      if (!taken_.insert(child->number).second)
+        throw RigError(childPlace + "a device that belongs to no other fusion device");
       if (child->productId != rig_.find(children.front())->productId)
         throw RigError(childPlace + "a device with the product id of the first child");
     }

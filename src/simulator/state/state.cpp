@@ -146,7 +146,7 @@ StateContents State::load() {
   const std::string found = textColumn(schema.get(), 0);
   hasTable_ = !found.empty();
   if (!hasTable_) return loaded;
-  if (found != Table) throw StateError("is a database, but not as this simulator writes it");
+  if (found != Table) throw StateError("is not a database of this simulator");
   const SqliteStatement rows = prepare("SELECT device, item, value FROM change");
   int status = sqlite().step(rows.get());
   for (; status == SQLITE_ROW; status = sqlite().step(rows.get())) applyChange(loaded, changeIn(rows.get()));

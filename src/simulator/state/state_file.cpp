@@ -62,7 +62,7 @@ bool StateFile::exists() const {
 }
 
 void StateFile::create() const {
-  if (path().empty()) throw StateError("neither VELQ_STATE nor XDG_STATE_HOME nor HOME says where it is to be");
+  if (path().empty()) throw StateError("VELQ_STATE, XDG_STATE_HOME and HOME name no file for it");
   if (exists()) return;
   if (place_.makesDirectories) makeDirectories(path());
   if (!base::Descriptor(path(), O_CREAT | O_RDWR | O_NOFOLLOW, 0600).isOpen()) failWithErrno("cannot be created");
