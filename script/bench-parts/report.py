@@ -1,5 +1,5 @@
-"""Writes the targets and what was measured into docs/performance.md, in place of the same system's, and all figures with a
-plot into build/bench."""
+"""Writes what was measured for each target into this system's column in docs/performance.md, and all figures with a plot
+into build/bench."""
 import datetime
 import os
 import platform
@@ -12,7 +12,7 @@ PAGE = ROOT / "docs/performance.md"
 SYSTEM = "{ID} {VERSION_ID}".format(**platform.freedesktop_os_release()).capitalize()
 FIGURES = ROOT / "build/bench" / f"{SYSTEM.replace(' ', '-').lower()}.md"
 PLOT = FIGURES.with_suffix(".svg")
-BEGIN, END = f"<!-- measured by script/bench on {SYSTEM} -->\n", "<!-- end of what script/bench measured -->\n"
+BEGIN, END = "<!-- written by script/bench -->\n", "<!-- end -->\n"
 
 GNUPLOT = """set terminal svg size 760,420 font 'sans,12' background 'white'
 set output '{plot}'
@@ -64,28 +64,38 @@ def growth_table(figures, sizes):
     return table(head, [row(name, count) for name in dict.fromkeys(name for name, _ in figures) for count in COUNTS])
 
 
-def targets_table(startup, growth, sizes, in_memory):
-    """Each target with what was reached."""
+def targets(startup, growth, sizes, in_memory):
+    """Each target, what it allows at most, and what was reached."""
     def row(what, reached, limit):
-        return [what, f"{reached:.2f}", f"{limit:.2f}", "yes" if reached <= limit else "**no**"]
+        return what, f"{limit:.2f}", f"{reached:.2f}" if reached <= limit else f"**{reached:.2f}**"
     example, with_state = startup["qutil", "example library"], startup["qutil", "built-in rig, with a state"]
     matching = (per_device(growth, "match all", 1_000, "instructions")
                 - per_device(growth, "list", 1_000, "instructions"))
-    rows = [row("listing, example library, million instructions", example["instructions"] / 1e6, 0.35),
-            row("the same with LC_ALL=C", example["in_c"] / 1e6, 0.35),
-            row("listing, built-in rig, million instructions",
-                startup["qutil", "built-in rig"]["instructions"] / 1e6, 2.5),
-            row("listing, built-in rig with a state, million instructions", with_state["instructions"] / 1e6, 3),
+    most, names = max(COUNTS), {name for name, _ in growth}
+    growing = max(per_device(growth, name, most, "instructions") / per_device(growth, name, 1_000, "instructions")
+                  for name in names)
+    return [("measured on", "", str(datetime.date.today())),
+            row("list, example library, million instructions", example["instructions"] / 1e6, 0.35),
+            row("the same with `LC_ALL=C`", example["in_c"] / 1e6, 0.35),
+            row("list, built-in rig, million instructions", startup["qutil", "built-in rig"]["instructions"] / 1e6, 2.5),
+            row("list, built-in rig with a state, million instructions", with_state["instructions"] / 1e6, 3),
             row("its peak memory, MB", with_state["kilobytes"] / 1024, 6),
-            row("matching and opening one device of many, thousand instructions", matching / 1e3, 40)]
-    for name in dict.fromkeys(name for name, _ in growth):
-        ratio = (per_device(growth, name, max(COUNTS), "instructions")
-                 / per_device(growth, name, 1_000, "instructions"))
-        rows.append(row(f"{name}: instructions a device of 100,000 over those of 1,000", ratio, 1.2))
-        rows.append(row(f"{name}: MB of 100,000 devices over MB of rig",
-                        memory_ratio(growth, sizes, name, max(COUNTS)), 8))
-    rows.append(row("renaming 10,000 devices over as many bare transactions, ms", in_memory[0] / in_memory[1], 2))
-    return table(["target", "reached", "at most", "met"], rows)
+            row("to match and open one device of many, thousand instructions", matching / 1e3, 40),
+            row("instructions per device: with 100,000 devices / with 1,000", growing, 1.2),
+            row("memory for 100,000 devices / size of the rig",
+                max(memory_ratio(growth, sizes, name, most) for name in names), 8),
+            row("time to rename 10,000 devices / time of 10,000 bare transactions", in_memory[0] / in_memory[1], 2)]
+
+
+def with_column(old, rows):
+    """The page's table with this system's column replaced; other columns stay if they are of the same targets."""
+    lines = [line.strip("| ").split("|") for line in old.strip().splitlines()]
+    columns = {name: column for name, *column in zip(*([cell.strip() for cell in line] for line in lines[:1] + lines[2:]))}
+    names, limits, reached = map(list, zip(*rows))
+    if columns.get("target") != names:
+        columns = {}
+    columns |= {"target": names, "at most": limits, SYSTEM: reached}
+    return table(list(columns), list(zip(*columns.values())))
 
 
 def draw(figures):
@@ -104,16 +114,12 @@ def processor():
 def write(startup, growth, sizes, in_memory, on_disk, minutes):
     FIGURES.parent.mkdir(parents=True, exist_ok=True)
     draw(growth)
-    text = f"""
-## {SYSTEM}
-
-Measured on {datetime.date.today()} in {minutes:.0f} minutes, on {os.cpu_count()} processors ({processor()}), Linux {platform.release().split('-')[0]}.
-
-{targets_table(startup, growth, sizes, in_memory)}
-"""
-    before, _, others = PAGE.read_text().partition(BEGIN)
-    PAGE.write_text(before + BEGIN + text + END + others.partition(END)[2])
+    before, _, rest = PAGE.read_text().partition(BEGIN)
+    old, _, after = rest.partition(END)
+    PAGE.write_text(before + BEGIN + with_column(old, targets(startup, growth, sizes, in_memory)) + END + after)
     FIGURES.write_text(f"""# {SYSTEM}, {datetime.date.today()}
+
+Measured in {minutes:.0f} minutes, on {os.cpu_count()} processors ({processor()}), Linux {platform.release().split('-')[0]}.
 
 ## One command
 
