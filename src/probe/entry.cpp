@@ -17,6 +17,8 @@
 
 namespace probe {
 
+using namespace Automation::Velq;
+
 namespace {
 
 using Entry = decltype(&CvxQuellisLibInitialize);

@@ -11,19 +11,19 @@
 
 namespace probe {
 
-using namespace Automation::Velq;
+namespace velq = Automation::Velq;
 
 /// The name for handles of this type. All scenario controls share one, that of the operation that creates them.
 template <typename Handle>
 constexpr const char* kindName() {
   using Type = std::remove_cv_t<Handle>;
-  if constexpr (std::is_base_of_v<DaqCtrlBase, Type>) return "DaqCtrlBase";
-  if constexpr (std::is_same_v<Type, DeviceCtrl>) return "DeviceCtrl";
-  if constexpr (std::is_same_v<Type, Array>) return "Array";
-  if constexpr (std::is_same_v<Type, FirmwareItem>) return "FirmwareItem";
-  if constexpr (std::is_same_v<Type, CalibrationSolution>) return "CalibrationSolution";
-  if constexpr (std::is_same_v<Type, CalibrationSection>) return "CalibrationSection";
-  if constexpr (std::is_same_v<Type, CalibrationItem>) return "CalibrationItem";
+  if constexpr (std::is_base_of_v<velq::DaqCtrlBase, Type>) return "DaqCtrlBase";
+  if constexpr (std::is_same_v<Type, velq::DeviceCtrl>) return "DeviceCtrl";
+  if constexpr (std::is_same_v<Type, velq::Array>) return "Array";
+  if constexpr (std::is_same_v<Type, velq::FirmwareItem>) return "FirmwareItem";
+  if constexpr (std::is_same_v<Type, velq::CalibrationSolution>) return "CalibrationSolution";
+  if constexpr (std::is_same_v<Type, velq::CalibrationSection>) return "CalibrationSection";
+  if constexpr (std::is_same_v<Type, velq::CalibrationItem>) return "CalibrationItem";
 }
 
 /// The names that handles have been given in this process.

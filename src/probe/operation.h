@@ -22,9 +22,9 @@ inline constexpr size_t OperationCount = static_cast<size_t>(Operation::Count);
 /// What an operation returns.
 enum class AnswerKind { Nothing, Number, Pointer };
 
-/// The kind of a result of type `Result`.
-template <typename Result>
-constexpr AnswerKind kindOf() {
+/// The kind of what the function behind a field of a table returns.
+template <typename Table, typename Result, typename... Parameters>
+constexpr AnswerKind kindOf(Result (*Table::*)(Parameters...)) {
   if (std::is_void_v<Result>) return AnswerKind::Nothing;
   return std::is_pointer_v<Result> ? AnswerKind::Pointer : AnswerKind::Number;
 }
@@ -36,10 +36,9 @@ struct OperationFacts {
 };
 
 namespace detail {
-using namespace Automation::Velq;
 inline constexpr OperationFacts Facts[OperationCount] = {
-#define VELQ_FUNCTION(result, name, parameters, arguments) {#name, kindOf<result>()},
-#define VELQ_OBJECT(result, name, parameters, arguments) {#name, kindOf<result>()},
+#define VELQ_FUNCTION(result, name, parameters, arguments) {#name, kindOf(&Automation::Velq::FunctionTable::name)},
+#define VELQ_OBJECT(result, name, parameters, arguments) {#name, kindOf(&Automation::Velq::ObjectTable::name)},
 #include <velq/operations.def>
 };
 }  // namespace detail

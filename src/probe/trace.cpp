@@ -8,6 +8,8 @@
 
 namespace probe {
 
+using namespace Automation::Velq;
+
 std::string show(const DeviceInformation* device) {
   if (device == nullptr) return "null";
   return "{" + std::to_string(device->DeviceNumber) + ", " + std::to_string(device->OpenMode) + ", " +

@@ -15,7 +15,7 @@
 namespace probe {
 
 /// Values as a trace shows them; "null" for null. Of a list no more than fusion devices can have children.
-std::string show(const DeviceInformation* device);
+std::string show(const velq::DeviceInformation* device);
 std::string show(const int32_t* values, int64_t count);
 std::string showCodes(const uint32_t* codes);
 
@@ -28,7 +28,8 @@ std::string showArgument(HandleNames& names, const Arguments& arguments) {
     return text::escaped(value);
   } else if constexpr (std::is_same_v<Type, wchar_t*>) {
     return text::escaped(value, static_cast<size_t>(std::max(0, std::get<Index - 1>(arguments))));
-  } else if constexpr (std::is_same_v<Type, const DeviceInformation*> || std::is_same_v<Type, DeviceInformation*>) {
+  } else if constexpr (std::is_same_v<Type, const velq::DeviceInformation*> ||
+                       std::is_same_v<Type, velq::DeviceInformation*>) {
     return show(value);
   } else if constexpr (std::is_same_v<Type, const int32_t*>) {
     return show(value, std::get<Index - 1>(arguments));
@@ -40,12 +41,12 @@ std::string showArgument(HandleNames& names, const Arguments& arguments) {
   } else if constexpr (std::is_same_v<Type, int64_t*>) {
     return std::to_string(*value);
   } else if constexpr (std::is_same_v<Type, uint32_t*>) {
-    static_assert(Index == 3 && std::is_same_v<std::tuple_element_t<0, Arguments>, CalibrationItem*>,
+    static_assert(Index == 3 && std::is_same_v<std::tuple_element_t<0, Arguments>, velq::CalibrationItem*>,
                   "only the codes of CalibrationItem_getState are known to be 15");
     return showCodes(value);
   } else if constexpr (std::is_pointer_v<Type>) {
     return names.nameOf(value, kindName<std::remove_pointer_t<Type>>());
-  } else if constexpr (std::is_same_v<Type, Scenario>) {
+  } else if constexpr (std::is_same_v<Type, velq::Scenario>) {
     return text::hexadecimal(value);
   } else {
     return std::to_string(value);
@@ -69,12 +70,13 @@ std::string showResult(HandleNames& names, const Result& result, const std::tupl
   if constexpr (std::is_same_v<Result, void*>) {
     // Of an untyped element only array and index are known; its kind is known with its first use as a handle.
     if (result == nullptr) return "null";
-    return names.nameOf(std::get<0>(arguments), kindName<Array>()) + "[" + std::to_string(std::get<1>(arguments)) + "]";
+    return names.nameOf(std::get<0>(arguments), kindName<velq::Array>()) + "[" +
+           std::to_string(std::get<1>(arguments)) + "]";
   } else if constexpr (std::is_same_v<Result, const wchar_t*>) {
     return text::escaped(result);
   } else if constexpr (std::is_pointer_v<Result>) {
     return names.nameOf(result, kindName<std::remove_pointer_t<Result>>());
-  } else if constexpr (std::is_same_v<Result, ErrorCode>) {
+  } else if constexpr (std::is_same_v<Result, velq::ErrorCode>) {
     return text::hexadecimal(result);
   } else {
     return std::to_string(result);

@@ -6,6 +6,8 @@
 
 namespace simulator {
 
+using namespace Automation::Velq;
+
 namespace {
 
 int32_t deviceNumber(const SolutionObject& solution) { return solution.device.number; }

@@ -4,6 +4,8 @@
 
 namespace simulator {
 
+using namespace Automation::Velq;
+
 DaqCtrlBase* DaqCtrlBase_Create(Scenario scenario) {
   if (scenario != ScenarioFirmware && scenario != ScenarioCalibration) return nullptr;
   return handleOf<DaqCtrlBase>(make<ControlObject>(scenario));

@@ -8,6 +8,8 @@
 
 namespace simulator {
 
+using namespace Automation::Velq;
+
 namespace {
 
 constexpr const char* LibraryVersion = "1.0-sim";

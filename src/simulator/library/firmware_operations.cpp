@@ -8,6 +8,8 @@
 
 namespace simulator {
 
+using namespace Automation::Velq;
+
 namespace {
 
 bool isNewer(uint16_t version, const FirmwareVersion& than) {

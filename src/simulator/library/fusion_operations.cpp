@@ -6,6 +6,8 @@
 
 namespace simulator {
 
+using namespace Automation::Velq;
+
 namespace {
 
 constexpr int32_t FirstNewNumber = 256;

@@ -3,12 +3,14 @@
 
 #include <velq/library.h>
 
+#include <type_traits>
+
 namespace simulator {
 
-using namespace Automation::Velq;
-
-#define VELQ_FUNCTION(result, name, parameters, arguments) result name parameters;
-#define VELQ_OBJECT(result, name, parameters, arguments) result name parameters;
+#define VELQ_FUNCTION(result, name, parameters, arguments) \
+  std::remove_pointer_t<decltype(Automation::Velq::FunctionTable::name)> name;
+#define VELQ_OBJECT(result, name, parameters, arguments) \
+  std::remove_pointer_t<decltype(Automation::Velq::ObjectTable::name)> name;
 #include <velq/operations.def>
 
 }  // namespace simulator

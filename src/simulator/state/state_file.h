@@ -7,7 +7,6 @@
 #include <string>
 
 #include "base/descriptor.h"
-#include "simulator/state/state_file.h"
 
 namespace simulator {
 
