@@ -25,6 +25,7 @@ class StandardNumbers {
     for (int number = 0; number <= STDERR_FILENO; ++number) {
       if (isOurs_[number]) close(number);
     }
+    // The errno of the file that was not opened.
     errno = problem;
   }
   StandardNumbers(const StandardNumbers&) = delete;
@@ -75,6 +76,7 @@ int64_t Descriptor::read(void* bytes, size_t count) const {
   while (done < count) {
     const ssize_t got = uninterrupted([&] { return ::read(number_, static_cast<char*>(bytes) + done, count - done); });
     if (got < 0) return -1;
+    // Only this is the end of the file: a pipe can return fewer bytes at any time.
     if (got == 0) break;
     done += static_cast<size_t>(got);
   }

@@ -21,6 +21,7 @@ std::wstring withoutSpaces(std::wstring text) {
 }
 
 ErrorCode renumberDescription(DeviceCtrl* device, const std::wstring& description, int32_t boardId) {
+  // From the first "#" on, so that an old id is replaced and not appended to.
   const std::wstring stem = description.substr(0, description.find(L'#'));
   TextBuffer<LongestDescription> renumbered;
   swprintf(renumbered.data(), LongestDescription, L"%S#%d", stem.c_str(), boardId);
@@ -32,6 +33,7 @@ ErrorCode renumberDescription(DeviceCtrl* device, const std::wstring& descriptio
 
 int changeBoardID(std::string option, DeviceInformation& device) {
   const std::string digits = afterColon(option);
+  // Quirk: nothing behind the colon counts as 0.
   if (!isAllDigits(digits)) {
     puts("You should input a digit after ci:");
     return -1;
@@ -46,7 +48,7 @@ int changeBoardID(std::string option, DeviceInformation& device) {
     printf("Failed to change Board ID of device %d! (Errorlevel = %d).\n", DeviceCtrl_getDeviceNumber(opened), 3);
     return -1;
   }
-  // Said before the description is rewritten, whether that then succeeds or not.
+  // Quirk: reported before the description is rewritten, whether that then succeeds or not.
   const std::wstring description = withoutSpaces(current.data());
   printf("Change the Board ID of device %d(%S) success.\n", DeviceCtrl_getDeviceNumber(opened), description.c_str());
   if (renumberDescription(opened, description, boardId) != Success) {

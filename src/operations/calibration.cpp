@@ -15,10 +15,11 @@ using namespace Automation::Velq;
 
 namespace {
 
+// Quirk: whole seconds, so a section takes a quarter of an hour and more.
 constexpr unsigned SectionSeconds = 1000;
 constexpr unsigned PollSeconds = 200;
 
-// Shared by all items of a run. Quirk: where a library writes no code, the one of the item before is shown.
+// Shared by all items of a calibration. Quirk: where a library writes no code, the one of the item before is shown.
 struct ItemState {
   int64_t value = 0;
   int32_t detail = 0;
@@ -30,6 +31,7 @@ void showCode(uint32_t code, CalibrationState state) {
   swprintf(text, std::size(text), L"0X%08X\n", code);
   // Quirk: after the line end that is in `text` already.
   if (state == CalibrationRunning) std::wcscat(text, L", ...");
+  // Fifteen characters back: over the spaces behind the name at the first poll, over ", ..." at the others.
   printf("\b\b\b\b\b\b\b\b\b\b\b\b\b\b\b%S", text);
 }
 
@@ -52,6 +54,7 @@ void showItem(const Elements<CalibrationItem>& items, int32_t index, ItemState& 
 bool runSection(const Elements<CalibrationSection>& sections, int32_t index, ItemState& state) {
   printf("Section %d description:%S\n", index, CalibrationSection_getDescription(sections[index]));
   printf("Section %d instrution:%S\n", index, CalibrationSection_getInstruction(sections[index]));
+  // The key is ignored, and so is the status of the start unless the device is busy.
   puts("Press any key to continue");
   getch();
   const ErrorCode status = CalibrationSection_start(sections[index]);

@@ -12,6 +12,7 @@ WideString widen(const std::string& text) {
 }
 
 std::string narrow(const wchar_t* text) {
+  // Zero filled: wcstombs terminates nothing when it stops early.
   std::array<char, 257> bytes{};
   std::wcstombs(bytes.data(), text, bytes.size() - 1);
   return bytes.data();

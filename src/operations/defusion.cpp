@@ -25,6 +25,7 @@ int dissolveFusionDevice(DeviceInformation& device) {
     return -1;
   }
   const std::optional<FusionChildren> children = childrenOf(device.DeviceNumber);
+  // Quirk: silent, here and when the library refuses to remove them.
   if (!children) return 0;
   if (CvxFusionDeviceRemoveChildren(device.DeviceNumber, children->count, children->numbers.data()) != Success)
     return 0;

@@ -35,11 +35,12 @@ int changeDescription(std::string selector, std::string option, DeviceInformatio
     printf("Failed to change Board ID of device %d! (Errorlevel = %d).\n", device.DeviceNumber, 3);
     return -1;
   }
+  // Quirk: refused only after the device was opened, and reported with the number that the library has for it.
   if (pattern.find_first_of("+-@/") != std::string::npos) {
     printf("Failed to change Description of device %d! (Errorlevel = %d)\n", DeviceCtrl_getDeviceNumber(opened), 3);
     return 3;
   }
-  // Straight into the record: what fails from here on leaves the old description in it.
+  // Quirk: straight into the record, so the caller's record has the old description afterwards.
   DeviceCtrl_getDescription(opened, DescriptionCapacity, device.Description);
   device.Description[DescriptionCapacity - 1] = 0;
 

@@ -13,7 +13,7 @@ namespace {
 
 using TextGetter = ErrorCode (*)(DeviceCtrl*, int32_t, wchar_t*);
 
-// Fills the buffer from the library; with "N/A" when that gives anything but success.
+// Fills the buffer from the library, with "N/A" after any other status than success, warnings included.
 template <int32_t Capacity>
 void readOrNotAvailable(TextGetter getter, DeviceCtrl* device, TextBuffer<Capacity>& text) {
   if (getter(device, Capacity, text.data()) != Success) std::wcscpy(text.data(), L"N/A");

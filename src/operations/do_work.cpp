@@ -33,7 +33,7 @@ struct Command {
         aiReverse(contains(given.option, "-cali:ai.reverse")),
         aoReverse(contains(given.option, "-cali:ao.reverse")) {}
 
-  // "-fwo:" asks for firmware, too.
+  // Not if another operation comes before. "-fwo:" contains "-fw".
   bool needsCalibration() const {
     return (aiAuto || aoAuto || aiReverse || aoReverse) && !firmware && !description && !boardId;
   }
@@ -108,10 +108,11 @@ CalibrationCtrl* prepareCalibration(DeviceInformation& device) {
   return control;
 }
 
-// Runs what needs a selected device. False when the arguments name no such operation. What becomes of an operation is
-// its own to report.
+// Runs what needs a selected device. False when the arguments name no such operation. Quirk: the results are ignored,
+// so a failed operation counts as done.
 bool runOnSelected(const Command& command, const Controls& controls, DeviceInformation& device) {
   const Arguments& arguments = command.arguments;
+  // Quirk: the first that applies, so of several options in one argument all others are ignored.
   if (arguments.argc == 2 || (arguments.argc == 3 && arguments.option == "-detail"))
     QueryDeviceInfo(device);
   else if (command.overwrite)
@@ -153,6 +154,7 @@ int dispatch(const Command& command, const Controls& controls, DeviceInformation
 int doWork(int argc, char** argv, DeviceInformation& device) {
   const Command command(Arguments(argc, argv));
   Controls controls;
+  // Quirk: "-fw" anywhere in the option creates a control, whether or not an operation uses it.
   if (command.firmware) {
     controls.firmware = prepareFirmware(device);
     if (controls.firmware == nullptr) return -1;

@@ -15,7 +15,9 @@ using namespace Automation::Velq;
 
 namespace {
 
+// The only value that libraries are passed.
 constexpr int32_t StartMode = 2;
+// Quirk: a shorter overwrite takes as long, too.
 constexpr unsigned PollSeconds = 500;
 
 using Chips = Elements<FirmwareItem>;
@@ -81,6 +83,7 @@ void QueryFwInfo(FirmwareCtrls* control, DeviceInformation& device) {
     const wchar_t* const description = FirmwareItem_getDescription(chips[i]);
     const wchar_t* const version = FirmwareItem_getVersion(chips[i]);
     TextBuffer<100> deviceDescription;
+    // Quirk: read again for every chip, although it cannot change.
     DeviceCtrl* const bound = DaqCtrlBase_getDevice(control);
     if (bound == nullptr) return;
     if (failed(DeviceCtrl_getDescription(bound, deviceDescription.capacity, deviceDescription.data()))) return;
@@ -94,6 +97,7 @@ void QueryFwInfo(FirmwareCtrls* control, DeviceInformation& device) {
 int FwDownload(FirmwareCtrls* control, std::string option, std::string chip, std::string password,
                DeviceInformation& device) {
   puts("Start Firmware Download!");
+  // An argument that is left out is empty, which counts as chip 0.
   if (!isAllDigits(chip)) {
     puts("You should input a digit to represent a firmware item:");
     return -1;

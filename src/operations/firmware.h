@@ -6,7 +6,7 @@
 
 #include <string>
 
-/// Prints description and version of every chip; ends early, without a word, when the library gives no list or no
+/// Prints description and version of every chip; prints no more when the library returns no list or no
 /// device description.
 void QueryFwInfo(Automation::Velq::FirmwareCtrls* control, Automation::Velq::DeviceInformation& device);
 

@@ -37,6 +37,7 @@ int QueryFusionDevInfo(DeviceInformation& device) {
   return 0;
 }
 
+// Quirk: the parameters without a name are not used.
 int GetDeviceChildrenDevNum(int /*childCount*/, int* children, int argc, char** argv, std::wstring& /*wide*/,
                             std::string& names) {
   for (int i = 3; i < argc; ++i) {
@@ -69,7 +70,7 @@ int FusionDeviceAddChildren(int fusionNumber, int childCount, int* children, std
     puts("CvxFusionDeviceAddChildren failed!");
     return -1;
   }
-  // All that the group holds now, with those that it held before.
+  // All children, those from before included.
   const std::optional<FusionChildren> all = childrenOf(fusionNumber);
   if (!all) {
     puts("CvxFusionDeviceGetChildren failed!");

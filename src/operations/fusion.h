@@ -7,7 +7,7 @@
 #include <vector>
 
 /// Prints the children of a fusion device. A record chosen by description gets its number. Returns 0, or -1 when the
-/// device cannot be opened, is no fusion device or its children cannot be had.
+/// device cannot be opened, is no fusion device or the library does not list its children.
 int QueryFusionDevInfo(Automation::Velq::DeviceInformation& device);
 
 /// Looks up the devices that the arguments from the fourth on describe. Stores their numbers in `children` (at least
@@ -27,7 +27,7 @@ struct NamedChildren {
 /// Looks them up with `GetDeviceChildrenDevNum`. Whether all were found is left to the library, which refuses -1.
 NamedChildren findNamedChildren(int argc, char** argv);
 
-/// Adds children to a fusion device and prints all that it then holds. `names` and `description` are shown, `wide` is
+/// Adds children to a fusion device and prints all that it has then. `names` and `description` are shown, `wide` is
 /// not used. Returns 0, or -1 when the library refuses or fails.
 int FusionDeviceAddChildren(int fusionNumber, int childCount, int* children, std::wstring wide, std::string names,
                             std::string description);

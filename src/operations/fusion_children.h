@@ -13,7 +13,7 @@ struct FusionChildren {
   std::array<int32_t, Automation::Velq::MostFusionChildren> numbers{};  ///< -1 where the library filled nothing
 };
 
-/// The children of a fusion device; nothing when the library does not give them.
+/// The children of a fusion device; nothing when the library does not list them.
 std::optional<FusionChildren> childrenOf(int32_t fusionNumber);
 
 /// The children's descriptions, separated by spaces; those that cannot be opened are left out. The devices that are

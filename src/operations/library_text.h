@@ -12,7 +12,7 @@
 template <int32_t Capacity>
 class TextBuffer {
  public:
-  /// What a library is told, in characters.
+  /// The capacity that is passed to a library, in characters.
   static constexpr int32_t capacity = Capacity;
 
   wchar_t* data() { return characters_.data(); }
@@ -32,7 +32,7 @@ inline LibraryText descriptionOf(Automation::Velq::DeviceCtrl* device) {
   return text;
 }
 
-/// A name as the library gives it. Throws std::logic_error where it gives none, which ends the run.
+/// A name that the library returned. Throws std::logic_error for null, which ends the process.
 inline std::wstring nameFrom(const wchar_t* name) {
   // As GNU's string does; others would read it.
   if (name == nullptr) throw std::logic_error("basic_string: construction from null is not valid");

@@ -7,6 +7,7 @@
 
 int32_t parseNumber(const std::string& text) {
   const long number = std::wcstol(widen(text).data(), nullptr, 10);
+  // long has 64 bits on most machines, and 32 on others.
   return static_cast<int32_t>(std::clamp<long>(number, INT32_MIN, INT32_MAX));
 }
 

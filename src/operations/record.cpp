@@ -12,6 +12,7 @@ DeviceInformation recordOf(int32_t number) {
 
 DeviceInformation recordOf(const std::string& description) {
   DeviceInformation record = recordOf(-1);
+  // The record is zero filled, so its last character terminates the description.
   std::wcsncpy(record.Description, widen(description).data(), DescriptionCapacity - 1);
   return record;
 }

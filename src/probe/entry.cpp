@@ -87,11 +87,13 @@ struct Hook<Field, Which> {
     const Fault* const fault = theProbe.faults.next(Which);
     const std::tuple<Parameters...> arguments(parameters...);
     if constexpr (std::is_void_v<Result>) {
+      // Before the call, which makes the handles in `arguments` invalid.
       write(arguments, "");
       forget(parameters...);
       (nextTable<Table>().*Field)(parameters...);
     } else {
       const Result result = fault != nullptr ? injected(*fault) : (nextTable<Table>().*Field)(parameters...);
+      // A created handle is a new one, even at the address of one that was not disposed of.
       if constexpr (Name.ends_with("_Create") && std::is_pointer_v<Result>) theProbe.names.forget(result);
       if constexpr (std::is_pointer_v<Result> && !std::is_same_v<Result, const wchar_t*>) adopt(result, parameters...);
       const std::string shown = theProbe.trace.isOpen() ? showResult(theProbe.names, result, arguments) : "";

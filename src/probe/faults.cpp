@@ -22,6 +22,7 @@ std::string_view trim(std::string_view text) {
 
 // A whole number in decimal, or in hexadecimal behind "0x", all of `text`.
 std::optional<int64_t> parseNumber(std::string_view text) {
+  // from_chars takes no prefix, but a sign: "0x-1" would be -1.
   const bool isHexadecimal = text.starts_with("0x") && !text.starts_with("0x-");
   if (isHexadecimal) text.remove_prefix(2);
   int64_t number = 0;
@@ -75,6 +76,7 @@ Faults::Faults(std::string_view list) {
     const size_t end = list.find(';');
     const std::string_view entry = trim(list.substr(0, end));
     list = end == std::string_view::npos ? "" : list.substr(end + 1);
+    // A semicolon behind the last entry is accepted.
     if (!entry.empty() || !trim(list).empty()) faults_.push_back(parseFault(entry));
   }
   prepareReport();

@@ -27,6 +27,7 @@ std::string show(const int32_t* values, int64_t count) {
 
 std::string showCodes(const uint32_t* codes) {
   int32_t count = CalibrationCodeCount;
+  // Zeros at the end are left out: a library may fill few codes.
   while (count > 1 && codes[count - 1] == 0) --count;
   std::string shown = "[";
   for (int32_t i = 0; i < count; ++i) shown.append(i == 0 ? "" : ", ").append(text::hexadecimal(codes[i]));

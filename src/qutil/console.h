@@ -1,4 +1,4 @@
-// Waiting: for time to pass, for a key, for an answer. Standard output is flushed before each wait, so that what the
+// Waiting for a time, a key or an answer. Standard output is flushed before each wait, so that what the
 // operator must read is on the screen, or in the log, meanwhile.
 #pragma once
 

@@ -18,6 +18,7 @@ int getAllInstalledDevice() {
     return 2;
   }
   puts("Quellis devices list in system:");
+  // Descriptions can have characters that the locale "C" cannot print.
   const EnvironmentLocale locale;
   for (int32_t i = 0; i < count; ++i) {
     const wchar_t* const description = installedDescription(devices, i);

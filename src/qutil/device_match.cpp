@@ -33,6 +33,7 @@ std::vector<std::string> getMatchedDevice(std::string pattern) {
   for (int32_t i = 0; i < count; ++i) {
     const wchar_t* const wide = installedDescription(devices, i);
     if (wide == nullptr) break;
+    // Quirk: in the locale "C", so a description beyond ASCII is read in part or not at all.
     char description[256] = {};
     snprintf(description, sizeof description, "%S", wide);
     if (!expression) expression.emplace(expressionOf(pattern), std::regex::ECMAScript | std::regex::icase);

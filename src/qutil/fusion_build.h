@@ -1,4 +1,4 @@
-// "/dd:Name -fusion child...": makes a fusion device, or extends one.
+// "/dd:Name -fusion child...": creates a fusion device, or extends one.
 #pragma once
 
 #include <string>

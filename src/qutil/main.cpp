@@ -18,6 +18,7 @@ using namespace Automation::Velq;
 
 namespace {
 
+// Quirk: the exit status is 0 whatever becomes of the operation; only its messages report a failure.
 int runOnNumber(const Arguments& arguments) {
   DeviceInformation device = recordOf(parseNumber(afterColon(arguments.selector)));
   doWork(arguments.argc, arguments.argv, device);
@@ -41,6 +42,7 @@ int runOnPattern(const Arguments& arguments, const std::string& pattern) {
 int runOnDescription(const Arguments& arguments) {
   const std::string description = afterColon(arguments.selector);
   printf("Device description you have entered:%s\n", description.c_str());
+  // "-fusion" takes the description as it is, without wildcards.
   if (arguments.option != "-fusion") return runOnPattern(arguments, description);
   if (arguments.argc >= 4) return buildFusionDevice(arguments.argc, arguments.argv, description);
   DeviceInformation device = recordOf(description);
@@ -59,7 +61,7 @@ int main(int argc, char** argv) {
   }
   if (argc == 2 && arguments.selector == "-detail") return getAllInstalledDevice();
 
-  // Quirk: neither used nor released. The list and the help create none.
+  // Quirk: neither used nor released. Before the list and the help there is none.
   DaqCtrlBase_Create(ScenarioFirmware);
   if (contains(arguments.selector, "/dn:")) return runOnNumber(arguments);
   if (contains(arguments.selector, "/dd:")) return runOnDescription(arguments);

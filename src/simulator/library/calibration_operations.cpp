@@ -16,12 +16,13 @@ Item stateItem(const ItemObject& item) {
   return calibrationItem(item.section.solution.index, item.section.index, item.index);
 }
 
-// Remembers the code of a finished walk until it is put to use; a later walk of the same item replaces it.
+// Stores the code of a finished walk until the tool makes it current; a later walk of the same item replaces it.
 void propose(SolutionObject& solution, const Item& item, uint32_t code) {
   std::erase_if(solution.newCodes, [&](const StateChange& change) { return change.item == item; });
   solution.newCodes.push_back({deviceNumber(solution), item, int64_t{code}});
 }
 
+// All of the backup replaces what was calibrated, so that no mixture of both becomes current.
 void proposeBackup(SolutionObject& solution) {
   solution.newCodes.clear();
   for (size_t k = 0; k < solution.solution.sections.size(); ++k) {
@@ -43,6 +44,7 @@ ErrorCode saveCodes(const SolutionObject& solution, const std::vector<StateChang
 
 Array* CalibrationCtrl_getSolutions(CalibrationCtrl* control) {
   ControlObject& object = resolve<ControlObject>(control, __func__);
+  // A tool can cast a control of either kind to this type.
   if (object.scenario != ScenarioCalibration) failHandle(__func__, "handle of the wrong kind");
   if (object.device == nullptr) return nullptr;
   const Device* const device = Simulation::instance().rigDevice(object.device->number);
@@ -94,7 +96,9 @@ ErrorCode CalibrationSection_start(CalibrationSection* section) {
   SectionObject& object = resolve<SectionObject>(section, __func__);
   if (const ErrorCode status = object.solution.control.hold(deviceNumber(object.solution)); status != Success)
     return status;
+  // Held until the control is disposed of: the new codes can become current as late as that.
   object.started = true;
+  // A section that is started again has its items calibrated again.
   if (object.items != nullptr) {
     for (Object* const item : object.items->items) static_cast<ItemObject*>(item)->polls = 0;
   }
@@ -114,8 +118,10 @@ CalibrationState CalibrationItem_getState(CalibrationItem* item, int64_t* value,
   ItemObject& object = resolve<ItemObject>(item, __func__);
   const AdjustingCode& code = object.code;
   const size_t position = std::min(object.polls, code.walk.size() - 1);
+  // Tools show the first code only. All else is for those who read a trace.
   codes[1] = Simulation::instance().codeInUse(deviceNumber(object.section.solution), stateItem(object), code.inUse);
   codes[2] = code.backup;
+  // Tools poll after a start that was refused, too, and would poll for ever.
   if (!object.section.started) return CalibrationFailed;
   ++object.polls;
   *value = static_cast<int64_t>(object.polls);

@@ -14,7 +14,9 @@ DaqCtrlBase* DaqCtrlBase_Create(Scenario scenario) {
 ErrorCode DaqCtrlBase_setSelectedDevice(DaqCtrlBase* control, const DeviceInformation* device) {
   ControlObject& object = resolve<ControlObject>(control, __func__);
   const std::optional<int32_t> number = Simulation::instance().select(device->DeviceNumber, device->Description);
+  // A failed selection leaves the control unbound, so that no tool goes on with the device before.
   object.device = number ? make<DeviceObject>(&object, *number) : nullptr;
+  // Chips and solutions obtained before stay those of their device; the next list is of the new one.
   object.items = nullptr;
   object.mode = device->OpenMode;
   return number ? Success : ErrorNoSuchDevice;

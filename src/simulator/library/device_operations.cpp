@@ -22,6 +22,7 @@ struct NodeArrayObject : ArrayObject {
   }
 
   size_t size() const override { return nodes.size(); }
+  // The boundary has no const: tools only read.
   void* at(size_t index) const override { return const_cast<wchar_t*>(nodes[index].c_str()); }
 
   static constexpr size_t HeaderWords = offsetof(InstalledDeviceNode, Description) / sizeof(wchar_t);
@@ -60,6 +61,7 @@ ErrorCode checkChangeable(Simulation& simulation, int32_t number) {
 
 }  // namespace
 
+// Every mode opens every device. What may change it is decided with each change.
 DeviceCtrl* DeviceCtrl_Create(int32_t deviceNumber, const wchar_t* description, AccessMode /*mode*/) {
   const std::optional<int32_t> number = Simulation::instance().select(deviceNumber, description);
   return number ? handleOf<DeviceCtrl>(make<DeviceObject>(nullptr, *number)) : nullptr;
@@ -78,6 +80,7 @@ int32_t DeviceCtrl_getDeviceNumber(DeviceCtrl* device) { return resolve<DeviceOb
 ErrorCode DeviceCtrl_getDescription(DeviceCtrl* device, int32_t capacity, wchar_t* description) {
   const int32_t number = resolve<DeviceObject>(device, __func__).number;
   const Simulation& simulation = Simulation::instance();
+  // Another process can have dissolved a fusion device that is open here.
   if (!simulation.exists(number)) return ErrorNoSuchDevice;
   return fill(simulation.description(number), capacity, description);
 }
@@ -116,6 +119,7 @@ ErrorCode DeviceCtrl_setDescription(DeviceCtrl* device, int32_t count, const wch
   if (description == nullptr || count <= 0) return ErrorRefused;
   const std::wstring_view wide(description, wcsnlen(description, static_cast<size_t>(count)));
   const std::optional<std::string> text = text::toUtf8(wide);
+  // No longer one: records would cut it, and no tool could open the device by it.
   if (!text || wide.empty() || wide.size() >= DescriptionCapacity) return ErrorRefused;
   Simulation& simulation = Simulation::instance();
   return simulation.change([&](std::vector<StateChange>& changes) {
@@ -131,6 +135,7 @@ ErrorCode DeviceCtrl_setBoardId(DeviceCtrl* device, int32_t boardId) {
   const int32_t number = resolve<DeviceObject>(device, __func__).number;
   Simulation& simulation = Simulation::instance();
   const Device* const given = simulation.rigDevice(number);
+  // A fusion device that a command created has no board.
   if (given == nullptr || boardId < 0 || boardId > given->highestBoardId) return ErrorRefused;
   return simulation.change([&](std::vector<StateChange>& changes) {
     const ErrorCode status = checkChangeable(simulation, number);
@@ -141,6 +146,7 @@ ErrorCode DeviceCtrl_setBoardId(DeviceCtrl* device, int32_t boardId) {
 
 void DeviceCtrl_dispose(DeviceCtrl* device) {
   DeviceObject& object = resolve<DeviceObject>(device, __func__);
+  // It ends with the control that it was obtained from.
   if (object.parent != nullptr) failHandle(__func__, "handle that belongs to its control");
   object.disposed = true;
 }
@@ -149,6 +155,7 @@ int32_t Array_getLength(Array* array) { return static_cast<int32_t>(resolve<Arra
 
 void* Array_getItem(Array* array, int32_t index) {
   const ArrayObject& object = resolve<ArrayObject>(array, __func__);
+  // Null, and not what is behind the array, for a tool that ignores its length.
   return index >= 0 && std::cmp_less(index, object.size()) ? object.at(static_cast<size_t>(index)) : nullptr;
 }
 

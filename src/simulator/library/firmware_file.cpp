@@ -20,7 +20,7 @@ namespace {
 // Little-endian fields, by their distance from the end of the file.
 constexpr size_t SuffixLength = 16;
 constexpr size_t CrcLength = 4;
-constexpr int64_t LongestFile = UINT32_MAX;  // more than any chip holds
+constexpr int64_t LongestFile = UINT32_MAX;  // more than any chip has room for
 using Suffix = std::array<unsigned char, SuffixLength>;
 
 unsigned word(const Suffix& suffix, size_t offset) { return suffix[offset] | unsigned{suffix[offset + 1]} << 8U; }
@@ -43,6 +43,7 @@ ErrorCode readFirmwareFile(const std::string& path, FirmwareFile& file) {
   if (!length) return ErrorFileUnreadable;
   if (std::cmp_less(*length, SuffixLength) || *length > LongestFile) return ErrorFirmwareWrongDevice;
 
+  // In chunks: a file can be larger than the memory.
   std::vector<unsigned char> chunk(1 << 16);
   uLong crc = crc32(0, nullptr, 0);
   for (size_t left = static_cast<size_t>(*length) - SuffixLength; left > 0;) {
@@ -55,7 +56,7 @@ ErrorCode readFirmwareFile(const std::string& path, FirmwareFile& file) {
   if (!readExactly(descriptor, suffix.data(), suffix.size())) return ErrorFileUnreadable;
   crc = crc32(crc, suffix.data(), SuffixLength - CrcLength);
 
-  // The suffix holds the CRC without the final inversion that zlib makes.
+  // The suffix contains the CRC without the final inversion that zlib makes.
   const uLong stored = word(suffix, 12) | static_cast<uLong>(word(suffix, 14)) << 16U;
   if (!isDfuSuffix(suffix) || stored != (crc ^ 0xFFFFFFFFU)) return ErrorFirmwareWrongDevice;
   file = {.version = static_cast<uint16_t>(word(suffix, 0)), .product = static_cast<uint16_t>(word(suffix, 2))};

@@ -12,11 +12,13 @@ using namespace Automation::Velq;
 
 namespace {
 
+// A version that is no number is older than every file.
 bool isNewer(uint16_t version, const FirmwareVersion& than) {
   const auto* const number = std::get_if<uint16_t>(&than);
   return number == nullptr || version > *number;
 }
 
+// Whether the chip accepts the password; one without a password accepts any.
 bool isPassword(const Chip& chip, const wchar_t* given) {
   return !chip.password || (given != nullptr && text::fromUtf8(*chip.password) == given);
 }
@@ -35,6 +37,7 @@ bool saveVersion(ChipObject& chip) {
 
 Array* FirmwareCtrls_getFirmwares(FirmwareCtrls* control) {
   ControlObject& object = resolve<ControlObject>(control, __func__);
+  // A tool can cast a control of either kind to this type.
   if (object.scenario != ScenarioFirmware) failHandle(__func__, "handle of the wrong kind");
   if (object.device == nullptr) return nullptr;
   const Device* const device = Simulation::instance().rigDevice(object.device->number);
@@ -64,7 +67,9 @@ ErrorCode FirmwareItem_loadFile(FirmwareItem* item, const wchar_t* path) {
   ChipObject& chip = resolve<ChipObject>(item, __func__);
   Simulation& simulation = Simulation::instance();
   const int32_t number = chip.device.number;
+  // A file cannot be replaced while it is written to the chip.
   if (chip.started && !chip.finished) return ErrorWrongOrder;
+  // After a failed load there is nothing to start, whether or not a file was loaded before.
   chip.started = false;
   chip.loadedVersion.reset();
   if (const ErrorCode status = simulation.checkFree(number); status != Success) return status;
@@ -79,6 +84,7 @@ ErrorCode FirmwareItem_loadFile(FirmwareItem* item, const wchar_t* path) {
 
 ErrorCode FirmwareItem_start(FirmwareItem* item, int32_t /*mode*/, const wchar_t* password) {
   ChipObject& chip = resolve<ChipObject>(item, __func__);
+  // The notice is part of the procedure: a tool that skips it is refused.
   if (!chip.loadedVersion || !chip.noticeConfirmed) return ErrorWrongOrder;
   if (!isPassword(chip.chip, password)) return ErrorRefused;
   if (const ErrorCode status = chip.control.hold(chip.device.number); status != Success) return status;
@@ -93,6 +99,7 @@ int32_t FirmwareItem_getProgress(FirmwareItem* item) {
   if (!chip.started) return ProgressNothingLoaded;
   const std::vector<int32_t>& progress = chip.chip.progress;
   const int32_t value = progress[std::min(chip.polls, progress.size() - 1)];
+  // The version is saved before 100 is returned, because tools report success then.
   if (value >= ProgressDone && !chip.finished && !(chip.finished = saveVersion(chip))) return ProgressAborted;
   ++chip.polls;
   return value;

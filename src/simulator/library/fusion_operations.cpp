@@ -10,6 +10,7 @@ using namespace Automation::Velq;
 
 namespace {
 
+// Above the numbers that boards usually have.
 constexpr int32_t FirstNewNumber = 256;
 
 using Children = std::vector<int32_t>;
@@ -24,6 +25,7 @@ ErrorCode checkFusable(Simulation& simulation, const Children& children, const C
   const std::set<int32_t> distinct(children.begin(), children.end());
   if (distinct.size() != children.size()) return ErrorCannotFuse;
   if (children.size() + present.size() > MostFusionChildren) return ErrorCannotFuse;
+  // All children are of one model: that of the group, or of the first.
   const int32_t model = present.empty() ? children.front() : present.front();
   for (const int32_t child : children) {
     if (!simulation.exists(child) || simulation.isFusion(child) || simulation.groupOf(child)) return ErrorCannotFuse;
@@ -42,10 +44,12 @@ ErrorCode checkAddable(Simulation& simulation, int32_t fusionNumber, const Child
   return checkFusable(simulation, children, simulation.children(fusionNumber));
 }
 
+// `group` -1 removes the children from theirs.
 void setGroup(std::vector<StateChange>& changes, const Children& children, int32_t group) {
   for (const int32_t child : children) changes.push_back({child, FusionItem, group});
 }
 
+// A description that no device has: a board of the rig can have the first choice already.
 std::string freeDescription(Simulation& simulation, int32_t number) {
   std::string description = "Fusion device " + std::to_string(number);
   while (simulation.findDescription(description)) description += "'";
@@ -114,6 +118,7 @@ ErrorCode CvxFusionDeviceRemoveChildren(int32_t fusionNumber, int32_t count, con
       if (const ErrorCode status = simulation.checkFree(child); status != Success) return status;
     }
     setGroup(changes, list, -1);
+    // A number can be in the list twice.
     const std::set<int32_t> gone(list.begin(), list.end());
     if (gone.size() == simulation.children(fusionNumber).size()) simulation.revertAll(fusionNumber, changes);
     return Success;

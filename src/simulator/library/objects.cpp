@@ -8,6 +8,7 @@ namespace simulator {
 
 namespace {
 
+// By ordinal - 1. Objects are never removed, so that the ordinal of one that was disposed of is not used again.
 std::deque<std::unique_ptr<Object>>& allObjects() {
   static std::deque<std::unique_ptr<Object>> objects;
   return objects;
@@ -23,6 +24,7 @@ Object* store(std::unique_ptr<Object> object) {
 }
 
 ErrorCode ControlObject::hold(int32_t number) {
+  // Once for all sections and chips of this control.
   if (heldDevices_.contains(number)) return Automation::Velq::Success;
   const ErrorCode status = Simulation::instance().hold(number);
   if (status == Automation::Velq::Success) heldDevices_.insert(number);
@@ -39,6 +41,7 @@ Object* findObject(const void* handle) {
   return ordinal != 0 && ordinal <= allObjects().size() ? allObjects()[ordinal - 1].get() : nullptr;
 }
 
+// Ends the process: a wrong handle is a fault of the tool, and a real library could corrupt its memory.
 void failHandle(const char* operation, const char* problem) {
   fprintf(stderr, "velq-sim: %s: %s\n", operation, problem);
   std::abort();

@@ -9,6 +9,7 @@ void DescriptionIndex::remove(int32_t number, const std::string& description) {
   assert(found != numbers_.end());
   const size_t count = std::erase(found->second, number);
   assert(count == 1);
+  // Not used without asserts.
   static_cast<void>(count);
   if (found->second.empty()) numbers_.erase(found);
 }

@@ -5,6 +5,7 @@
 
 namespace simulator {
 
+// Memberships as in the rig, then as changed, then the lists in their order.
 Groups::Groups(const Rig& rig, const StateContents& contents) {
   for (const Device& device : rig.devices) {
     if (!device.children) continue;
@@ -15,7 +16,9 @@ Groups::Groups(const Rig& rig, const StateContents& contents) {
     const auto* const group = std::get_if<int64_t>(&value);
     if (key.second == FusionItem && group != nullptr) groupOf_[key.first] = static_cast<int32_t>(*group);
   }
+  // -1: removed from its group.
   std::erase_if(groupOf_, [](const auto& entry) { return entry.second < 0; });
+  // Children that the rig lists come first, in its order.
   std::set<int32_t> placed;
   for (const Device& device : rig.devices) {
     if (!device.children) continue;

@@ -42,6 +42,7 @@ std::vector<int32_t> Simulation::numbers() const {
   std::vector<int32_t> numbers;
   numbers.reserve(rig_.devices.size() + groups_.all().size());
   for (const Device& device : rig_.devices) {
+    // A fusion device of the rig that was dissolved is no longer listed.
     if (!device.children || isFusion(device.number)) numbers.push_back(device.number);
   }
   for (const auto& [number, children] : groups_.all()) {
@@ -78,6 +79,7 @@ int32_t Simulation::boardId(int32_t number) const {
 }
 
 int32_t Simulation::productId(int32_t number) const {
+  // A fusion device has the product id of its children, which is the same for all.
   const Device* const device = rig_.find(isFusion(number) ? children(number).front() : number);
   return device == nullptr ? 0 : device->productId;
 }
@@ -96,6 +98,7 @@ ErrorCode Simulation::change(const std::function<ErrorCode(std::vector<StateChan
   ErrorCode status = Success;
   std::vector<StateChange> changes;
   try {
+    // Decided inside the transaction, so that no other process changes meanwhile what `decide` sees.
     State::Transaction transaction(state_);
     if (state_.refresh(contents_)) rebuildDerived();
     if (!mismatch_.empty()) throw StateError(mismatch_);
@@ -110,6 +113,7 @@ ErrorCode Simulation::change(const std::function<ErrorCode(std::vector<StateChan
 }
 
 ErrorCode Simulation::hold(int32_t number) {
+  // An overwrite or a calibration that could not be saved at its end must not begin: an empty change finds out.
   const ErrorCode status = change([](std::vector<StateChange>&) { return Success; });
   return status != Success ? status : guard([&] { return file_.hold(number) ? Success : ErrorDeviceBusy; });
 }
@@ -146,6 +150,7 @@ void Simulation::rebuildDerived() {
   descriptions_.reset();
   groups_ = Groups(rig_, contents_);
   mismatch_ = findMismatch(rig_, groups_, contents_);
+  // A state of another rig is not used at all: its changes are of other devices.
   if (mismatch_.empty()) return;
   reportState(mismatch_);
   contents_.clear();
@@ -156,6 +161,7 @@ void Simulation::rebuildDerived() {
 void Simulation::applyOwnChanges(const std::vector<StateChange>& changes) {
   const auto regroupsOne = [](const StateChange& change) { return change.item == FusionItem; };
   const bool regroups = std::any_of(changes.begin(), changes.end(), regroupsOne);
+  // Devices appear or disappear with their groups.
   if (regroups) descriptions_.reset();
   for (const StateChange& change : changes) {
     const bool renames = descriptions_ && change.item == DescriptionItem;

@@ -12,7 +12,9 @@ bool isGroupNumber(const Rig& rig, int64_t number) {
 bool fits(const Rig& rig, const Groups& groups, const StateContents::value_type& row) {
   const auto& [number, item] = row.first;
   const auto* const value = std::get_if<int64_t>(&row.second);
+  // A description is a string, every other value a number.
   if ((value == nullptr) != (item == DescriptionItem)) return false;
+  // Only boards can be children.
   if (item == FusionItem) return rig.hasBoard(number) && isGroupNumber(rig, *value);
   if (item == DescriptionItem || item == BoardIdItem) return groups.contains(number) || rig.hasBoard(number);
   const Device* const device = rig.find(number);

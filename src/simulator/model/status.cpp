@@ -8,6 +8,7 @@
 namespace simulator {
 
 void report(const std::string& message) {
+  // Once: a tool calls the same operation for every device.
   static std::set<std::string> said;
   if (said.insert(message).second) fprintf(stderr, "velq-sim: %s\n", text::oneLine(message).c_str());
 }

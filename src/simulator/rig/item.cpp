@@ -25,6 +25,7 @@ std::optional<Item> parseItem(std::string_view name) {
   for (const Item& item : {BoardIdItem, DescriptionItem, FusionItem}) {
     if (name == nameOf(item)) return item;
   }
+  // Reads as many numbers as there are. Any malformed name differs from that of the item that is read from it.
   Item item{name.starts_with("firmware ") ? Item::Kind::Firmware : Item::Kind::Calibration};
   const char* const end = name.data() + name.size();
   const char* next = name.data() + name.find(' ') + 1;

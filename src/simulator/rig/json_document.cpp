@@ -14,6 +14,7 @@ namespace {
 
 using Json = nlohmann::json;
 
+// Those of an adjusting code's walk: a deeper document is no rig, and is refused before its end.
 constexpr size_t DeepestNesting = 10;
 
 // Builds the document while it is parsed: the parser's own builder would let a later key replace an earlier one.
@@ -58,6 +59,7 @@ class Builder final : public nlohmann::json_sax<Json> {
     Json::iterator member = {};  ///< of an object: its last member
   };
 
+  // Adds a value where the parser is: the document, the next element of a list, or the member whose key came last.
   Json* put(Json&& value) {
     if (levels_.empty()) return &(document = std::move(value));
     const Level& level = levels_.back();
@@ -77,6 +79,7 @@ class Builder final : public nlohmann::json_sax<Json> {
     return finish(container);
   }
 
+  // A value is complete. If it is an element that the caller takes, its JSON is freed at once.
   bool finish(Json* value) {
     if (levels_.size() != 2 || !levels_[1].container->is_array()) return true;
     if (!levels_[0].container->is_object() || levels_[0].member.key() != key_) return true;

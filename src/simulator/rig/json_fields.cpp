@@ -11,6 +11,7 @@ namespace simulator {
 
 namespace {
 
+// Strict, unlike the functions of the C library: no spaces, no sign, no rest.
 std::optional<uint64_t> hexadecimal(const nlohmann::json& value) {
   if (!value.is_string()) return std::nullopt;
   const auto& text = value.get_ref<const std::string&>();
@@ -44,6 +45,7 @@ void JsonValue::failNumber(const std::string& range) const {
 
 int64_t JsonValue::number(int64_t lowest, int64_t highest) const {
   const auto failRange = [&] { failNumber(std::to_string(lowest) + " to " + std::to_string(highest)); };
+  // The parser has one type for negative integers and one for all other integers.
   if (value_.is_number_integer() && !value_.is_number_unsigned()) {
     const auto number = value_.get<int64_t>();
     if (number >= lowest && number <= highest) return number;
@@ -64,6 +66,7 @@ std::string JsonValue::text(size_t longest) const {
   if (!value_.is_string()) fail("a string");
   const auto& text = value_.get_ref<const std::string&>();
   if (text.find('\0') != std::string::npos) fail("a string without the character U+0000");
+  // Bytes first: most strings are short enough without counting their characters.
   if (text.size() > longest && text::characterCount(text) > longest)
     fail("a string of at most " + std::to_string(longest) + " characters");
   return text;
@@ -87,6 +90,7 @@ bool JsonValue::boolean() const {
 
 JsonFields::JsonFields(const JsonValue& object) : object_(object) {
   if (!object.json().is_object()) object.fail("an object");
+  // More keys than any object of a rig has.
   known_.reserve(16);
 }
 
@@ -105,6 +109,7 @@ std::optional<JsonValue> JsonFields::optional(const char* key) {
 }
 
 void JsonFields::end() const {
+  // By number first, because hardly an object has an unknown key.
   if (present_ == object_.json().size()) return;
   for (const auto& [key, value] : object_.json().items()) {
     if (std::find(known_.begin(), known_.end(), key) != known_.end()) continue;

@@ -17,6 +17,7 @@ namespace simulator {
 
 namespace {
 
+// A file without end, such as /dev/zero, must not fill the memory.
 constexpr size_t LongestFile = 64 << 20;
 
 std::string placeOf(size_t position) { return "/devices/" + std::to_string(position); }
@@ -62,6 +63,7 @@ std::string readFile(const std::string& path) {
   const base::Descriptor file(path, O_RDONLY);
   if (!file.isOpen()) throw RigError(std::string("cannot be opened: ") + std::strerror(errno));
   std::string text;
+  // Not by its length: a rig can come from a pipe.
   std::vector<char> chunk(1 << 16);
   for (int64_t count = 1; count != 0;) {
     count = file.read(chunk.data(), chunk.size());
@@ -96,6 +98,7 @@ Rig readRig(std::string_view text) {
     if (const auto schema = fields.optional("$schema")) schema->text();  // for editors
     fields.end();
   });
+  // What devices have to do with each other is known only with all of them.
   index(rig);
   FusionCheck{rig};
   return rig;

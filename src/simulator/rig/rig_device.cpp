@@ -18,6 +18,7 @@ uint32_t readOptionalCode(JsonFields& fields, const char* key) {
 }
 
 FirmwareVersion readVersion(const JsonValue& value) {
+  // Of a real chip a library reports any string, which a capture writes as it is.
   if (value.isPlainString()) return value.text();
   return static_cast<uint16_t>(value.number(0, 0xFFFF));
 }
@@ -30,6 +31,7 @@ Chip readChip(const JsonValue& value) {
             .password = optionalText(fields, "password")};
   if (const auto progress = fields.optional("progress")) {
     chip.progress = progress->list(readInt32);
+    // The last value repeats, so there has to be one.
     if (chip.progress.empty()) progress->fail("at least one progress value");
   }
   fields.end();
@@ -89,6 +91,7 @@ Device readDevice(const JsonValue& value) {
   device.children = optionalList(fields, "children", readDeviceNumber);
   if (const auto id = fields.optional("product_id")) device.productId = id->int32(0);
   if (const auto highest = fields.optional("highest_board_id")) device.highestBoardId = highest->int32(-1);
+  // A board whose id cannot be set may have any.
   const int32_t highestId = device.highestBoardId == -1 ? INT32_MAX : device.highestBoardId;
   if (const auto id = fields.optional("board_id")) device.boardId = static_cast<int32_t>(id->number(0, highestId));
   device.boardVersion = optionalText(fields, "board_version");

@@ -7,6 +7,7 @@ namespace simulator {
 
 namespace {
 
+// Writes keys in the order in which they are added.
 using OrderedJson = nlohmann::ordered_json;
 
 std::string hexadecimal(uint64_t value, int digits = 1) {
@@ -23,6 +24,7 @@ OrderedJson listOf(const std::vector<Element>& elements, Write write) {
 }
 
 template <typename Value, typename Usual>
+// Leaves out what a reader of the rig takes for granted.
 void addUnless(OrderedJson& object, const char* key, const Value& value, const Usual& usual) {
   if (value != usual) object[key] = value;
 }
@@ -51,6 +53,7 @@ OrderedJson itemOf(const AdjustingCode& item) {
   OrderedJson object = {{"name", item.name}};
   if (item.inUse != 0) object["in_use"] = codeOf(item.inUse);
   if (item.backup != 0) object["backup"] = codeOf(item.backup);
+  // The default of a walk is the code in use.
   if (item.walk != std::vector{item.inUse}) object["walk"] = listOf(item.walk, codeOf);
   addUnless(object, "fails", item.fails, false);
   return object;

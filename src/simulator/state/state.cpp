@@ -55,6 +55,7 @@ std::string foreignItem(int32_t device, const std::string& item) {
 }
 
 State::Transaction::Transaction(State& state) : state_(state) {
+  // Not by SQLite, which would leave the file's mode to the umask, and would not create its directory.
   state_.file_.create();
   try {
     state_.open();
@@ -115,12 +116,13 @@ bool State::isSaved(const std::vector<StateChange>& changes) {
 void State::open() {
   if (version_) return;
   sqlite3* database = nullptr;
+  // SQLITE_OPEN_NOFOLLOW refuses links in the directories of the path, too, so those are resolved before.
   const int status = sqlite().open_v2(file_.resolvedPath().c_str(), &database,
                                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE, nullptr);
   database_.reset(database);
   if (status != SQLITE_OK) fail();
   sqlite().busy_timeout(database, LongestWaitMilliseconds);
-  // Nothing that the file holds is run.
+  // No SQL that the file contains is executed.
   for (const auto& [option, isOn] : {std::pair(SQLITE_DBCONFIG_DEFENSIVE, 1),
                                      {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
                                      {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
@@ -158,6 +160,7 @@ void State::store(const StateChange& change) {
   const bool erases = std::holds_alternative<std::monostate>(change.value);
   SqliteStatement erase;
   if (erases) erase = prepare("DELETE FROM change WHERE device = ? AND item = ?");
+  // Prepared once, because renaming a fleet repeats it for each device.
   if (!erases && !put_) put_ = prepare("INSERT OR REPLACE INTO change VALUES (?, ?, ?)");
   sqlite3_stmt* const statement = erases ? erase.get() : put_.get();
 
