@@ -112,14 +112,4 @@ TEST_F(CalibrationTest, BackupRestore) {
   EXPECT_EQ(steps(line) + " " + steps(failed) + " " + steps(failedLater), "01u01u 001u 0101u");
 }
 
-TEST_F(CalibrationTest, RunningSectionHoldsTheDevice) {
-  const auto [blocked, restored] =
-      runBeside({"/dn:0", "-cali:ai.auto"}, "/dn:0 -cali:ai.auto",
-                "CalibrationSection_start(CalibrationSection#1) = 0xe0000019", "/dn:0 -cali:ai.reverse");
-  EXPECT_EQ(blocked.output, FirstSection);
-  EXPECT_EQ(blocked.calls({"sleep"}), "sleep(1000)\n");
-  EXPECT_EQ(restored.output, "This device operation failed!\nThis device operation failed!\n");
-  EXPECT_NE(run({"/dn:0", "-cali:ai.auto"}).output.find("Completed"), std::string::npos);
-}
-
 }  // namespace

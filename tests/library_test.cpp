@@ -20,14 +20,6 @@ TEST_F(LibraryTest, SameExecutableOnAnotherLibrary) {
   EXPECT_NE(run({"/dn:0"}).output.find("DLL version: 1.0-sim\n"), std::string::npos);
 }
 
-TEST_F(LibraryTest, OneEntryIsExportedAndTheToolNeedsIt) {
-  const std::string tool = outputOf("readelf -Wd " QUTIL);
-  EXPECT_NE(tool.find("Shared library: [libvelq.so]"), std::string::npos) << tool;
-  EXPECT_NE(tool.find("(RUNPATH)"), std::string::npos);
-  for (const char* library : {SIMULATOR, PROBE, MINIMAL_LIBRARY_DIR "/libvelq.so"})
-    EXPECT_EQ(outputOf(std::string("nm -D --defined-only -j ") + library), "CvxQuellisLibInitialize\n") << library;
-}
-
 // Nothing that a library returns makes the tool read or write where it must not; the sanitizers see to that in their
 // run.
 TEST_F(LibraryTest, HostileAnswersLeaveTheToolWhole) {

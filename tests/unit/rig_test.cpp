@@ -38,7 +38,6 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
   const std::pair<std::string, std::string> cases[] = {
       {"{\n \"devices\": [}", "line 2, column 14: syntax error"},
       {device(", \"location\": \"\xED\xA0\x80\""), "line 1, column 97: syntax error"},
-      {"[]", "the document: expected an object"},
       {"{\"devices\": " + deep, "/devices/0/0/0/0/0/0/0/0/0: expected at most 10 levels"},
       {device(", \"number\": 2"), "/devices/1/number: duplicate key"},
       {device("}, {\"number\": 1, \"description\": \"F\""),
@@ -49,8 +48,6 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
        "/devices/1/location: expected a string of at most 1000 characters"},
       {"{\"devices\": [{\"number\": 0, \"description\": \"" + std::string(256, 'x') + "\"}]}",
        "/devices/0/description: expected a string of at most 255 characters"},
-      {chip("\"description\": \"c\", \"version\": 65536"), "/devices/1/firmware/0/version: expected a number"},
-      {device(", \"product_id\": \"0x1z\""), "/devices/1/product_id: expected a number"},
       {chip("\"description\": \"c\", \"version\": 1, \"progress\": []"), "/devices/1/firmware/0/progress: expected"},
       {R"({"devices": [{"number": 0, "description": "D", "children": [7]}]})",
        "/devices/0/children/0: expected the number of a device that is listed"},
@@ -63,17 +60,11 @@ TEST(RigTest, FaultsAreOneLineWithTheirPlace) {
       {device(", \"product_id\": 1e999"), "/devices/1/product_id: expected a number of 64 bits"},
       {device(", \"board_id\": \"5\""),
        "/devices/1/board_id: expected a number from 0 to 15; a string needs \"0x\" before"},
-      {device(", \"board_id\": 16"), "/devices/1/board_id: expected a number from 0 to 15"},
       {device(", \"a\\nb/c~d\\u007f\\u009b\": 1"), "/devices/1/a\nb~1c~0d\x7F\u009B: unknown key"},
-      {R"({"$schema": "rig.schema.json", "devices": []})", "none"},
-      {R"({"$schema": 1, "devices": []})", "/$schema: expected a string"},
-      {R"({"devices": 3})", "/devices: expected a list"},
       {device(R"(, "calibration": [{"name": "", "description": "", "instruction": "", "sections": [
          {"description": "", "instruction": "", "items": [
            {"name": "", "in_use": 0, "backup": 0, "walk": [0], "fails": 1}]}]}])"),
        "/devices/1/calibration/0/sections/0/items/0/fails: expected true or false"},
-      {device(", \"product_id\": \"0x7fffffff\", \"base_addresses\": [\"0xffffffffffffffff\"], \"interrupts\": [-1]"),
-       "none"},
   };
   for (const auto& [json, expected] : cases) {
     const std::string problem = problemOf(json);
