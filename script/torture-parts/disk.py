@@ -118,7 +118,7 @@ def make_cases(rig):
     changed, plain = [*names_in(rig)], [items["description"] for items in rig.initial.values()]
     return [
         ("read-only file", lambda: rig.state.chmod(0o400), "cannot be opened for writing: Permission denied", changed),
-        ("read-only folder", lambda: rig.folder.chmod(0o500), "cannot be used: attempt to write a readonly database", changed),
+        ("read-only folder", lambda: rig.folder.chmod(0o500), "its directory cannot be written: Permission denied", changed),
         ("unreadable file", lambda: rig.state.chmod(0), "cannot be opened: Permission denied", plain),
         ("read-only folder, no file", lambda: (rig.state.unlink(), rig.folder.chmod(0o500)), "cannot be created: Permission denied", plain),
         ("no folder", lambda: setattr(rig, "state", rig.folder / "none" / "state"), "cannot be created: No such file or directory", plain),

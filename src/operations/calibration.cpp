@@ -17,7 +17,7 @@ namespace {
 
 // Quirk: whole seconds, so a section takes a quarter of an hour and more.
 constexpr unsigned SectionSeconds = 1000;
-constexpr unsigned PollSeconds = 200;
+constexpr unsigned CodePollSeconds = 200;
 
 // Shared by all items of a calibration. Quirk: where a library writes no code, the one of the item before is shown.
 struct ItemState {
@@ -44,7 +44,7 @@ void showItem(const Elements<CalibrationItem>& items, int32_t index, ItemState& 
     if (first) printf("%S", (name + L",code                ").c_str());
     first = false;
     showCode(state.codes[0], outcome);
-    pauseSeconds(PollSeconds);
+    pauseSeconds(CodePollSeconds);
   }
   if (outcome == CalibrationDone) printf("%S\n", L",OK  ");
   if (outcome == CalibrationFailed) printf("%S\n", L",Failed");

@@ -18,7 +18,7 @@ namespace {
 // The only value that libraries are passed.
 constexpr int32_t StartMode = 2;
 // Quirk: a shorter overwrite takes as long, too.
-constexpr unsigned PollSeconds = 500;
+constexpr unsigned ProgressPollSeconds = 500;
 
 using Chips = Elements<FirmwareItem>;
 
@@ -45,7 +45,7 @@ void followProgress(const Chips& chips, int32_t number) {
   printf("Progressing:    ");
   int32_t percent = 0;
   while (percent < ProgressDone) {
-    pauseSeconds(PollSeconds);
+    pauseSeconds(ProgressPollSeconds);
     percent = FirmwareItem_getProgress(chips[number]);
     if (percent > 0) printf("\b\b\b\b%3d%%", percent);
     std::fflush(stdout);

@@ -18,7 +18,7 @@ namespace simulator {
 namespace {
 
 // A file without end, such as /dev/zero, must not fill the memory.
-constexpr size_t LongestFile = 64 << 20;
+constexpr size_t LongestRig = 64 << 20;
 
 std::string placeOf(size_t position) { return "/devices/" + std::to_string(position); }
 
@@ -69,7 +69,7 @@ std::string readFile(const std::string& path) {
     count = file.read(chunk.data(), chunk.size());
     if (count < 0) throw RigError(std::string("cannot be read: ") + std::strerror(errno));
     text.append(chunk.data(), static_cast<size_t>(count));
-    if (text.size() > LongestFile) throw RigError("the document: expected at most 64 MiB");
+    if (text.size() > LongestRig) throw RigError("the document: expected at most 64 MiB");
   }
   return text;
 }

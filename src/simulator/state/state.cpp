@@ -1,6 +1,7 @@
 #include "simulator/state/state.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -194,13 +195,23 @@ SqliteStatement State::prepare(const char* sql) {
 }
 
 void State::fail() const {
+  const int lastError = errno;
   const int status = sqlite().extended_errcode(database_.get());
-  const bool isLock = status == SQLITE_IOERR_LOCK || status == SQLITE_IOERR_RDLOCK || status == SQLITE_IOERR_UNLOCK;
-  const bool isOpening = (status & 0xFF) == SQLITE_CANTOPEN;
-  const char* const what = isLock ? "cannot be locked: " : isOpening ? "cannot be opened: " : "cannot be used: ";
+  const int kind = status & 0xFF;
+  // SQLite takes a file system without locks for another process that has the lock.
+  const bool lacksLocks = kind == SQLITE_BUSY && lastError == ENOLCK;
+  const bool isLock = lacksLocks || kind == SQLITE_PERM || status == SQLITE_IOERR_LOCK ||
+                      status == SQLITE_IOERR_RDLOCK || status == SQLITE_IOERR_UNLOCK;
+  const bool isDirectory = status == SQLITE_READONLY_DIRECTORY;
+  const bool isOpening = kind == SQLITE_CANTOPEN;
+  const char* const what = isLock        ? "cannot be locked: "
+                           : isDirectory ? "its directory cannot be written: "
+                           : isOpening   ? "cannot be opened: "
+                                         : "cannot be used: ";
   // The system's reason says more than SQLite's name for it, where it is one of this call.
-  const bool isSystems = isOpening || (status & 0xFF) == SQLITE_IOERR;
-  const int reason = isSystems ? sqlite().system_errno(database_.get()) : 0;
+  const bool isSystems = isLock || isOpening || kind == SQLITE_IOERR;
+  const int systems = isSystems ? sqlite().system_errno(database_.get()) : 0;
+  const int reason = lacksLocks ? ENOLCK : isDirectory ? EACCES : systems;
   throw StateError(what + std::string(reason == 0 ? sqlite().errmsg(database_.get()) : std::strerror(reason)) +
                    StateError::Advice);
 }
