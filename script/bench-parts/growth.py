@@ -4,23 +4,25 @@ import os
 import statistics
 
 import make_rig
-from measure import FLOORS, QUTIL, Command, Failure
+from measure import FLOORS, QUTIL, Command, Failure, probe
 
 COUNTS = (1, 10, 100, 1_000, 10_000, 100_000)
 LINES = {"list": lambda n: n + 1, "match all": lambda n: 2 + 11 * n, "match one": lambda n: 13,
-         "rename all": lambda n: 2 + 2 * n, "set one id": lambda n: 2}
+         "match all, traced": lambda n: 2 + 11 * n, "rename all": lambda n: 2 + 2 * n, "set one id": lambda n: 2}
 
 
 def commands(folder, count):
-    """The five commands on a rig of `count` devices, checked to do what they are there for, and the rig's file."""
+    """The commands on a rig of `count` devices, checked to do what they are there for, and the rig's file."""
     rig = folder / f"{count}.json"
     make_rig.write(count, rig)
     arguments = {"list": [], "match all": ["/dd:*"], "match one": [f"/dd:{make_rig.description(count - 1)}"],
-                 "rename all": ["/dd:*", "-cd:*x"], "set one id": [f"/dn:{count - 1}", "-ci:3"]}
+                 "match all, traced": ["/dd:*"], "rename all": ["/dd:*", "-cd:*x"],
+                 "set one id": [f"/dn:{count - 1}", "-ci:3"]}
     made = {}
     for name, words in arguments.items():
         state = folder / f"{count}.{name.replace(' ', '-')}.state"
-        made[name] = Command(QUTIL, *words, fresh=state, VELQ_RIG=rig, VELQ_STATE=state)
+        traced = {"LD_PRELOAD": probe(), "VELQ_TRACE": "/dev/null"} if "traced" in name else {}
+        made[name] = Command(QUTIL, *words, fresh=state, VELQ_RIG=rig, VELQ_STATE=state, **traced)
         lines = made[name].output().count("\n")
         if lines != LINES[name](count):
             raise Failure(f"{name} of {count}: {lines} lines of output, not {LINES[name](count)}")

@@ -18,11 +18,16 @@ class Failure(Exception):
 def build(packages):
     """Builds all that is measured, with those packages installed that script/setup has under this name."""
     subprocess.run([ROOT / "script/setup", packages], check=True)
-    subprocess.run([ROOT / "script/build", "release", "qutil", "minimal_library"], check=True)
+    subprocess.run([ROOT / "script/build", "release", "qutil", "velq-probe", "minimal_library"], check=True)
     if not (FLOORS / "build.ninja").exists():
         subprocess.run(["cmake", "-S", ROOT / "bench", "-B", FLOORS, "-G", "Ninja"], check=True,
                        stdout=subprocess.DEVNULL)
     subprocess.run(["ninja", "-C", FLOORS, "--quiet"], check=True, stdout=sys.stderr)
+
+
+def probe():
+    """The probe of the build that is measured."""
+    return next((ROOT / "build/release").glob("lib*/**/libvelq-probe.so"))
 
 
 class Command:

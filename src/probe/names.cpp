@@ -1,5 +1,7 @@
 #include "probe/names.h"
 
+#include <utility>
+
 namespace probe {
 
 std::string HandleNames::nameOf(const void* handle, const char* kind) {
@@ -10,21 +12,19 @@ std::string HandleNames::nameOf(const void* handle, const char* kind) {
 }
 
 void HandleNames::adopt(const void* handle, const void* parent) {
-  const auto [known, isNew] = parents_.emplace(handle, parent);
-  if (!isNew && known->second == parent) return;
   // A library may return an object from several owners, or use an address again: the last owner counts.
-  if (!isNew) children_[known->second].erase(handle);
-  known->second = parent;
-  children_[parent].insert(handle);
+  if (std::exchange(parents_[handle], parent) != parent) children_[parent].push_back(handle);
 }
 
 void HandleNames::forget(const void* handle) {
   numbers_.erase(handle);
   const auto node = children_.extract(handle);
   if (node.empty()) return;
-  // Taken out first: in a library that returns a handle twice, an owner can be below itself.
   for (const void* const child : node.mapped()) {
-    parents_.erase(child);
+    const auto known = parents_.find(child);
+    if (known == parents_.end() || known->second != handle) continue;
+    // Erased first: in a library that returns a handle twice, an owner can be below itself.
+    parents_.erase(known);
     forget(child);
   }
 }

@@ -5,9 +5,10 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <unordered_map>
-#include <unordered_set>
+#include <vector>
 
 namespace probe {
 
@@ -29,7 +30,8 @@ constexpr const char* kindName() {
 /// The names that handles have been given in this process.
 class HandleNames {
  public:
-  /// The name of a handle, a new one when the address has not been seen as this kind before; "null" for null.
+  /// The name of a handle, a new one when the address has not been seen as this kind before; "null" for null. `kind` is
+  /// a literal.
   std::string nameOf(const void* handle, const char* kind);
 
   /// Remembers that `handle` was obtained from `parent`.
@@ -40,10 +42,10 @@ class HandleNames {
   void forget(const void* handle);
 
  private:
-  std::unordered_map<const void*, std::map<std::string, int>> numbers_;  ///< by kind: objects can share an address
+  std::unordered_map<const void*, std::map<std::string_view, int>> numbers_;  ///< by kind: objects can share an address
   std::unordered_map<const void*, const void*> parents_;
-  std::unordered_map<const void*, std::unordered_set<const void*>> children_;  ///< the inverse of parents_
-  std::map<std::string, int> counts_;
+  std::unordered_map<const void*, std::vector<const void*>> children_;  ///< and those that have another parent now
+  std::map<std::string_view, int> counts_;
 };
 
 }  // namespace probe
