@@ -40,7 +40,7 @@ class Command:
                             **{name: str(value) for name, value in variables.items()}}
 
     def under(self, *wrapper, **variables):
-        """Runs it to the end behind the words of `wrapper` and returns what came of it."""
+        """Runs it to the end behind the words of `wrapper` and returns the completed process."""
         if self.fresh:
             for suffix in "", "-journal":
                 pathlib.Path(f"{self.fresh}{suffix}").unlink(missing_ok=True)

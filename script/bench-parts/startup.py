@@ -1,4 +1,4 @@
-"""What a run costs beside programs that do the least, and beside others that people know."""
+"""What a command costs beside minimal programs and well-known ones."""
 import shutil
 import statistics
 
@@ -10,25 +10,25 @@ OTHERS = ("lsusb", "gpiodetect", "iio_info", "sigrok-cli -d demo --scan", "dfu-u
 TIMES = 41
 
 
-def tool_commands(folder):
+def tool_commands(directory):
     """The four commands on the example library, on the simulator without a state, and with one."""
-    state = folder / "startup.state"
+    state = directory / "startup.state"
     Command(QUTIL, "/dn:2", "-cd:Renamed", VELQ_STATE=state).output()
-    places = {"example library": {"LD_LIBRARY_PATH": EXAMPLE}, "built-in rig": {"VELQ_STATE": folder / "none"},
+    places = {"example library": {"LD_LIBRARY_PATH": EXAMPLE}, "built-in rig": {"VELQ_STATE": directory / "none"},
               "built-in rig, with a state": {"VELQ_STATE": state}}
     return {(name, place): Command(QUTIL, *arguments, **variables)
             for place, variables in places.items() for name, arguments in ARGUMENTS.items()}
 
 
-def floors(folder):
-    text = Command(QUTIL, VELQ_STATE=folder / "none").output()
+def floors(directory):
+    text = Command(QUTIL, VELQ_STATE=directory / "none").output()
     read_all = (FLOORS / "read_all", text, BUILT_IN_RIG)
     return {("C, prints the same bytes", "floor"): Command(FLOORS / "print_c", text),
             ("C, sets the locale too", "floor"): Command(FLOORS / "print_locale_c", text),
             ("C++, static runtime", "floor"): Command(FLOORS / "print_static_cpp", text),
             ("C++, dynamic runtime", "floor"): Command(FLOORS / "print_cpp", text),
             ("C++, parses the rig first", "floor"): Command(*read_all),
-            ("C++, reads the state too", "floor"): Command(*read_all, folder / "startup.state")}
+            ("C++, reads the state too", "floor"): Command(*read_all, directory / "startup.state")}
 
 
 def measure(command, reference):
@@ -41,9 +41,9 @@ def measure(command, reference):
             "kilobytes": statistics.median(mine[1] for mine, _ in pairs), "libraries": command.libraries()}
 
 
-def measure_all(folder):
+def measure_all(directory):
     """Figures by name and place, None for what is not installed."""
-    commands = {**tool_commands(folder), **floors(folder)}
+    commands = {**tool_commands(directory), **floors(directory)}
     for line in OTHERS:
         commands[line, "other tool"] = Command(*line.split()) if shutil.which(line.split()[0]) else None
     reference = commands["C, prints the same bytes", "floor"]

@@ -1,4 +1,4 @@
-"""Commands that change something, the folder in which each runs, and what they leave behind there."""
+"""Commands that change something, the directory in which each runs, and what they leave there."""
 import json
 import os
 import pathlib
@@ -12,7 +12,7 @@ import tempfile
 from recording import CHANGING, UNKNOWN, Disk, calls
 from rig import Fault, build
 
-# By name: the arguments, standard input, and whether a rig of the folder's own is needed, which holds a group already.
+# By name: the arguments, standard input, and whether a rig of the directory's own is needed, which has a group already.
 COMMANDS = {
     "listing": ([], "", False),
     "-cd:": (["/dn:0", "-cd:New"], "", False),
@@ -29,7 +29,7 @@ LONGEST_RUN = 20
 
 
 class Bench:
-    """The programs, and a place in memory for the folders; gone with the object."""
+    """The programs, and a place in memory for the directories; removed with the object."""
 
     def __init__(self, options):
         subprocess.run([options.root / "script" / "setup", "check"], check=True)
@@ -50,7 +50,7 @@ class Stage:
     def __init__(self, bench, name, beginning):
         self.bench, self.name, self.beginning = bench, name, beginning
         self.arguments, self.input, self.has_rig = COMMANDS[name]
-        self.template = self.folder("template")
+        self.template = self.directory("template")
         self.template.mkdir()
         (self.template / "new.fw").write_bytes(b"payload")
         suffix = ["dfu-suffix", "-p", "0x3216", "-d", "0x0500", "-a", self.template / "new.fw"]
@@ -65,30 +65,30 @@ class Stage:
         if bool(self.before) != (beginning == "existing"):
             raise Fault(f"{name}: the state to begin with holds {self.before}")
 
-    def folder(self, what):
+    def directory(self, what):
         """All at the same depth, for that decides how many system calls a run makes."""
         return self.bench.place / f"{self.name}.{self.beginning}.{what}"
 
     def copy(self, what):
-        folder = self.folder(what)
-        shutil.rmtree(folder, ignore_errors=True)
-        shutil.copytree(self.template, folder)
-        return folder
+        directory = self.directory(what)
+        shutil.rmtree(directory, ignore_errors=True)
+        shutil.copytree(self.template, directory)
+        return directory
 
-    def state(self, folder):
-        return folder / ("rig.json.state" if self.has_rig else "made/velq-sim/state")
+    def state(self, directory):
+        return directory / ("rig.json.state" if self.has_rig else "made/velq-sim/state")
 
-    def environment(self, folder):
-        place = {"XDG_STATE_HOME": str(folder / "made")}
+    def environment(self, directory):
+        place = {"XDG_STATE_HOME": str(directory / "made")}
         if self.has_rig:
-            place = {"VELQ_RIG": str(folder / "rig.json"), "VELQ_STATE": str(self.state(folder))}
+            place = {"VELQ_RIG": str(directory / "rig.json"), "VELQ_STATE": str(self.state(directory))}
         return {**place, "LC_ALL": "C", "PATH": "/usr/bin:/bin"}
 
-    def run(self, folder, arguments=EVERYTHING, wrapper=()):
+    def run(self, directory, arguments=EVERYTHING, wrapper=()):
         """Runs to the end, which is forced after LONGEST_RUN seconds. Returns status, output and errors."""
         command = [*wrapper, self.bench.tool, *arguments]
         pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
-        process = subprocess.Popen(command, cwd=folder, env=self.environment(folder), start_new_session=True, **pipes)
+        process = subprocess.Popen(command, cwd=directory, env=self.environment(directory), start_new_session=True, **pipes)
         try:
             output, errors = process.communicate(self.input.encode(), LONGEST_RUN)
         except subprocess.TimeoutExpired:
@@ -96,18 +96,18 @@ class Stage:
             output, errors = process.communicate()
         return process.returncode, output.decode(errors="replace"), errors.decode(errors="replace")
 
-    def strace(self, folder, *options):
+    def strace(self, directory, *options):
         """Runs the command with trace, without sleeps and under strace, which writes the file "record"."""
-        variables = [word for pair in self.traced(folder) for word in ("-E", pair)]
-        return self.run(folder, self.arguments, ["strace", "-o", folder / "record", "-y", *options, *variables])
+        variables = [word for pair in self.traced(directory) for word in ("-E", pair)]
+        return self.run(directory, self.arguments, ["strace", "-o", directory / "record", "-y", *options, *variables])
 
-    def traced(self, folder):
+    def traced(self, directory):
         """The variables with which a run is traced and does not sleep."""
-        return [f"LD_PRELOAD={self.bench.preload}", f"VELQ_TRACE={folder}/trace"]
+        return [f"LD_PRELOAD={self.bench.preload}", f"VELQ_TRACE={directory}/trace"]
 
-    def rows(self, folder):
-        """What the state keeps, by device and item. Fault when the database is not whole."""
-        state = self.state(folder)
+    def rows(self, directory):
+        """What the state contains, by device and item. Fault when the database is damaged."""
+        state = self.state(directory)
         if not state.exists() or state.stat().st_size == 0:
             return {}
         database = sqlite3.connect(state)
@@ -123,9 +123,9 @@ class Stage:
         finally:
             database.close()
 
-    def look(self, folder):
+    def look(self, directory):
         """What a run without faults shows of all devices; Fault when it complains. Before rows(), which may heal."""
-        status, output, errors = self.run(folder)
+        status, output, errors = self.run(directory)
         if errors or status != 0:
             raise Fault(f"the next run complains: {errors.strip()!r}, status {status}")
         return output
@@ -135,22 +135,22 @@ class Story:
     """A run without faults: its calls, its output, and what the state held after each line of the trace."""
 
     def __init__(self, stage, watched):
-        self.folder = stage.copy("story")
-        self.disk = Disk(self.folder)
+        self.directory = stage.copy("story")
+        self.disk = Disk(self.directory)
         options = ["-xx", "-s", "1000000", "-e", "trace=" + ",".join({*watched, *CHANGING, *UNKNOWN})]
-        self.status, self.output, self.errors = stage.strace(self.folder, *options)
-        self.calls = list(calls(self.folder / "record"))
+        self.status, self.output, self.errors = stage.strace(self.directory, *options)
+        self.calls = list(calls(self.directory / "record"))
         self.stage = stage
         self.contents = [stage.before]
         self.lines = []  # of the trace, all of them
         self.changing = []  # which of these came with the next contents
 
     def play(self):
-        """Gives each call once its change has been made to the disk. Fills contents and lines on the way."""
+        """Yields each call once its change has been made to the disk. Fills contents and lines on the way."""
         for call in self.calls:
             if not call.succeeded or not self.disk.apply(call):
                 continue
-            if call.path == f"{self.folder}/trace":
+            if call.path == f"{self.directory}/trace":
                 rows = self.rows_on(self.disk.after_crash(always, always))
                 if rows != self.contents[-1]:
                     self.contents.append(rows)
@@ -161,24 +161,24 @@ class Story:
             raise Fault(f"{self.stage.name} without a fault: {self.output!r} {self.errors!r}, no change was seen")
 
     def rows_on(self, files):
-        return self.stage.rows(restore(files, self.folder, self.stage.folder("image")))
+        return self.stage.rows(restore(files, self.directory, self.stage.directory("image")))
 
 
 def always():
     return True
 
 
-def restore(files, origin, folder):
-    """Makes a folder of files that lay in `origin`."""
-    shutil.rmtree(folder, ignore_errors=True)
-    folder.mkdir()
+def restore(files, origin, directory):
+    """Creates a directory of files that were in `origin`."""
+    shutil.rmtree(directory, ignore_errors=True)
+    directory.mkdir()
     for path, content in files.items():
-        target = folder / pathlib.Path(path).relative_to(origin)
+        target = directory / pathlib.Path(path).relative_to(origin)
         if content is None:
             target.mkdir()
         else:
             target.write_bytes(content)
-    return folder
+    return directory
 
 
 def without_numbers(line):

@@ -15,15 +15,15 @@ FUZZERS = ["tool", "rig"]
 
 def fuzz(options):
     subprocess.run([options.root / "script" / "setup", "check"], check=True)
-    folder = build(options.root, "fuzz", "fuzzers") / "fuzz"
+    directory = build(options.root, "fuzz", "fuzzers") / "fuzz"
     for name in FUZZERS:
-        found = folder / "found" / name
+        found = directory / "found" / name
         found.mkdir(parents=True, exist_ok=True)
         if name == "rig":
             shutil.copy(options.root / "src" / "simulator" / "rig" / "builtin_rig.json", found)
         limits = [f"-max_total_time={options.seconds}", "-timeout=10", "-max_len=2048"]
         reports = ["-print_final_stats=1", f"-artifact_prefix={found}-"]
-        command = [folder / f"fuzz_{name}", *limits, *reports, found, options.root / "fuzz" / "corpus" / name]
+        command = [directory / f"fuzz_{name}", *limits, *reports, found, options.root / "fuzz" / "corpus" / name]
         run = subprocess.run(command, env={**os.environ, "LC_ALL": "C"}, capture_output=True, text=True, errors="replace")
         if run.returncode != 0:
             lines = [line for line in run.stderr.splitlines() if "ERROR" in line or "error" in line or "Test unit" in line]

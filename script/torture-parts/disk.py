@@ -16,19 +16,19 @@ NAME = "New" + "name" * 10
 
 
 def check_refusal(rig, what, *, listed, problem="", **more):
-    """One change and one look at the list. Returns whether the change was kept; a refusal is one line that names the state."""
+    """One change and one look at the list. Returns whether the change was saved; a refusal is one line that names the state."""
     output, errors = rig.run("/dn:7", f"-cd:{NAME}", **more)
-    kept = " has changed from " in output
+    saved = " has changed from " in output
     line = f"velq-sim: {rig.state}: {problem}"
-    if not kept and ("setDescription error!" not in output or not errors.startswith(line) or errors.count("\n") != 1):
+    if not saved and ("setDescription error!" not in output or not errors.startswith(line) or errors.count("\n") != 1):
         raise Fault(f"{what}: {output!r} {errors!r}, expected {line!r}")
-    if kept and problem:
+    if saved and problem:
         raise Fault(f"{what}: the change was taken")
-    names = [NAME if n == 7 and kept else text for n, text in enumerate(listed)]
+    names = [NAME if n == 7 and saved else text for n, text in enumerate(listed)]
     list_output = rig.run(**more)[0]
     if list_output.splitlines()[1:] != [f"{n},{text}" for n, text in enumerate(names)]:
         raise Fault(f"{what}: the list became {list_output!r}")
-    return kept, errors
+    return saved, errors
 
 
 def names_in(rig):
@@ -36,15 +36,15 @@ def names_in(rig):
 
 
 def sweep(rig, step, limit):
-    """Tries a change with ever more room, `limit` giving and taking it, until one fits. Returns how often it did not."""
+    """Tries a change with more and more room, which `limit` sets and resets, until one fits. Returns how often it did not."""
     rig.run("/dd:W*", "-cd:?????.1")
     listed, refused, reasons = names_in(rig), 0, set()
     while True:
         with limit(refused * step) as more:
-            kept, errors = check_refusal(rig, f"room for {refused * step} bytes", listed=listed, **more)
-        if (names_in(rig)[7] == NAME) != kept:
-            raise Fault(f"room for {refused * step} bytes: reported and kept differ")
-        if kept:
+            saved, errors = check_refusal(rig, f"room for {refused * step} bytes", listed=listed, **more)
+        if (names_in(rig)[7] == NAME) != saved:
+            raise Fault(f"room for {refused * step} bytes: reported and saved differ")
+        if saved:
             return refused, reasons
         reasons.add(errors.split(": ", 2)[2].strip())
         refused += 1
@@ -70,8 +70,8 @@ class SmallFiles:
 class FullDisk:
     """The file system of the state has `room` bytes left."""
 
-    def __init__(self, folder, room):
-        self.filler = folder / "filler"
+    def __init__(self, directory, room):
+        self.filler = directory / "filler"
         self.room = room
 
     def __enter__(self):
@@ -83,19 +83,19 @@ class FullDisk:
         self.filler.unlink()
 
 
-def fill_mounted(tool, folder):
-    """Runs in a mount namespace of its own, the folder being a small file system."""
-    rig = Rig(type("Options", (), {"tool": tool}), folder)
-    refused, reasons = sweep(rig, 4096, lambda room: FullDisk(rig.folder, room))
-    print(f"full file system: {refused} changes refused, the next one kept, nothing lost ({'; '.join(sorted(reasons))})")
+def fill_mounted(tool, directory):
+    """Runs in its own mount namespace, in which the directory is a small file system."""
+    rig = Rig(type("Options", (), {"tool": tool}), directory)
+    refused, reasons = sweep(rig, 4096, lambda room: FullDisk(rig.directory, room))
+    print(f"full file system: {refused} changes refused, the next one saved, nothing lost ({'; '.join(sorted(reasons))})")
 
 
-def full_file_system(options, folder):
+def full_file_system(options, directory):
     mount = 'mount -t tmpfs -o size=512k none "$1" && shift && exec "$@"'
-    namespace = ["unshare", "--map-root-user", "--mount", "sh", "-c", mount, "sh", folder]
+    namespace = ["unshare", "--map-root-user", "--mount", "sh", "-c", mount, "sh", directory]
     if subprocess.run([*namespace, "true"], capture_output=True).returncode != 0:
         return "full file system: NOT RUN, mounting is not permitted here"
-    command = [*namespace, sys.executable, __file__, str(options.tool), folder]
+    command = [*namespace, sys.executable, __file__, str(options.tool), directory]
     run = subprocess.run(command, capture_output=True, text=True)
     if run.returncode != 0:
         raise Fault(run.stderr)
@@ -118,10 +118,10 @@ def make_cases(rig):
     changed, plain = [*names_in(rig)], [items["description"] for items in rig.initial.values()]
     return [
         ("read-only file", lambda: rig.state.chmod(0o400), "cannot be opened for writing: Permission denied", changed),
-        ("read-only folder", lambda: rig.folder.chmod(0o500), "its directory cannot be written: Permission denied", changed),
+        ("read-only directory", lambda: rig.directory.chmod(0o500), "its directory cannot be written: Permission denied", changed),
         ("unreadable file", lambda: rig.state.chmod(0), "cannot be opened: Permission denied", plain),
-        ("read-only folder, no file", lambda: (rig.state.unlink(), rig.folder.chmod(0o500)), "cannot be created: Permission denied", plain),
-        ("no folder", lambda: setattr(rig, "state", rig.folder / "none" / "state"), "cannot be created: No such file or directory", plain),
+        ("read-only directory, no file", lambda: (rig.state.unlink(), rig.directory.chmod(0o500)), "cannot be created: Permission denied", plain),
+        ("no directory", lambda: setattr(rig, "state", rig.directory / "none" / "state"), "cannot be created: No such file or directory", plain),
         ("no database", lambda: rig.state.write_bytes(b"text " * 2000), "cannot be used: file is not a database", plain),
         ("half a database", truncate, "cannot be used: database disk image is malformed", plain),
         ("another program's database", foreign_database, "is not a database of this simulator", plain),
@@ -145,7 +145,7 @@ def unusable(options):
         spoil()
         before = bytes_of(rig.state)
         check_refusal(rig, what, listed=listed, problem=problem, wrapper=UNPRIVILEGED)
-        rig.folder.chmod(0o700)
+        rig.directory.chmod(0o700)
         if bytes_of(rig.state) != before:
             raise Fault(f"{what}: the file was touched")
     return f"{count} unusable states: one line and a failure status each, the file untouched, reading went on"
@@ -153,9 +153,9 @@ def unusable(options):
 
 def fill_and_forbid(options):
     refused, reasons = sweep(Rig(options), 512, SmallFiles)
-    yield f"limited files: {refused} changes refused, the next one kept, nothing lost ({'; '.join(sorted(reasons))})"
-    folder = Rig(options)
-    yield full_file_system(options, str(folder.folder))
+    yield f"limited files: {refused} changes refused, the next one saved, nothing lost ({'; '.join(sorted(reasons))})"
+    directory = Rig(options)
+    yield full_file_system(options, str(directory.directory))
     yield unusable(options)
 
 

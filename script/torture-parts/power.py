@@ -13,7 +13,7 @@ def never():
 
 
 def losses(chance, shuffles):
-    """What to keep of names and of data that are not safe yet."""
+    """What to retain of names and of data that are not safe yet."""
     for names in (never, always):
         for data in (never, always):
             yield names, data
@@ -40,9 +40,9 @@ class Cuts:
     def violations(self):
         for files, reported in self.disks.items():
             try:
-                folder = restore(dict(files), self.story.folder, self.stage.folder("image"))
-                self.stage.look(folder)
-                rows = self.stage.rows(folder)
+                directory = restore(dict(files), self.story.directory, self.stage.directory("image"))
+                self.stage.look(directory)
+                rows = self.stage.rows(directory)
             except Fault as fault:
                 yield f"{next(iter(reported.values()))}: {fault}"
                 continue

@@ -56,10 +56,10 @@ class Workers:
             thread.join()
         if self.faults:
             raise self.faults[0]
-        kept = rig.contents()
-        lost = [n for n in kept if n % WORKERS != ignored and kept[n] != self.expected[n]]
+        saved = rig.contents()
+        lost = [n for n in saved if n % WORKERS != ignored and saved[n] != self.expected[n]]
         if lost:
-            raise Fault(f"boards {lost} lost changes: {[(kept[n], self.expected[n]) for n in lost]}")
+            raise Fault(f"boards {lost} lost changes: {[(saved[n], self.expected[n]) for n in lost]}")
 
 
 def change_at_once(options):
@@ -79,7 +79,7 @@ class Victim:
         self.rig = rig
         self.round = 0
         self.line_seconds = 0.02
-        self.tallies = {"killed": 0, "reported": 0, "kept unreported": 0, "cut off": 0}
+        self.tallies = {"killed": 0, "reported": 0, "saved unreported": 0, "cut off": 0}
 
     def option(self):
         return f"-cd:?????.{self.round:04}" if self.round % 2 else f"-ci:{self.round}"
@@ -92,7 +92,7 @@ class Victim:
         return [step for n in boards for step in ((n, "board id", self.round), (n, "description", f"{board(n, self.round - 1)}#{self.round}"))]
 
     def play(self):
-        """One round. Throws Fault unless what was kept is a beginning of the changes and holds all that were reported."""
+        """One round. Throws Fault unless what was saved is a beginning of the changes and contains all that were reported."""
         self.round += 1
         renames = self.round % 2 == 1
         steps = self.steps()
@@ -101,14 +101,14 @@ class Victim:
         reported = [int(n) for n in (RENAMED if renames else NUMBERED).findall(output)]
         least = len(reported) * len(steps) // 8 - (0 if renames or not reported else 1)
         after = self.rig.contents()
-        kept = next((k for k in range(least, len(steps) + 1) if after_steps(before, steps[:k], after)), None)
-        if kept is None:
+        saved = next((k for k in range(least, len(steps) + 1) if after_steps(before, steps[:k], after)), None)
+        if saved is None:
             raise Fault(f"round {self.round}: {len(reported)} reported, {before} became {after}")
         if killed:
             self.tallies["killed"] += 1
             self.tallies["reported"] += len(reported)
-            self.tallies["kept unreported"] += kept - least
-            self.tallies["cut off"] += 0 < kept < len(steps)
+            self.tallies["saved unreported"] += saved - least
+            self.tallies["cut off"] += 0 < saved < len(steps)
         self.heal()
 
     def run(self, option):

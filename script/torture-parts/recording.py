@@ -48,7 +48,7 @@ class File:
         self.pending = []
 
     def content(self, keeps):
-        """`keeps` is asked for each change that is not safe."""
+        """`keeps` decides on each change that is not safe."""
         data = bytearray(self.synced)
         for change in self.pending:
             if keeps():
@@ -67,11 +67,11 @@ def resize(data, length):
 
 
 class Disk:
-    """The files beneath a folder. What no fsync of the file, or of the folder that names it, made safe can be lost."""
+    """The files beneath a directory. What no fsync of the file, or of the directory that names it, made safe can be lost."""
 
-    def __init__(self, folder):
-        self.root = str(folder)
-        paths = [folder, *folder.rglob("*")]
+    def __init__(self, directory):
+        self.root = str(directory)
+        paths = [directory, *directory.rglob("*")]
         self.named = {str(path): None if path.is_dir() else File(path.read_bytes()) for path in paths}
         self.safe = dict(self.named)
         self.pending = []
@@ -85,7 +85,7 @@ class Disk:
         return getattr(self, "do_" + call.name)(call) is not False
 
     def enter(self, path, entry):
-        """Names a file or, with None, a folder; with False the name goes."""
+        """Names a file or, with None, a directory; with False the name is removed."""
         self.pending.append((path, entry))
         put(self.named, path, entry)
 
@@ -124,7 +124,7 @@ class Disk:
     do_fsync = do_fdatasync
 
     def after_crash(self, keeps_entry, keeps_data):
-        """The files that are left when power goes, None for a folder. The functions say what unsafe is kept."""
+        """The files that are left when power goes, None for a directory. The functions say what unsafe is saved."""
         entries = dict(self.safe)
         for path, made in self.pending:
             if keeps_entry():
@@ -133,8 +133,8 @@ class Disk:
         return {path: entries[path] and entries[path].content(keeps_data) for path in reached}
 
     def is_reached(self, path, entries):
-        folder = path.rsplit("/", 1)[0]
-        return folder == self.root or (folder in entries and self.is_reached(folder, entries))
+        directory = path.rsplit("/", 1)[0]
+        return directory == self.root or (directory in entries and self.is_reached(directory, entries))
 
 
 def put(entries, path, entry):

@@ -1,4 +1,4 @@
-"""A rig of 64 boards, the tool run on it, and what its state keeps."""
+"""A rig of 64 boards, the tool run on it, and what its state contains."""
 import json
 import os
 import pathlib
@@ -11,7 +11,7 @@ WORKERS = 8
 
 
 class Fault(Exception):
-    """Something that must not happen; the text says what."""
+    """Something that must not happen; the message says what."""
 
 
 def build(root, preset, *targets):
@@ -21,22 +21,22 @@ def build(root, preset, *targets):
 
 
 class Rig:
-    """A folder with rig.json and state, gone with the object. Board n belongs to worker n % 8 and is described "W3_19.0000"."""
+    """A directory with rig.json and state, removed with the object. Board n belongs to worker n % 8 and is described "W3_19.0000"."""
 
-    def __init__(self, options, folder=None):
+    def __init__(self, options, directory=None):
         self.tool = str(options.tool)
-        self.own = None if folder else tempfile.TemporaryDirectory(prefix="qutil-torture-")
-        self.folder = pathlib.Path(folder or self.own.name)
-        self.state = self.folder / "state"
+        self.own = None if directory else tempfile.TemporaryDirectory(prefix="qutil-torture-")
+        self.directory = pathlib.Path(directory or self.own.name)
+        self.state = self.directory / "state"
         self.initial = {n: {"board id": 0, "description": f"W{n % WORKERS}_{n:02}.0000"} for n in range(DEVICES)}
         self.write({n: items["description"] for n, items in self.initial.items()})
 
     def write(self, descriptions):
         boards = [{"number": n, "description": text, "highest_board_id": 2**31 - 1} for n, text in descriptions.items()]
-        (self.folder / "rig.json").write_text(json.dumps({"devices": boards}))
+        (self.directory / "rig.json").write_text(json.dumps({"devices": boards}))
 
     def start(self, *arguments, **more):
-        environment = {"VELQ_RIG": str(self.folder / "rig.json"), "VELQ_STATE": str(self.state), "LC_ALL": "C"}
+        environment = {"VELQ_RIG": str(self.directory / "rig.json"), "VELQ_STATE": str(self.state), "LC_ALL": "C"}
         command = [*more.pop("wrapper", []), self.tool, *arguments]
         pipes = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
         return subprocess.Popen(command, env={**environment, "PATH": os.environ["PATH"]}, **{**pipes, **more})

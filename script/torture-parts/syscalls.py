@@ -1,4 +1,4 @@
-"""Each system call of a command fails once: what is reported is kept, what is refused is not, none fails unseen."""
+"""Each system call of a command fails once: what is reported is saved, what is refused is not, none fails unseen."""
 import collections
 import concurrent.futures
 import os
@@ -63,10 +63,10 @@ class Trial:
 
     def play(self, case):
         """Returns what was wrong, None when nothing was; and what happened, in words."""
-        folder = self.stage.copy(threading.get_ident())
+        directory = self.stage.copy(threading.get_ident())
         disturb = self.close if case[0] == "closed" else self.inject
         try:
-            what, status, output, errors = disturb(folder, *case)
+            what, status, output, errors = disturb(directory, *case)
             seen = f"{what}\nstatus {status}\n{output}{errors}"
         except Fault as fault:
             return str(fault), ""
@@ -75,46 +75,46 @@ class Trial:
                 raise Fault(f"ended by signal {-status}, or hung")
             # The tool's own streams are its user's affair.
             is_ours = case[0] != "closed" and not what.split("(", 1)[1].startswith(("0<", "1<", "2<"))
-            self.judge(folder, output, errors, is_ours)
+            self.judge(directory, output, errors, is_ours)
             if case[0] in REPEATED and case[2] == "EINTR" and OWN_FILE.search(what) and output != self.story.output:
                 raise Fault("not made again after a signal")
         except Fault as fault:
             return str(fault), seen
         return None, seen
 
-    def close(self, folder, _, streams):
+    def close(self, directory, _, streams):
         closing = " ".join(f"{stream}>&-" for stream in streams)
-        wrapper = ["sh", "-c", f'exec "$@" {closing}', "sh", "env", *self.stage.traced(folder)]
-        return closing, *self.stage.run(folder, self.stage.arguments, wrapper)
+        wrapper = ["sh", "-c", f'exec "$@" {closing}', "sh", "env", *self.stage.traced(directory)]
+        return closing, *self.stage.run(directory, self.stage.arguments, wrapper)
 
-    def inject(self, folder, name, number, error):
+    def inject(self, directory, name, number, error):
         options = ["-e", f"trace={name}", "-e", f"inject={name}:error={error}:when={number}"]
-        result = self.stage.strace(folder, *options)
-        lines = (folder / "record").read_text(errors="replace").splitlines()
+        result = self.stage.strace(directory, *options)
+        lines = (directory / "record").read_text(errors="replace").splitlines()
         injected = [line for line in lines if line.endswith("(INJECTED)")]
         if not injected:
             raise Fault("the call was not made")
         return injected[0], *result
 
-    def judge(self, folder, output, errors, is_ours):
-        trace = folder / "trace"
+    def judge(self, directory, output, errors, is_ours):
+        trace = directory / "trace"
         lines = [without_numbers(line) for line in trace.read_text().splitlines()] if trace.exists() else []
         lost = "VELQ_TRACE" in errors or "cannot be preloaded" in errors
         if any(line and line in self.story.output.splitlines() for line in lines):
             raise Fault("the trace holds what was printed")
-        view = self.stage.look(folder)
-        rows = self.stage.rows(folder)
+        view = self.stage.look(directory)
+        rows = self.stage.rows(directory)
         allowed = self.allowed(self.story.lines if lost else lines)
         wrong = {key: rows.get(key) for key in {**rows, **allowed} if rows.get(key) not in allowed.get(key, [None])}
         if wrong:
-            raise Fault(f"kept and reported differ: {wrong} after {lines[-3:]}")
+            raise Fault(f"saved and reported differ: {wrong} after {lines[-3:]}")
         if self.views.setdefault(frozenset(rows.items()), view) != view:
             raise Fault("another run with the same state showed other devices")
         as_ever = output == self.story.output and rows == self.story.contents[-1]
         if errors.count("velq-sim: ") > 1:
             raise Fault("more than one line for one cause")
         if is_ours and not as_ever and not errors and "rror" not in output:
-            raise Fault("failed without a word")
+            raise Fault("failed silently")
         if not as_ever and "VELQ_TRACE" in errors:
             raise Fault("the loss of the trace changed what the command did")
 
@@ -133,7 +133,7 @@ class Trial:
 
 
 def play_all(trial, name, beginning, options):
-    """Gives for each case its label, what was wrong, and what happened."""
+    """Yields for each case its label, what was wrong, and what happened."""
     cases = {"/".join([name, beginning, *case]): case for case in trial.cases()}
     if options.only:
         cases = {label: case for label, case in cases.items() if label == options.only}
@@ -161,13 +161,13 @@ class Capture:
 
     def run(self, name, *options):
         """Returns the status, standard error, and what was written, by file name."""
-        folder = self.place / name
-        shutil.rmtree(folder, ignore_errors=True)
-        folder.mkdir()
+        directory = self.place / name
+        shutil.rmtree(directory, ignore_errors=True)
+        directory.mkdir()
         tracing = [word for option in options for word in ("-e", option)]
-        command = ["strace", "-o", folder / "record", *tracing, self.program, "--capture", "copy"]
-        run = subprocess.run(command, cwd=folder, env={"HOME": str(folder)}, capture_output=True, text=True, timeout=20)
-        return run.returncode, run.stderr, {file.name: file.read_text() for file in folder.iterdir()
+        command = ["strace", "-o", directory / "record", *tracing, self.program, "--capture", "copy"]
+        run = subprocess.run(command, cwd=directory, env={"HOME": str(directory)}, capture_output=True, text=True, timeout=20)
+        return run.returncode, run.stderr, {file.name: file.read_text() for file in directory.iterdir()
                                             if file.name != "record"}
 
     def cases(self):
@@ -189,7 +189,7 @@ class Capture:
 
 
 def fail_capture(bench, options):
-    """Gives a line for each violation, and one that counts the runs."""
+    """Yields a line for each violation, and one that counts the processes."""
     capture = Capture(bench)
     cases = capture.cases()[::10 if options.short else 1]
     violations = 0
