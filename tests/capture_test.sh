@@ -66,15 +66,18 @@ device 6: description "QS-2004,BID#0" -> "Pump 04,BID#0"
 device 6: fusion device none -> 256
 device 7: description "QS-2004,BID#1" -> "Pump 04,BID#1"
 device 256: description none -> "Rig"' "$velq_sim" --changes
+"$velq_sim" --rig copy.json --state dissolved "$qutil" /dn:256 -defusion >out
+expect 0 'device 6: fusion device 256 -> none
+device 256: description "Rig" -> none' "$velq_sim" --rig copy.json --state dissolved --changes
 expect 1 "velq-sim: rig.json: cannot be opened: No such file or directory" "$velq_sim" --rig rig.json --changes
 echo x >bad
 other='name another file with VELQ_STATE or velq-sim --state'
 expect 1 "velq-sim: $work/bad: cannot be used: file is not a database; $other" "$velq_sim" --state bad --changes
 
 same "$(dirname "$minimal")"
-same "$(dirname "$odd")" '< 4,Locked
-< 5,Twin
-< 6,Negative
+same "$(dirname "$odd")" '< 5,Locked
+< 6,Twin
+< 7,Negative
 < Board ID: -5
 > Board ID: 0
 < ProductID:0xFFFFFFFE
@@ -82,8 +85,10 @@ same "$(dirname "$odd")" '< 4,Locked
 < version:0x12
 > version:0X12
 < Query firmware information Start!
-< ProductID:0x99
-> ProductID:0x11'
+< N/A,Empty is a SW device.
+< Empty fused devices:
+> Query firmware information Start!
+> Empty is not a fusion device.'
 diff left-out - <<'END' || fail "left out otherwise"
 velq-sim: the device library cannot create a calibration control, left out
 velq-sim: device "QB-11 \x{fc}\"\\": location: truncated to the 1000 characters that a rig can have
@@ -99,7 +104,8 @@ velq-sim: device "Twin": opens device 7, which is listed before; left out
 velq-sim: device "Negative": has the invalid number -4, left out
 velq-sim: device "Rig": child 4 has another product id than the first child, left out
 velq-sim: device "Rig": child 9 is a fusion device, left out
-velq-sim: device "Rig": product id 153: replaced by that of the first child
+velq-sim: device "Empty": child 77 is not listed, left out
+velq-sim: device "Empty": is a fusion device without children; on the copy it is a plain device
 END
 
 # By name, for the sanitizers' dlopen() does not search where the program would.
@@ -107,7 +113,7 @@ export LD_LIBRARY_PATH=$simulator
 exists='already exists; nothing was written'
 expect 1 "velq-sim: copy.json: $exists" "$velq_sim" --capture copy.json
 expect 1 'velq-sim: none/copy: No such file or directory; nothing was written' "$velq_sim" --capture none/copy
-expect 1 'velq-sim: standard output: No space left on device; nothing was written' \
+expect 1 'velq-sim: standard output: No space left on device' \
   sh -c '"$1" --capture - >/dev/full' - "$velq_sim"
 expect 1 'velq-sim: new: File too large; nothing was written' \
   sh -c '(ulimit -f 0; "$1" --capture new) 2>&1 | cat; exit 1' - "$velq_sim"

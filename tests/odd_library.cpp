@@ -24,6 +24,7 @@ Board boards[] = {
     {7, L"QB-11 \u00FC\"\\", 0x11, 20, L"123456789", L"rev B", {}},
     {3, L"QB-11 \xD800", 0x11, -5, L"1234567890", L"1.23", {}},
     {4, L"QB-12", -2, 0, nullptr, L"0x12", {}},
+    {6, L"Empty", 0x11, 0, nullptr, nullptr, {77}},
     {5, L"Locked", 0, 0, nullptr, nullptr, {}},
     {7, L"Twin", 0x11, 0, nullptr, nullptr, {}},
     {-4, L"Negative", 0, 0, nullptr, nullptr, {}},
@@ -100,10 +101,13 @@ const LibraryTable* CvxQuellisLibInitialize() {
   List::offer(objects);
   offerDevices(objects);
   offerFirmware(objects);
-  functions.CvxIsFusionDevice = [](int32_t number) { return number == 9 ? Success : ErrorNotOffered; };
-  functions.CvxFusionDeviceGetChildren = [](int32_t, int32_t* count, int32_t* children) {
-    std::copy(boards[0].children.begin(), boards[0].children.end(), children);
-    *count = static_cast<int32_t>(boards[0].children.size());
+  functions.CvxIsFusionDevice = [](int32_t number) {
+    const Board* const board = findBoard(number, L"");
+    return board == nullptr || board->children.empty() ? ErrorNotOffered : Success;
+  };
+  functions.CvxFusionDeviceGetChildren = [](int32_t number, int32_t* count, int32_t* children) {
+    const std::vector<int32_t>& all = findBoard(number, L"")->children;
+    *count = static_cast<int32_t>(std::copy(all.begin(), all.end(), children) - children);
     return Success;
   };
   fillMissing<NotOffered>(functions);

@@ -1,9 +1,7 @@
 #include "velq_sim/installed_rig.h"
 
 #include <cstdio>
-#include <map>
 #include <set>
-#include <utility>
 
 #include "text/utf8.h"
 #include "velq_sim/device_reader.h"
@@ -17,53 +15,54 @@ namespace {
 using namespace Automation::Velq;
 using simulator::Device;
 
-// Leaves out children that a rig cannot have, and fusion devices without any.
-class FusionRepair {
- public:
-  explicit FusionRepair(simulator::Rig& rig) : rig_(rig) {
-    for (Device& device : rig.devices) {
-      if (device.children) std::erase_if(*device.children, [&](int32_t child) { return !keep(device, child); });
-    }
-    std::erase_if(rig.devices, [](const Device& device) {
-      const bool isEmpty = device.children && device.children->empty();
-      if (isEmpty) reportDevice(text::fromUtf8(device.description), "is a fusion device without children, left out");
-      return isEmpty;
-    });
-    rig.positions.clear();
-    for (size_t i = 0; i < rig.devices.size(); ++i) rig.positions.emplace(rig.devices[i].number, i);
-  }
+void report(const Device& device, const std::string& message) {
+  reportDevice(text::fromUtf8(device.description), message);
+}
 
- private:
-  bool keep(const Device& fusion, int32_t number) {
-    const Device* const child = rig_.find(number);
-    const char* problem = nullptr;
-    if (child == nullptr)
-      problem = "is not listed";
-    else if (child->children)
-      problem = "is a fusion device";
-    else if (!taken_.insert(number).second)
-      problem = "belongs to another fusion device";
-    else if (child->productId != models_.emplace(fusion.number, child->productId).first->second)
-      problem = "has another product id than the first child";
-    if (problem != nullptr)
-      reportDevice(text::fromUtf8(fusion.description),
-                   "child " + std::to_string(number) + " " + problem + ", left out");
-    return problem == nullptr;
-  }
+// Why a rig cannot have the device as a child beside `siblings`; null when it can. `taken` has all children so far.
+const char* problemWithChild(const simulator::Rig& rig, int32_t number, const std::vector<int32_t>& siblings,
+                             const std::set<int32_t>& taken) {
+  const Device* const child = rig.find(number);
+  if (child == nullptr) return "is not listed";
+  if (child->children) return "is a fusion device";
+  if (taken.contains(number)) return "belongs to a fusion device already";
+  if (!siblings.empty() && child->productId != rig.find(siblings.front())->productId)
+    return "has another product id than the first child";
+  return nullptr;
+}
 
-  simulator::Rig& rig_;
-  std::set<int32_t> taken_;
-  std::map<int32_t, int32_t> models_;  ///< product id of the first child, by fusion device
-};
-
-// Leaves out the product ids of fusion devices, which a rig takes from their children.
-void dropFusionProductIds(simulator::Rig& rig) {
+// Leaves out children that a rig cannot have.
+void repairChildren(simulator::Rig& rig) {
+  std::set<int32_t> taken;
   for (Device& device : rig.devices) {
     if (!device.children) continue;
-    const int32_t own = std::exchange(device.productId, 0);
-    if (own != rig.find(device.children->front())->productId)
-      reportDevice(text::fromUtf8(device.description),
-                   "product id " + std::to_string(own) + ": replaced by that of the first child");
+    std::vector<int32_t> kept;
+    for (const int32_t number : *device.children) {
+      if (const char* const problem = problemWithChild(rig, number, kept, taken)) {
+        report(device, "child " + std::to_string(number) + " " + problem + ", left out");
+      } else {
+        kept.push_back(number);
+        taken.insert(number);
+      }
+    }
+    device.children = kept;
+  }
+}
+
+// A rig has no fusion device without children.
+void dropEmptyGroups(simulator::Rig& rig) {
+  for (Device& device : rig.devices) {
+    if (!device.children || !device.children->empty()) continue;
+    device.children.reset();
+    report(device, "is a fusion device without children; on the copy it is a plain device");
+  }
+}
+
+// Leaves out product ids that a rig has unless another is given.
+void dropUsualProductIds(simulator::Rig& rig) {
+  for (Device& device : rig.devices) {
+    const int32_t usual = device.children ? rig.find(device.children->front())->productId.value_or(0) : 0;
+    if (device.productId == usual) device.productId.reset();
   }
 }
 
@@ -89,8 +88,9 @@ simulator::Rig readInstalledRig() {
     else
       reportDevice(description, "opens device " + std::to_string(*number) + ", which is listed before; left out");
   }
-  FusionRepair{rig};
-  dropFusionProductIds(rig);
+  repairChildren(rig);
+  dropEmptyGroups(rig);
+  dropUsualProductIds(rig);
   if (rig.devices.empty()) throw Failure(Failed, "the device library lists no device that can be read");
   return rig;
 }

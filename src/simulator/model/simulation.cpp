@@ -79,9 +79,10 @@ int32_t Simulation::boardId(int32_t number) const {
 }
 
 int32_t Simulation::productId(int32_t number) const {
-  // A fusion device has the product id of its children, which is the same for all.
-  const Device* const device = rig_.find(isFusion(number) ? children(number).front() : number);
-  return device == nullptr ? 0 : device->productId;
+  const Device* const device = rig_.find(number);
+  if (device != nullptr && device->productId) return *device->productId;
+  // All children have the same.
+  return isFusion(number) ? productId(children(number).front()) : 0;
 }
 
 FirmwareVersion Simulation::firmwareVersion(int32_t number, size_t chip) const {

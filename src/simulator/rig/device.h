@@ -57,8 +57,8 @@ struct Solution {
 struct Device {
   static constexpr int32_t UsualHighestBoardId = 15;
 
-  int32_t number = 0;     ///< 0 and above
-  int32_t productId = 0;  ///< of a fusion device its children's counts
+  int32_t number = 0;                ///< 0 and above
+  std::optional<int32_t> productId;  ///< 0, or of a fusion device its first child's, unless given
   int32_t boardId = 0;
   int32_t highestBoardId = UsualHighestBoardId;  ///< -1: the board id cannot be set
   std::string description;

@@ -50,7 +50,7 @@ class FusionCheck {
       if (child->children) throw RigError(childPlace + "a device that is not a fusion device");
       if (!taken_.insert(child->number).second)
         throw RigError(childPlace + "a device that belongs to no other fusion device");
-      if (child->productId != rig_.find(children.front())->productId)
+      if (child->productId.value_or(0) != rig_.find(children.front())->productId.value_or(0))
         throw RigError(childPlace + "a device with the product id of the first child");
     }
   }

@@ -76,7 +76,7 @@ OrderedJson addressOf(uint64_t address) { return hexadecimal(address); }
 
 OrderedJson deviceOf(const Device& device) {
   OrderedJson object = {{"number", device.number}, {"description", device.description}};
-  if (device.productId != 0) object["product_id"] = hexadecimal(static_cast<uint64_t>(device.productId));
+  if (device.productId) object["product_id"] = hexadecimal(static_cast<uint64_t>(*device.productId));
   addUnless(object, "board_id", device.boardId, 0);
   addUnless(object, "highest_board_id", device.highestBoardId, Device::UsualHighestBoardId);
   addIfGiven(object, "board_version", device.boardVersion);
