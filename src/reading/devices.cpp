@@ -17,11 +17,14 @@ DeviceInformation recordFor(int32_t number, const std::wstring& description, Acc
   return record;
 }
 
+bool bind(DaqCtrlBase* control, int32_t number) {
+  const DeviceInformation record = recordFor(number, L"");
+  return !failed(DaqCtrlBase_setSelectedDevice(control, &record));
+}
+
 OpenControl openControl(Scenario scenario, int32_t number) {
   OpenControl control(DaqCtrlBase_Create(scenario));
-  if (control == nullptr) return nullptr;
-  const DeviceInformation record = recordFor(number, L"");
-  if (failed(DaqCtrlBase_setSelectedDevice(control.get(), &record))) return nullptr;
+  if (control == nullptr || !bind(control.get(), number)) return nullptr;
   return control;
 }
 

@@ -36,6 +36,9 @@ inline OpenDevice openDevice(const std::wstring& description) { return openDevic
 /// What names a device to a control. The description is cut to the record's room.
 DeviceInformation recordFor(int32_t number, const std::wstring& description, AccessMode mode = AccessDevice);
 
+/// Binds a control to the device with this number. Returns false when the library refuses.
+bool bind(DaqCtrlBase* control, int32_t number);
+
 /// A control of the scenario's kind, bound to the device; null when the library refuses either.
 OpenControl openControl(Scenario scenario, int32_t number);
 

@@ -117,9 +117,9 @@ template <typename Element, typename Handle>
 std::optional<std::vector<Element>> DeviceReader::readControl(Scenario scenario,
                                                               Element (DeviceReader::*readElement)(Handle*)
                                                                   const) const {
-  if (reading::OpenControl(DaqCtrlBase_Create(scenario)) == nullptr) return std::nullopt;
-  const reading::OpenControl control = reading::openControl(scenario, DeviceCtrl_getDeviceNumber(opened_.get()));
-  if (control == nullptr) {
+  const reading::OpenControl control(DaqCtrlBase_Create(scenario));
+  if (control == nullptr) return std::nullopt;
+  if (!reading::bind(control.get(), DeviceCtrl_getDeviceNumber(opened_.get()))) {
     report(nameOf(scenario) + " cannot be bound, left out");
     return std::nullopt;
   }
