@@ -48,14 +48,14 @@ std::string capturedText() {
 }  // namespace
 
 void capture(const std::string& file) {
-  if (file != "-") {
-    // Ahead of the work, which may take long. The link decides.
-    if (access(file.c_str(), F_OK) == 0) fail(file, EEXIST);
-    return writeNew(file, capturedText());
-  }
+  const bool isFile = file != "-";
+  // Ahead of the work, which may take long. The link decides.
+  if (isFile && access(file.c_str(), F_OK) == 0) fail(file, EEXIST);
   const std::string text = capturedText();
-  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
-    fail("standard output", errno);
+  if (isFile)
+    writeNew(file, text);
+  else
+    std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
 }  // namespace velq_sim

@@ -27,7 +27,10 @@ class DeviceChanges {
   DeviceChanges(const Simulation& simulation, int32_t number) : simulation_(simulation), number_(number) {}
 
   void show(const Device* rig, std::optional<int32_t> rigGroup) const {
-    line("description", rig == nullptr ? "none" : quoted(rig->description), quoted(simulation_.description(number_)));
+    const bool exists = simulation_.exists(number_);
+    line("description", rig == nullptr ? "none" : quoted(rig->description),
+         exists ? quoted(simulation_.description(number_)) : "none");
+    if (!exists) return;
     line("board id", std::to_string(rig == nullptr ? 0 : rig->boardId), std::to_string(simulation_.boardId(number_)));
     if (rig != nullptr && rig->firmware) showFirmware(*rig->firmware);
     if (rig != nullptr && rig->calibration) showCodes(*rig->calibration);
@@ -69,8 +72,13 @@ bool showChanges() {
   Simulation simulation(simulator::rigPathFromEnvironment(), simulator::statePlaceFromEnvironment());
   if (!simulation.refresh()) return false;
   const simulator::Groups rigGroups(simulation.rig(), {});
-  for (const int32_t number : simulation.numbers())
+  const auto show = [&](int32_t number) {
     DeviceChanges(simulation, number).show(simulation.rigDevice(number), rigGroups.groupOf(number));
+  };
+  for (const Device& device : simulation.rig().devices) show(device.number);
+  for (const int32_t number : simulation.numbers()) {
+    if (simulation.rigDevice(number) == nullptr) show(number);
+  }
   return true;
 }
 

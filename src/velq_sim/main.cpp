@@ -1,5 +1,7 @@
 // Runs a command on the simulator.
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <optional>
 #include <string>
@@ -51,8 +53,11 @@ ExitStatus refuse(const char* problem, ExitStatus status) {
 
 int main(int argc, char** argv) {
   try {
-    if (const std::optional<Request> request = parse(argc, argv)) return perform(*request);
-    return 0;
+    const std::optional<Request> request = parse(argc, argv);
+    const int status = request ? perform(*request) : 0;
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+      throw Failure(Failed, std::string("standard output: ") + std::strerror(errno));
+    return status;
   } catch (const Failure& failure) {
     return refuse(failure.what(), failure.status());
   } catch (const std::exception& error) {
