@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <string>
 
+#include "base/environment.h"
 #include "velq_sim/failure.h"
 
 namespace velq_sim {
@@ -15,11 +16,6 @@ namespace velq_sim {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string variable(const char* name) {
-  const char* const value = std::getenv(name);
-  return value == nullptr ? "" : value;
-}
 
 void setVariable(const char* name, const std::string& value) {
   if (setenv(name, value.c_str(), 1) != 0) throw Failure(Failed, std::string(name) + ": " + std::strerror(errno));
@@ -35,7 +31,7 @@ void exportPath(const char* name, const std::string& path) {
 
 // Before the other entries of a list of the dynamic linker, or of PATH.
 void putFirst(const char* name, const std::string& entry) {
-  const std::string others = variable(name);
+  const std::string others = base::environment(name);
   setVariable(name, others.empty() ? entry : entry + ":" + others);
 }
 
@@ -53,7 +49,7 @@ void putLibrariesFirst() {
                   directory.string() + ": the dynamic linker cannot search a directory with ':' or ';' in its name");
   require(directory / SIMULATOR_LIBRARY);
   putFirst("LD_LIBRARY_PATH", directory);
-  if (variable("VELQ_TRACE").empty() && variable("VELQ_FAULTS").empty()) return;
+  if (base::environment("VELQ_TRACE").empty() && base::environment("VELQ_FAULTS").empty()) return;
   require(directory / PROBE_LIBRARY);
   // By its bare name, found through LD_LIBRARY_PATH: LD_PRELOAD has no way to write a space in a path.
   putFirst("LD_PRELOAD", PROBE_LIBRARY);
@@ -62,7 +58,8 @@ void putLibrariesFirst() {
 // Scripts, too, find the qutil of a build tree. If PATH contains the directory, its order is the user's choice.
 void putProgramsFirst() {
   const std::string directory = programDirectory();
-  if ((":" + variable("PATH") + ":").find(":" + directory + ":") == std::string::npos) putFirst("PATH", directory);
+  if ((":" + base::environment("PATH") + ":").find(":" + directory + ":") == std::string::npos)
+    putFirst("PATH", directory);
 }
 
 }  // namespace

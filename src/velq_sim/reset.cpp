@@ -44,7 +44,7 @@ void resetState() {
   }
   if (!isState(path)) throw Failure(Failed, path + ": is not a state of the simulator, so it is not deleted");
   if (unlink(path.c_str()) != 0) failWithErrno(path, "cannot be deleted");
-  // What a killed command may have left. It must not meet the next state.
+  // A killed command may have left it. SQLite must not apply it to the next state.
   unlink((path + "-journal").c_str());
 }
 
