@@ -24,8 +24,6 @@ namespace {
 
 // Linked to its name once it is whole, which fails where the name is taken.
 void writeNew(const std::string& path, const std::string& text) {
-  // A file that grows beyond the limit of the user is an error like others, not the end of the process.
-  std::signal(SIGXFSZ, SIG_IGN);
   const std::string temporary = path + "." + std::to_string(getpid());
   const base::Descriptor file(temporary, O_CREAT | O_EXCL | O_WRONLY, 0666);
   if (!file.isOpen()) fail(errno == EEXIST ? temporary : path, errno);
@@ -52,6 +50,8 @@ void capture(const std::string& file) {
   // Ahead of the work, which may take long. The link decides.
   if (isFile && access(file.c_str(), F_OK) == 0) fail(file, EEXIST);
   const std::string text = capturedText();
+  // A file that grows beyond the limit of the user is an error like others, not the end of the process.
+  std::signal(SIGXFSZ, SIG_IGN);
   if (isFile)
     writeNew(file, text);
   else

@@ -65,11 +65,10 @@ std::string readFile(const std::string& path) {
   std::string text;
   // Not by its length: a rig can come from a pipe.
   std::vector<char> chunk(1 << 16);
-  for (int64_t count = 1; count != 0;) {
+  for (int64_t count = 1; count != 0 && text.size() <= LongestRig;) {
     count = file.read(chunk.data(), chunk.size());
     if (count < 0) throw RigError(std::string("cannot be read: ") + std::strerror(errno));
     text.append(chunk.data(), static_cast<size_t>(count));
-    if (text.size() > LongestRig) throw RigError("the document: expected at most 64 MiB");
   }
   return text;
 }
@@ -90,6 +89,7 @@ bool Rig::hasBoard(int32_t number) const {
 }
 
 Rig readRig(std::string_view text) {
+  if (text.size() > LongestRig) throw RigError("the document: expected at most 64 MiB");
   Rig rig;
   const auto takeDevice = [&](const JsonValue& device) { rig.devices.push_back(readDevice(device)); };
   parseJson(text, "devices", takeDevice, [](const JsonValue& document) {
