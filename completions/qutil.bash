@@ -1,12 +1,12 @@
 # Completion of qutil for bash.                                                                      -*- shell-script -*-
 #
-# What stands behind /dd: is a pattern, so completion offers for each device the pattern that selects it and no other:
-# the regular expression's own characters behind a backslash, "*" and "?", which qutil replaces first, as \x2a and \x3f,
-# and the colon of a "/dn:", which qutil would take for a number, in brackets. Behind -fusion descriptions are taken as
-# they stand, so there they are offered plain, and so is the selector when -fusion follows it. A description that is
-# empty, longer than 63 characters or beyond ASCII cannot be selected by /dd:, and is not offered.
+# The argument of /dd: is a pattern, so each device is completed to a pattern that matches only its description:
+# characters of regular expressions are escaped, "*" and "?", which qutil replaces first, are written as \x2a and \x3f,
+# and the colon of "/dn:", which qutil would read as a number, is in brackets. After -fusion, and before it, qutil reads
+# descriptions and not patterns, so they are completed unchanged. A description that is empty, longer than 63 characters
+# or not ASCII cannot be selected by /dd:, and is not completed.
 
-# Runs the command that is being completed; velq-sim sets _qutil_through to what has to stand before it.
+# Runs the command that is being completed; velq-sim sets _qutil_through to its prefix.
 _qutil_run() {
   "${_qutil_through[@]}" "${words[0]/#\~\//$HOME/}" "$@" 2>/dev/null
 }

@@ -1,7 +1,7 @@
 # Completion of velq-sim for bash.                                                                   -*- shell-script -*-
 
-# Completes the command that starts at word `$1` as if it stood alone. The devices of a qutil are then those of this
-# velq-sim; of its options only the two that say which are passed on, so that no key press resets or traces anything.
+# Completes the command that starts at word `$1` as if it were alone. A qutil then has the devices of this
+# velq-sim. Only --rig and --state are passed on, so that no key press resets or traces anything.
 _velq_sim_command() {
   local option value _qutil_through=("${words[0]/#\~\//$HOME/}")
   for option in "${!given[@]}"; do
@@ -27,7 +27,7 @@ _velq_sim() {
       *) _velq_sim_command "$i"; return ;;
     esac
   done
-  # The loop ran past the cursor where that stands on an option's value.
+  # If the cursor is on an option's value, the loop ran past it.
   case $((i > cword)):$cur in
     1:*) [[ $option == --faults ]] || _filedir ;;
     0:--faults=*) ;;

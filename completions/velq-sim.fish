@@ -1,6 +1,6 @@
 # Completion of velq-sim for fish.
 
-# Stores what stands before the cursor: the options' own part in `own`, the command in `command`, which stays empty while
+# Splits the words before the cursor: velq-sim and its options go to `own`, the command to `command`, which is empty while
 # the cursor is among the options.
 function __velq_sim_split --no-scope-shadowing
     set own (commandline -opc)[1]
@@ -29,8 +29,8 @@ function __velq_sim_has_no_command
     not set -q command[1]
 end
 
-# Completes the command as if it stood alone. The devices of a qutil are then those of this velq-sim; of its options only
-# the two that say which are passed on, so that no key press resets or traces anything.
+# Completes the command as if it were alone. A qutil then has the devices of this velq-sim. Only
+# --rig and --state are passed on, so that no key press resets or traces anything.
 function __velq_sim_command
     set -l own
     set -l command
