@@ -93,30 +93,34 @@ simulator::Chip DeviceReader::readChip(FirmwareItem* chip) const {
           .password = std::nullopt};
 }
 
+template <typename Handle, typename Element>
+std::vector<Element> DeviceReader::readEach(Array* array, ElementReader<Handle, Element> readElement) const {
+  std::vector<Element> elements;
+  for (void* const element : reading::elementsOf(array))
+    elements.push_back((this->*readElement)(static_cast<Handle*>(element)));
+  return elements;
+}
+
+simulator::AdjustingCode DeviceReader::readItem(CalibrationItem* item) const {
+  return {.name = utf8("name of an item", CalibrationItem_getName(item))};
+}
+
 simulator::Section DeviceReader::readSection(CalibrationSection* section) const {
-  simulator::Section read{utf8("description of a section", CalibrationSection_getDescription(section)),
-                          utf8("instruction of a section", CalibrationSection_getInstruction(section)),
-                          {}};
-  for (void* const item : reading::elementsOf(CalibrationSection_getItems(section)))
-    read.items.push_back(
-        {.name = utf8("name of an item", CalibrationItem_getName(static_cast<CalibrationItem*>(item)))});
-  return read;
+  return {.description = utf8("description of a section", CalibrationSection_getDescription(section)),
+          .instruction = utf8("instruction of a section", CalibrationSection_getInstruction(section)),
+          .items = readEach(CalibrationSection_getItems(section), &DeviceReader::readItem)};
 }
 
 simulator::Solution DeviceReader::readSolution(CalibrationSolution* solution) const {
-  simulator::Solution read{utf8("name of a solution", CalibrationSolution_getName(solution)),
-                           utf8("description of a solution", CalibrationSolution_getDescription(solution)),
-                           utf8("instruction of a solution", CalibrationSolution_getInstruction(solution)),
-                           {}};
-  for (void* const section : reading::elementsOf(CalibrationSolution_getSections(solution)))
-    read.sections.push_back(readSection(static_cast<CalibrationSection*>(section)));
-  return read;
+  return {.name = utf8("name of a solution", CalibrationSolution_getName(solution)),
+          .description = utf8("description of a solution", CalibrationSolution_getDescription(solution)),
+          .instruction = utf8("instruction of a solution", CalibrationSolution_getInstruction(solution)),
+          .sections = readEach(CalibrationSolution_getSections(solution), &DeviceReader::readSection)};
 }
 
-template <typename Element, typename Handle>
+template <typename Handle, typename Element>
 std::optional<std::vector<Element>> DeviceReader::readControl(Scenario scenario,
-                                                              Element (DeviceReader::*readElement)(Handle*)
-                                                                  const) const {
+                                                              ElementReader<Handle, Element> readElement) const {
   const reading::OpenControl control(DaqCtrlBase_Create(scenario));
   if (control == nullptr) return std::nullopt;
   if (!reading::bind(control.get(), DeviceCtrl_getDeviceNumber(opened_.get()))) {
@@ -124,11 +128,7 @@ std::optional<std::vector<Element>> DeviceReader::readControl(Scenario scenario,
     return std::nullopt;
   }
   Array* const items = reading::itemsOf(scenario, control.get());
-  if (items == nullptr) return std::nullopt;
-  std::vector<Element> elements;
-  for (void* const item : reading::elementsOf(items))
-    elements.push_back((this->*readElement)(static_cast<Handle*>(item)));
-  return elements;
+  return items == nullptr ? std::nullopt : std::optional(readEach(items, readElement));
 }
 
 std::optional<int32_t> DeviceReader::open() {

@@ -29,6 +29,8 @@ class DeviceReader {
 
  private:
   using StringGetter = Automation::Velq::ErrorCode (*)(Automation::Velq::DeviceCtrl*, int32_t, wchar_t*);
+  template <typename Handle, typename Element>
+  using ElementReader = Element (DeviceReader::*)(Handle*) const;
   static constexpr size_t LongestString = 1000;
 
   void report(const std::string& message) const { reportDevice(listed_, message); }
@@ -37,11 +39,14 @@ class DeviceReader {
   int32_t natural(const char* what, int32_t number) const;
   std::optional<std::string> getString(const char* what, StringGetter getter, int32_t toolCapacity) const;
   simulator::Chip readChip(Automation::Velq::FirmwareItem* chip) const;
+  simulator::AdjustingCode readItem(Automation::Velq::CalibrationItem* item) const;
   simulator::Section readSection(Automation::Velq::CalibrationSection* section) const;
   simulator::Solution readSolution(Automation::Velq::CalibrationSolution* solution) const;
-  template <typename Element, typename Handle>
+  template <typename Handle, typename Element>
+  std::vector<Element> readEach(Automation::Velq::Array* array, ElementReader<Handle, Element> readElement) const;
+  template <typename Handle, typename Element>
   std::optional<std::vector<Element>> readControl(Automation::Velq::Scenario scenario,
-                                                  Element (DeviceReader::*readElement)(Handle*) const) const;
+                                                  ElementReader<Handle, Element> readElement) const;
 
   const std::wstring listed_;
   reading::OpenDevice opened_;

@@ -28,5 +28,5 @@ void loadInstalledLibrary() {
 
 }  // namespace velq_sim
 
-// Takes the place of what the loader binds a tool to that is linked to its library.
+// <velq/velq.h> calls it: velq-sim, unlike a tool, is not linked to a library.
 const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() { return velq_sim::loaded; }
