@@ -51,7 +51,7 @@ with tempfile.TemporaryDirectory() as folder:
     simulator = {'velq_sim_program': str(pathlib.Path(qutil).with_name('velq-sim'))}
     said = play(work / 'hosts.json', 'rename.yml', {'renamed': 'failed=0', 'refused': 'failed=1'}, '--check',
                 '-l', 'renamed,refused', '-e', json.dumps(simulator))
-    if list(work.glob('ansible.*')) or 'changed from Pump 1 to Same"' not in said or 'Pump 2 -> ' not in said:
+    if list(work.glob('ansible.*')) or 'Pump 1 -> Same' not in said or 'Pump 2 -> ' not in said:
         sys.exit(f'{said}\nanother rehearsal')
     said = play(work / 'hosts.json', 'rename.yml', {name: case[3] for name, case in HOSTS.items()})
     for reason in 'setDescription error!', 'but the list is now':
