@@ -2,7 +2,6 @@
 #include <velq/author.h>
 
 #include <cstdlib>
-#include <cwchar>
 #include <string>
 
 using namespace Automation::Velq;
@@ -95,12 +94,8 @@ void offerFirmware(ObjectTable& table) {
 }  // namespace
 
 const LibraryTable* CvxQuellisLibInitialize() {
-  static FunctionTable functions{};
-  static ObjectTable objects{};
-  static const LibraryTable library{.functions = &functions, .objects = &objects};
-  List::offer(objects);
-  offerDevices(objects);
-  offerFirmware(objects);
+  const LibraryTable* const library = makeLibrary({offerDevices, offerFirmware});
+  auto& functions = const_cast<FunctionTable&>(*library->functions);
   functions.CvxIsFusionDevice = [](int32_t number) {
     const Board* const board = findBoard(number, L"");
     return board == nullptr || board->children.empty() ? ErrorNotOffered : Success;
@@ -110,7 +105,5 @@ const LibraryTable* CvxQuellisLibInitialize() {
     *count = static_cast<int32_t>(std::copy(all.begin(), all.end(), children) - children);
     return Success;
   };
-  fillMissing<NotOffered>(functions);
-  fillMissing<NotOffered>(objects);
-  return &library;
+  return library;
 }
