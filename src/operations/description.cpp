@@ -35,7 +35,6 @@ int changeDescription(std::string selector, std::string option, DeviceInformatio
     printf("Failed to change Board ID of device %d! (Errorlevel = %d).\n", device.DeviceNumber, 3);
     return -1;
   }
-  // Quirk: refused only after the device was opened, and reported with the number that the library has for it.
   if (pattern.find_first_of("+-@/") != std::string::npos) {
     printf("Failed to change Description of device %d! (Errorlevel = %d)\n", DeviceCtrl_getDeviceNumber(opened), 3);
     return 3;

@@ -28,8 +28,7 @@ std::string showArgument(HandleNames& names, const Arguments& arguments) {
     return text::escaped(value);
   } else if constexpr (std::is_same_v<Type, wchar_t*>) {
     return text::escaped(value, static_cast<size_t>(std::max(0, std::get<Index - 1>(arguments))));
-  } else if constexpr (std::is_same_v<Type, const velq::DeviceInformation*> ||
-                       std::is_same_v<Type, velq::DeviceInformation*>) {
+  } else if constexpr (std::is_convertible_v<Type, const velq::DeviceInformation*>) {
     return show(value);
   } else if constexpr (std::is_same_v<Type, const int32_t*>) {
     return show(value, std::get<Index - 1>(arguments));
