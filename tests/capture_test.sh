@@ -29,8 +29,8 @@ reports() {
   done | grep -v '^DLL version'
 }
 
-# same FOLDER [DIFFERENCE]: the reports of the library there are those of its copy; the capture only reads, and disposes
-# of all.
+# same DIRECTORY [DIFFERENCE]: the reports of the library there are those of its copy; the capture only reads, and
+# disposes of all.
 same() {
   rm -f copy.json again.json trace
   LD_LIBRARY_PATH=$1 LD_PRELOAD=$probe VELQ_TRACE=trace "$velq_sim" --capture copy.json 2>left-out ||

@@ -62,7 +62,7 @@ TEST_F(ChangeTest, DescriptionsAreConvertedInTheEnvironmentsLocale) {
     return runWith({.arguments = {"/dn:0", option}, .locale = locale}).lastCall();
   };
   EXPECT_EQ(call("-cd:*ß", "C.UTF-8"), Set + "9, \"M\\x{fc}hle 1\\x{df}\") = 0x00000000");
-  // Positions count bytes: the "?" takes half of a character, which ends the text.
+  // Positions count bytes: the "?" takes half of a character, which ends the string.
   EXPECT_EQ(call("-cd:M?X", "C.UTF-8"), Set + "2, \"M\") = 0x00000000");
   EXPECT_EQ(run({"/dn:0"}).output.substr(0, 35), "Detail information of device 0 (M)\n");
   EXPECT_EQ(call("-cd:*2", "C"), Set + "3, \"M2\") = 0x00000000");

@@ -38,11 +38,11 @@ TEST_F(CommandLineTest, ExitStatusAndOutput) {
 }
 
 TEST_F(CommandLineTest, EachDeviceIsAskedForOnce) {
-  const std::string asked = "DeviceCtrl_getInstalledDevices() = Array#1\nArray_getLength(Array#1) = 1\nArray_getItem(";
+  const std::string listed = "DeviceCtrl_getInstalledDevices() = Array#1\nArray_getLength(Array#1) = 1\nArray_getItem(";
   useRig(OneBoard);
-  EXPECT_EQ(run({}).calls(), asked + "Array#1, 0) = Array#1[0]\n");
+  EXPECT_EQ(run({}).calls(), listed + "Array#1, 0) = Array#1[0]\n");
   EXPECT_EQ(run({"/dd:X"}).calls(),
-            "DaqCtrlBase_Create(0x00400000) = DaqCtrlBase#1\n" + asked + "Array#1, 0) = Array#1[0]\n");
+            "DaqCtrlBase_Create(0x00400000) = DaqCtrlBase#1\n" + listed + "Array#1, 0) = Array#1[0]\n");
 }
 
 TEST_F(CommandLineTest, HelpIsTheSameToTheByteAndNeedsNoLibraryCall) {

@@ -22,7 +22,7 @@ class FusionTest : public ToolTest {
 const std::string Entered = "Device description you have entered:Rig\n";
 const std::string Created = Entered + "Create fusion device Rig successfully\nRig fused devices:";
 
-// How a trace shows the text under which an existing fusion device is looked up: four bytes make a character.
+// How a trace shows the string by which an existing fusion device is looked up: four bytes make a character.
 std::string lookup(const std::string& name) {
   std::string shown;
   for (size_t i = 0; i < name.size(); i += 4) {

@@ -26,8 +26,8 @@ std::string quoted(const std::string& text) {
   return result + "' ";
 }
 
-// Runs the line on a terminal, until its last process ends or says nothing for a minute. Echo stays on, so what the
-// terminal echoes in line mode stands in the output, and a key read raw does not.
+// Runs the line on a terminal, until its last process ends or prints nothing for a minute. Echo stays on, so the output
+// contains what the terminal echoes in line mode, but no key that is read raw.
 int converse(const std::string& line, std::string keys, std::string answers, std::string& output) {
   int terminal = -1;
   const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
@@ -94,12 +94,12 @@ std::string Outcome::unreleased() const {
   return handles.substr(!handles.empty());
 }
 
-ToolTest::ToolTest() : folder_(testing::TempDir() + "qutil-XXXXXX") {
-  if (mkdtemp(folder_.data()) == nullptr) abort();
+ToolTest::ToolTest() : directory_(testing::TempDir() + "qutil-XXXXXX") {
+  if (mkdtemp(directory_.data()) == nullptr) abort();
   state = path("state");
 }
 
-ToolTest::~ToolTest() { std::filesystem::remove_all(folder_); }
+ToolTest::~ToolTest() { std::filesystem::remove_all(directory_); }
 
 void ToolTest::useRig(const std::string& json) {
   write("rig.json", json);
@@ -113,7 +113,7 @@ void ToolTest::write(const std::string& name, const std::string& content) const 
 // The shell that runs the line becomes the tool.
 std::string ToolTest::shellLine(const Command& command) const {
   std::map<std::string, std::string> variables = environment;
-  variables.try_emplace("HOME", folder_);
+  variables.try_emplace("HOME", directory_);
   variables["LC_ALL"] = command.locale;
   variables["VELQ_STATE"] = state;
   // The sanitizers' runtime may come after what is preloaded.

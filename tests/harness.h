@@ -9,17 +9,17 @@
 #include <string>
 #include <vector>
 
-/// One run. What is empty is left out.
+/// One invocation. What is empty is left out.
 struct Command {
   std::vector<std::string> arguments;
   std::string faults = {};     ///< VELQ_FAULTS
   std::string input = {};      ///< standard input, a file; or
-  std::string keys = {};       ///< what is typed once a terminal waits for a key, with no line end, and
-  std::string answers = {};    ///< what is typed there at the first question
+  std::string keys = {};       ///< entered once a terminal waits for a key, with no line end, and
+  std::string answers = {};    ///< entered there at the first question
   std::string locale = "C";    ///< LC_ALL
-  std::string library = {};    ///< a folder whose libvelq.so is used in place of the simulator
-  bool probed = true;          ///< whether the probe and the sleep recorder lie over the library
-  bool expectsErrors = false;  ///< whether anything may stand on standard error
+  std::string library = {};    ///< a directory whose libvelq.so is used in place of the simulator
+  bool probed = true;          ///< whether the probe and the sleep recorder are loaded before the library
+  bool expectsErrors = false;  ///< whether anything may be written to standard error
 };
 
 struct Outcome {
@@ -35,13 +35,13 @@ struct Outcome {
   /// The last call that is no disposal.
   std::string lastCall() const;
 
-  /// The handles that were made and never disposed of, in order, separated by blanks, but for the control that every
-  /// command makes.
+  /// The handles that were created and never disposed of, in order, separated by spaces, but for the control that every
+  /// command creates.
   std::string unreleased() const;
 };
 
-/// A run, written as in a shell: faults, then arguments, separated by blanks; and all that it must do. Its input says
-/// yes to two questions.
+/// An invocation, written as in a shell: faults, then arguments, separated by spaces; and all that it must do. Its
+/// input answers two questions with yes.
 struct Case {
   std::string line;
   std::string output;
@@ -50,16 +50,16 @@ struct Case {
   int status = 0;
 };
 
-/// A folder of its own for each test, with rig.json and state in it.
+/// A directory for each test, with rig.json and state in it.
 class ToolTest : public testing::Test {
  protected:
   ToolTest();
   ~ToolTest() override;
 
-  /// Makes the rig; without one the built-in rig is used.
+  /// Writes the rig; without one the built-in rig is used.
   void useRig(const std::string& json);
   void write(const std::string& name, const std::string& content) const;
-  std::string path(const std::string& name) const { return folder_ + "/" + name; }
+  std::string path(const std::string& name) const { return directory_ + "/" + name; }
 
   /// Runs to the end. Fails the test when standard error is not as `expectsErrors` says.
   Outcome runWith(const Command& command) const;
@@ -69,28 +69,27 @@ class ToolTest : public testing::Test {
   /// Runs each case on a new state, where all faults must be reached.
   void check(const std::vector<Case>& cases) const;
 
-  /// While a run of `holder` is at work, with real sleeps, runs `meanwhile` until its trace holds `found` (no longer
-  /// than five seconds), and then `after`. The holder is killed. Returns what the two runs did.
+  /// While `holder` is running, with real sleeps, runs `meanwhile` until its trace contains `found` (no longer than
+  /// five seconds), and then `after`. The holder is killed. Returns the outcomes of the other two.
   std::pair<Outcome, Outcome> runBeside(const std::vector<std::string>& holder, const std::string& meanwhile,
                                         const std::string& found, const std::string& after) const;
 
-  /// Makes a firmware file with dfu-suffix and returns its path.
+  /// Creates a firmware file with dfu-suffix and returns its path.
   std::string firmware(const std::string& name, const std::string& product, const std::string& version) const;
 
   std::map<std::string, std::string> environment;  ///< more variables, for all runs
-  std::string state;                               ///< VELQ_STATE, in the test's folder unless changed
+  std::string state;                               ///< VELQ_STATE, in the test's directory unless changed
 
  private:
   std::string shellLine(const Command& command) const;
 
-  std::string folder_;
+  std::string directory_;
 };
 
-/// What a shell's command prints, standard error included.
+/// What a command of the shell prints, standard error included.
 std::string outputOf(const std::string& command);
 
-/// What printf() leaves of a message in the locale "C": C libraries differ in what they leave of one with a character
-/// that it cannot write.
+/// What printf() prints of a message in the locale "C": C libraries differ for a character that it cannot write.
 template <typename... Values>
 std::string printed(const char* format, Values... values) {
   char* text = nullptr;

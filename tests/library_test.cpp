@@ -12,7 +12,7 @@ TEST_F(LibraryTest, SameExecutableOnAnotherLibrary) {
             "Detail information of device 0 (Minimal board)\nDevice Number: 0\nDescription: Minimal board\n"
             "ProductID:0x100\nBoard ID: 0\nDriver version: N/A\nDLL version: 1.0-min\nBoard version: N/A\n"
             "Location: N/A\nBase address: 0xd000\nInterrupt: N/A\n");
-  // Its addresses are used again, which get a new name in the trace each time; the tool gives some back to nobody.
+  // Its addresses are used again, which get a new name in the trace each time; the tool never releases some.
   const std::string name = "Minimal board", opened = "DeviceCtrl_Create(-1, \"Minimal board\", 1) = DeviceCtrl#";
   EXPECT_EQ(runWith({.arguments = {"/dd:R", "-fusion", name, name}, .library = MINIMAL_LIBRARY_DIR}).calls({opened}),
             opened + "1\n" + opened + "2\n");
@@ -20,8 +20,7 @@ TEST_F(LibraryTest, SameExecutableOnAnotherLibrary) {
   EXPECT_NE(run({"/dn:0"}).output.find("DLL version: 1.0-sim\n"), std::string::npos);
 }
 
-// Nothing that a library returns makes the tool read or write where it must not; the sanitizers see to that in their
-// run.
+// Nothing that a library returns makes the tool read or write where it must not, which the sanitizers find out.
 TEST_F(LibraryTest, HostileAnswersLeaveTheToolWhole) {
   environment["LD_LIBRARY_PATH"] = HOSTILE_LIBRARY_DIR;
   // Nulls; and on fusion devices lengths and numbers that are negative, odd, or more than there is; and no terminators.

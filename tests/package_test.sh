@@ -1,5 +1,5 @@
 #!/bin/sh
-# Builds the Debian packages in two folders, which must give the same files, has lintian look at them, and runs
+# Builds the Debian packages in two directories, which must give the same files, has lintian look at them, and runs
 # debian/tests in a throw-away root of this Debian's release. Run as root.
 set -eu
 cd "$(dirname "$0")/.."
@@ -13,12 +13,12 @@ fail() {
 
 mkdir -p "$work/one/qutil" "$work/another"
 git ls-files -z | xargs -0 cp --parents -t "$work/one/qutil"
-cp -r "$work/one/qutil" "$work/another/folder"
+cp -r "$work/one/qutil" "$work/another/directory"
 # The second one without the tests, which must not show in the packages.
 (cd "$work/one/qutil" && dpkg-buildpackage -us -uc) >"$work/log" 2>&1 || fail
-(cd "$work/another/folder" && DEB_BUILD_OPTIONS=nocheck dpkg-buildpackage -us -uc -b -Pnocheck) >"$work/log" 2>&1 || fail
+(cd "$work/another/directory" && DEB_BUILD_OPTIONS=nocheck dpkg-buildpackage -us -uc -b -Pnocheck) >"$work/log" 2>&1 || fail
 for package in "$work"/one/*.deb; do cmp "$package" "$work/another/${package##*/}"; done
-# Which texts lintian reads as one depends on how the compiler has cut them: an override for that may be unused.
+# Which strings lintian reads as one depends on how the compiler has cut them: an override for that may be unused.
 lintian --display-info --pedantic --allow-root --suppress-tags unused-override \
   --fail-on error,warning,info,pedantic "$work"/one/*.changes
 

@@ -1,4 +1,4 @@
-// The probe: injected answers are given, and nothing goes wrong in silence.
+// The probe: injected answers are returned, and no failure is silent.
 #include <csignal>
 #include <filesystem>
 #include <utility>

@@ -1,4 +1,4 @@
-// The simulator as the tool sees it: bad rigs, states that cannot be used, and what is kept.
+// The simulator as the tool sees it: bad rigs, states that cannot be used, and what is saved.
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>

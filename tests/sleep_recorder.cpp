@@ -7,9 +7,9 @@
 #include <cstdio>
 #include <cstdlib>
 
-// Stands before the tool's waits. A sleep is recorded in the trace, where it then stands between the calls that it
-// waited between, and returns at once. Every wait with output still in the buffer, which an operator could not read, is
-// recorded as such; the harness fails the test then.
+// Replaces the tool's waits. A sleep is recorded in the trace, between the calls before and after it, and returns at
+// once. A wait with output still in the buffer, which an operator could not read, is recorded, too: the harness then
+// fails the test.
 
 namespace {
 

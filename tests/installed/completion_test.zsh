@@ -1,15 +1,15 @@
 #!/usr/bin/zsh -f
-# Presses Tab in a real shell and looks at what qutil makes of the completed line: completion_test.zsh SHELL PREFIX, run
-# through velq-sim on rig.json. A case is what is typed and which telling lines then have to stand in qutil's output.
+# Presses Tab in a real shell and looks at what qutil does with the completed line: completion_test.zsh SHELL PREFIX, run
+# through velq-sim on rig.json. A case is the characters entered and lines that qutil's output must then have.
 zmodload zsh/zpty
 setopt no_unset
 
 shell=$1 prefix=$2
-folder=$(mktemp -d)
-trap 'zpty -d; rm -rf $folder' EXIT
-export VELQ_STATE=$folder/state HOME=$folder ZDOTDIR=$folder
-export XDG_CONFIG_HOME=$folder XDG_DATA_DIRS=$prefix/share:/usr/share TERM=dumb LC_ALL=C.UTF-8
-cd $folder
+directory=$(mktemp -d)
+trap 'zpty -d; rm -rf $directory' EXIT
+export VELQ_STATE=$directory/state HOME=$directory ZDOTDIR=$directory
+export XDG_CONFIG_HOME=$directory XDG_DATA_DIRS=$prefix/share:/usr/share TERM=dumb LC_ALL=C.UTF-8
+cd $directory
 touch 'not firmware'
 
 mkdir fish
@@ -73,7 +73,7 @@ try 'qutil "/dd:Rack: 2' "$detail 11 (Rack: 2=b@c)"
 try 'qutil /dd:Odd' "$detail 15 (Odd/dn:4)"
 try 'qutil /dd:\#' "$detail 16 (#hash ~tilde; a&b <c> !x)"
 if [[ $shell == fish ]]; then
-  # What does not begin with what is typed cannot be offered here, so a pattern's own character has to be typed as one.
+  # Candidates have to begin with the characters entered, so a pattern's own character is entered as one.
   try "qutil '/dd:Any\\\\x" "$detail 8 (Any*thing?)"
   try "qutil '/dd:Rev \\\\(1\\\\." "$detail 12 (Rev (1.5) [a|b]{2}^+)"
 else

@@ -1,16 +1,16 @@
 #!/bin/sh
-# Runs velq-sim from a tree: velq_sim_test.sh PREFIX, where PREFIX/bin holds it.
+# Runs velq-sim from a tree: velq_sim_test.sh PREFIX, where PREFIX/bin contains it.
 set -u
 prefix=$1
-folder=$(mktemp -d)
-trap 'rm -rf "$folder"' EXIT
-cd "$folder" || exit 1
-export HOME="$folder" ASAN_OPTIONS=verify_asan_link_order=0
+directory=$(mktemp -d)
+trap 'rm -rf "$directory"' EXIT
+cd "$directory" || exit 1
+export HOME="$directory" ASAN_OPTIONS=verify_asan_link_order=0
 unset VELQ_RIG VELQ_STATE VELQ_TRACE VELQ_FAULTS LD_LIBRARY_PATH LD_PRELOAD XDG_STATE_HOME
 failures=0
 
 # Runs velq-sim with the arguments behind the first two and expects its exit status, and a line that matches one of
-# its output. "-" stands for no output at all.
+# its output. "-" means no output at all.
 expect() {
   status=$1 line=$2
   shift 2
@@ -93,12 +93,12 @@ expect 1 'velq-sim: .*/link: is a symbolic link, which is not followed' --state 
  expect 1 'velq-sim: --reset: VELQ_STATE, XDG_STATE_HOME and HOME name no state' --reset
  exit $failures) || failures=1
 
-# Without the simulator a command must not meet the library of the system, and a folder's name may hold a blank.
-mkdir 'another folder'
-cp -r "$prefix/bin" "$prefix"/lib*/ 'another folder'
-prefix="$folder/another folder"
+# Without the simulator a command must not meet the library of the system, and the name of a directory may contain a space.
+mkdir 'another directory'
+cp -r "$prefix/bin" "$prefix"/lib*/ 'another directory'
+prefix="$directory/another directory"
 expect 0 '0,Board' --rig rig.json --trace 'a trace' qutil
-[ -s 'a trace' ] || { echo "no trace from a folder with a blank" && failures=1; }
-rm -r 'another folder'/lib*
+[ -s 'a trace' ] || { echo "no trace from a directory with a blank" && failures=1; }
+rm -r 'another directory'/lib*
 expect 1 "velq-sim: $prefix/.*/libvelq.so: No such file or directory" sh -c 'echo not reached'
 exit $((failures > 0))

@@ -3,7 +3,7 @@
 
 #include "probe/names.h"
 
-TEST(HandleNamesTest, AReleasedHandleTakesAllThatWasAskedOfItAlong) {
+TEST(HandleNamesTest, AReleasedHandleInvalidatesAllThatWasObtainedFromIt) {
   const int control = 0, solutions = 0, solution = 0, other = 0;
   probe::HandleNames names;
   for (const char* const expected : {"CalibrationSolution#1", "CalibrationSolution#2"}) {

@@ -1,4 +1,4 @@
-// Reading rigs: every kind of fault gives one line that says where.
+// Reading rigs: each kind of error has one line with its place.
 #include "simulator/rig/rig.h"
 
 #include <gtest/gtest.h>

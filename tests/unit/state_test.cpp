@@ -190,7 +190,7 @@ TEST_F(HandleTest, RulesForGroups) {
   EXPECT_EQ(CvxFusionDeviceCreate(2, list, &made), ErrorCannotFuse) << "one has a group";
   EXPECT_EQ(CvxFusionDeviceRemoveChildren(4, 1, list + 1), Success);
   EXPECT_EQ(DeviceCtrl_getBoardId(DeviceCtrl_Create(7, nullptr, AccessDevice)), 9) << "undone with the group";
-  EXPECT_EQ(CvxFusionDeviceCreate(3, list, &made), ErrorCannotFuse) << "one stands twice";
+  EXPECT_EQ(CvxFusionDeviceCreate(3, list, &made), ErrorCannotFuse) << "one is there twice";
   EXPECT_EQ(CvxFusionDeviceCreate(2, nullptr, &made), ErrorCannotFuse);
   EXPECT_EQ(other.hold(7), Success);
   EXPECT_EQ(CvxFusionDeviceCreate(2, list, &made), ErrorCannotFuse);
@@ -198,7 +198,7 @@ TEST_F(HandleTest, RulesForGroups) {
   EXPECT_EQ(CvxFusionDeviceCreate(2, list, &made), Success);
   wchar_t text[18];
   EXPECT_EQ(DeviceCtrl_getDescription(DeviceCtrl_Create(made, nullptr, AccessDevice), 18, text), 0xA0000001);
-  EXPECT_STREQ(text, L"Fusion device 256") << "and a mark more, for the other device's sake";
+  EXPECT_STREQ(text, L"Fusion device 256") << "and another mark, because a device has that description";
 }
 
 ErrorCode rename(simulator::Simulation& simulation, int32_t number, const std::string& text) {
