@@ -84,9 +84,9 @@ void checkCombination(const Request& request) {
   if (!hasWork) refuse("no command is given");
 }
 
-// Says what is wrong with the argument `given`, for which getopt_long() returned `answer`.
-[[noreturn]] void refuseOption(int answer, const std::string& given) {
-  if (answer == ':') refuse(given + " needs a value");
+// Says what is wrong with the argument `given`, for which getopt_long() returned `code`.
+[[noreturn]] void refuseOption(int code, const std::string& given) {
+  if (code == ':') refuse(given + " needs a value");
   // Set to the option's own value only where it was given a value that it does not take.
   if (optopt > 0 && optopt < ChoiceCount) refuse("--" + std::string(Options[optopt].name) + " takes no value");
   refuse("unknown option \"" + given + "\"");
@@ -99,13 +99,13 @@ std::optional<Request> parse(int argc, char** argv) {
   opterr = 0;
   for (;;) {
     const int place = optind;
-    // "+": options end where the command begins. ":": a missing value is told from an unknown option.
-    const int answer = getopt_long(argc, argv, "+:", Options, nullptr);
-    if (answer == -1) break;
-    if (answer == ':' || answer == '?') refuseOption(answer, argv[place]);
-    if (answer == ShowHelp) return show(Help);
-    if (answer == ShowVersion) return show("velq-sim " VERSION "\n");
-    take(request, static_cast<Choice>(answer));
+    // "+": options end where the command begins. ":": returned for a missing value, unlike for an unknown option.
+    const int code = getopt_long(argc, argv, "+:", Options, nullptr);
+    if (code == -1) break;
+    if (code == ':' || code == '?') refuseOption(code, argv[place]);
+    if (code == ShowHelp) return show(Help);
+    if (code == ShowVersion) return show("velq-sim " VERSION "\n");
+    take(request, static_cast<Choice>(code));
   }
   request.command = argv + optind;
   checkCombination(request);

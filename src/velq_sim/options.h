@@ -19,9 +19,9 @@ struct Request {
   char** command = nullptr;  ///< its name and arguments, ended by a null; only that null when there is no command
 };
 
-/// Reads the arguments of main(). Options end at the first argument that is none, or behind "--". Shows help or the
-/// version where that is asked for; there is nothing else to do then. Throws Failure for an option that is unknown,
-/// given twice, or lacks a value, for options that do not go together, and when nothing is left to do.
+/// Reads the arguments of main(). Options end at the first argument that is not an option, or after "--". Prints the
+/// help or the version if an option requests it, and returns nothing then. Throws Failure for an option that is
+/// unknown, given twice, or lacks a value, for options that exclude each other, and for a request without work.
 std::optional<Request> parse(int argc, char** argv);
 
 }  // namespace velq_sim
