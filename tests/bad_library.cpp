@@ -1,9 +1,11 @@
 // The minimal library with one fault at a time, named by BAD_LIBRARY: what the probe's faults cannot bring about.
 #include <dlfcn.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 
 #include <clocale>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <map>
 #include <stdexcept>
@@ -120,6 +122,15 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"throw", actWhenAsked<[] { throw std::runtime_error("no board"); }>},
     {"hang", actWhenAsked<[] { pause(); }>},
     {"throw a number", actWhenAsked<[] { throw 1; }>},
+    {"kills its parent", actWhenAsked<[] { kill(getppid(), SIGKILL); }>},
+    {"signals its parent", actWhenAsked<[] { kill(getppid(), SIGRTMIN); }>},
+    {"kills its group", actWhenAsked<[] { kill(0, SIGKILL); }>},
+    {"closes all", actWhenAsked<[] { closefrom(0); }>},
+    {"opens without end", actWhenAsked<[] { while (open("/", O_PATH) >= 0); }>},
+    {"prints without end", actWhenAsked<[] { while (true) std::puts("asked"), std::fflush(stdout); }>},
+    {"takes memory", actWhenAsked<[] { while (true) std::memset(new char[1 << 20], 1, 1 << 20); }>},
+    {"large file", actWhenAsked<[] { return void(ftruncate(memfd_create("large", 0), off_t{1} << 40) == 0); }>},
+    {"leaves processes", actWhenAsked<[] { if (fork() == 0) setsid(), fork(), pause(); }>},
     {"print", actWhenAsked<[] { std::puts("asked"); }>},
     {"folder", actWhenAsked<[] { std::filesystem::current_path("/"); }>},
     {"locale", actWhenAsked<[] { std::setlocale(LC_ALL, "C.UTF-8"); }>},
@@ -268,6 +279,15 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"no id back", setId<[](int32_t id) { return id == 0 || id != (id & 15) ? ErrorNotOffered : keepId(id); }>},
     {"says no but does", setId<[](int32_t id) { return keepId(id), ErrorNotOffered; }>},
     {"forgets others", setId<[](int32_t id) { return id != (id & 15) ? ErrorNotOffered : keepIdAlone(id); }>},
+    {"crashes in a change", setId<[](int32_t id) { return keepId(id), raise(SIGSEGV), Success; }>},
+    {"hangs in a change", setId<[](int32_t id) { return keepId(id), pause(), Success; }>},
+    {"keeps a lock", setId<[](int32_t id) { return keepId(id), openBoard(O_RDWR), Success; }>},
+    {"writes all back", setText<[](auto*, int32_t count, auto* text) {
+       Board board = readBoard();
+       if (textFrom(count, text).empty() || 63 < textFrom(count, text).size()) return ErrorNotOffered;
+       board.description[textFrom(count, text).copy(board.description, 63)] = 0;
+       return usleep(1000), changeBoard([&](Board& saved) { saved = board; });
+     }>},
     {"next process", [](auto& table) {
        table.DeviceCtrl_getBoardId = [](auto*) { return forgottenId; };
        table.DeviceCtrl_setBoardId = [](auto*, int32_t id) {

@@ -1,6 +1,11 @@
 // velq-compliance: checks that a device library keeps the promises that tools rely on.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <system_error>
@@ -40,7 +45,25 @@ int print(const char* text) {
   return 0;
 }
 
-// Returns the exit status.
+[[noreturn]] void endBy(int signal) {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, signal);
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+  sigprocmask(SIG_UNBLOCK, &signals, nullptr);
+  std::abort();
+}
+
+// The numbers of the standard streams are taken, for what is opened must not become one of them.
+void occupyStandardNumbers() {
+  int number = 0;
+  do number = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  while (number >= 0 && number <= STDERR_FILENO);
+  close(number);
+}
+
+// Returns the exit status; ends as the user wants when the user ends the checks.
 int runChecks(const Options& options) {
   expectSharedLibrary(options.library);
   CheckRunner runner(options.library, options.limit);
@@ -49,6 +72,7 @@ int runChecks(const Options& options) {
       runner.run(check);
     else
       runner.skip(check, "needs --write");
+    if (runner.interruption() != 0) endBy(runner.interruption());
   }
   return runner.finish() ? 0 : 1;
 }
@@ -57,6 +81,7 @@ int runChecks(const Options& options) {
 
 int main(int argc, char** argv) {
   try {
+    occupyStandardNumbers();
     if (argc == 2 && std::strcmp(argv[1], "--help") == 0) return print(Help);
     if (argc == 2 && std::strcmp(argv[1], "--version") == 0) return print("velq-compliance " VERSION "\n");
     return runChecks(parseOptions(argv));

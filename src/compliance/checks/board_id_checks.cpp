@@ -33,13 +33,12 @@ void changeBoardIds(ChangedDevice& device) {
   const int32_t elsewhere = DeviceCtrl_getBoardId(openedBefore.get());
   device.expect(elsewhere == DeviceCtrl_getBoardId(device.handle()),
                 "has the board id " + std::to_string(elsewhere) + " in a handle that was open before the change");
-  device.lookInNextProcess("changes of the board id");
+  device.lookAround("changes of the board id");
   if (own < 0) return;
   const ErrorCode status = DeviceCtrl_setBoardId(device.handle(), own);
   device.expect(!failed(status), "the old board id is refused, status " + show(status));
   device.want(boardIdFact(device.number()), std::to_string(own));
-  device.look("putting the board id back");
-  device.lookInNextProcess("putting the board id back");
+  device.lookAround("the old board id was restored");
 }
 
 }  // namespace

@@ -23,17 +23,20 @@ class ChangedDevice {
   /// Notes `what` unless the promise holds.
   bool expect(bool holds, const std::string& what) { return findings_.expect(holds, what, where_); }
 
-  /// Looks whether all devices are as wanted: in new handles and a new list, and in this handle.
+  /// Looks whether the device is as wanted, in a new handle and in this one.
   void look(const std::string& after);
 
-  /// Does so in the next process.
-  void lookInNextProcess(const std::string& after);
+  /// Looks whether all devices are as wanted, in this process and in the next. With many devices only the changed one
+  /// is looked at, except for the first and the last that is changed.
+  void lookAround(const std::string& after);
 
   /// Notes that the device takes no change of this kind.
   void refuse() { findings_.refuse(where_); }
 
  private:
+  /// Of the facts of this device.
   void expectWanted(const Snapshot& found, const std::string& when);
+  bool looksAtAll() const;
 
   DeviceCtrl* const device_;
   const std::string where_;

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "compliance/devices/next_process.h"
+#include "compliance/devices/snapshot.h"
 #include "compliance/library/findings.h"
 #include "compliance/library/library.h"
-#include "compliance/process/process.h"
 
 namespace compliance {
 
@@ -12,7 +12,7 @@ namespace compliance {
 struct CheckContext {
   Library& library;
   const NextProcess& next;
-  const SharedFile& firstLook;  ///< for all that could be read before the other checks
+  const Snapshot& before;  ///< all that could be read before the other checks; empty until then
 };
 
 /// Whether a check changes devices.

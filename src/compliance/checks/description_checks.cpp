@@ -58,11 +58,10 @@ class Renaming {
     return isTaken;
   }
 
-  void putBack(const std::wstring& own) {
+  void restore(const std::wstring& own) {
     const ErrorCode status = setDescription(device_.handle(), own, true);
     device_.expect(status == Success, "the old description is refused, status " + show(status));
     setPresent(own);
-    device_.look("putting the description back");
   }
 
  private:
@@ -110,15 +109,15 @@ void changeDescriptions(ChangedDevice& device) {
     countsTerminator = !countsTerminator;
   }
   if (taken == 0) return device.refuse();
-  device.lookInNextProcess("changes of the description");
+  device.lookAround("changes of the description");
   expectRecord(device, ScenarioFirmware, firmware.get());
   expectRecord(device, ScenarioCalibration, calibration.get());
   device.expect(
       descriptionOf(openedBefore.get()) == descriptionOf(device.handle()),
       "is described " + show(descriptionOf(openedBefore.get())) + " in a handle that was open before the change");
   device.expect(descriptionsIn(listedBefore) == before, "a list that was taken before the change reads otherwise");
-  renaming.putBack(own);
-  device.lookInNextProcess("putting the description back");
+  renaming.restore(own);
+  device.lookAround("the old description was restored");
 }
 
 }  // namespace

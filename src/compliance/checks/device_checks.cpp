@@ -3,10 +3,12 @@
 #include <string>
 #include <vector>
 
+#include "base/descriptor.h"
 #include "compliance/checks/check.h"
 #include "compliance/checks/rules.h"
 #include "compliance/devices/devices.h"
 #include "compliance/devices/snapshot.h"
+#include "compliance/process/guardian.h"
 
 namespace compliance {
 
@@ -41,7 +43,10 @@ void checkOpening(const CheckContext&, Findings& findings) {
   });
 }
 
-// Kept for the last of the checks that read.
-void lookFirst(const CheckContext& context, Findings&) { context.firstLook.append(textOf(takeSnapshot())); }
+// The checker keeps it: for the last of the checks that read, and to restore what those that write leave altered.
+void lookFirst(const CheckContext&, Findings& findings) {
+  const bool isSent = base::writeAll(ResultDescriptor, textOf(takeSnapshot()));
+  findings.expect(isSent, "closes or changes what it did not open", "in the process of the check");
+}
 
 }  // namespace compliance

@@ -102,7 +102,7 @@ void Groups::lookAtAll(const std::string& after) {
 }
 
 void Groups::expectAsWanted(Snapshot found, const std::string& when) {
-  Snapshot wanted = before_;
+  Snapshot wanted = context_.before;
   for (const auto& [number, children] : groups_) {
     const std::string listed = found[childrenFact(number)];
     findings_.expect(listed == show(sorted(children)), "has the children " + listed + ", not " + show(sorted(children)),

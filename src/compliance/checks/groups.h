@@ -60,7 +60,6 @@ class Groups {
 
   const CheckContext& context_;
   Findings& findings_;
-  const Snapshot before_ = takeSnapshot();
   const Children devices_ = listedNumbers();
   std::map<int32_t, std::set<int32_t>> groups_;
   std::set<int32_t> used_;  ///< numbers that groups have had

@@ -1,12 +1,9 @@
 // The file, its one symbol, and the tables behind it.
-#include <cxxabi.h>
-
-#include <cstdlib>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "base/demangled.h"
 #include "compliance/checks/check.h"
 #include "compliance/library/exported_symbols.h"
 
@@ -17,12 +14,6 @@ namespace {
 using namespace Automation::Velq;
 
 constexpr const char* Entry = "CvxQuellisLibInitialize";
-
-std::string readable(const std::string& name) {
-  const std::unique_ptr<char, decltype(&std::free)> text(abi::__cxa_demangle(name.c_str(), nullptr, nullptr, nullptr),
-                                                         std::free);
-  return text == nullptr ? name : text.get();
-}
 
 }  // namespace
 
@@ -37,7 +28,7 @@ void checkLoading(const CheckContext& context, Findings& findings) {
 void checkExports(const CheckContext& context, Findings& findings) {
   try {
     for (const std::string& name : exportedSymbols(context.library.path()))
-      findings.expect(name == Entry, "exports " + readable(name), "which a version script keeps inside");
+      findings.expect(name == Entry, "exports " + base::demangled(name.c_str()), "which a version script keeps inside");
   } catch (const std::runtime_error& error) {
     findings.expect(false, error.what(), "so nothing finds the entry in it");
   }

@@ -202,10 +202,9 @@ void checkReturnedBefore(const CheckContext&, Findings& findings) {
 
 // Since the first of all, and also in the next process.
 void checkUnchanged(const CheckContext& context, Findings& findings) {
-  const Snapshot before = snapshotOf(context.firstLook.text());
-  const std::string difference = firstDifference(before, takeSnapshot());
+  const std::string difference = firstDifference(context.before, takeSnapshot());
   findings.expect(difference.empty(), difference, "although nothing was done but reading");
-  const std::string next = firstDifference(before, context.next.look());
+  const std::string next = firstDifference(context.before, context.next.look());
   findings.expect(next.empty(), next, "in the next process, although nothing was done but reading");
 }
 

@@ -1,6 +1,10 @@
-// Two processes that change devices at once.
+// Several processes that change the same device: none loses a change of another.
+#include <chrono>
+#include <functional>
 #include <string>
+#include <vector>
 
+#include "compliance/checks/changed_device.h"
 #include "compliance/checks/check.h"
 #include "compliance/devices/devices.h"
 #include "compliance/devices/snapshot.h"
@@ -9,49 +13,135 @@ namespace compliance {
 
 namespace {
 
-constexpr const wchar_t* OtherName = L"velq-compliance, other";
+using Clock = std::chrono::steady_clock;
 
-void renameThere(int32_t number) {
-  if (const OpenDevice device = openDevice(number, nullptr))
-    DeviceCtrl_setDescription(device.get(), static_cast<int32_t>(std::char_traits<wchar_t>::length(OtherName)),
-                              OtherName);
+// Of each process at least, so that they meet.
+constexpr int FewestRounds = 5;
+constexpr std::chrono::milliseconds ShortestTime{500};
+
+constexpr const char* Refused = "refused";
+
+std::wstring nameFor(int32_t number, int state) {
+  return L"velq-compliance " + std::to_wstring(number) + L" " + std::to_wstring(state);
 }
 
-void putBack(int32_t number, const std::wstring& description, Findings& findings) {
+ErrorCode rename(DeviceCtrl* device, const std::wstring& name) {
+  return DeviceCtrl_setDescription(device, static_cast<int32_t>(name.size()) + 1, name.c_str());
+}
+
+// Changes one item of the device to its states 1 and 0 in turn, and looks each time whether it is there: no other
+// process changes this item. Returns what was lost; "refused" when a change was; nothing otherwise, with the item in
+// state 0.
+std::string changeOften(const std::function<bool(int state)>& change, const std::function<bool(int state)>& isThere) {
+  const Clock::time_point end = Clock::now() + ShortestTime;
+  for (int round = 1; round <= FewestRounds || Clock::now() < end; ++round) {
+    for (const int state : {1, 0}) {
+      if (!change(state)) return Refused;
+      if (!isThere(state)) return "a change in round " + std::to_string(round);
+    }
+  }
+  return "";
+}
+
+int32_t otherThan(int32_t id) { return id == 0 ? 1 : 0; }
+
+// The tasks of other processes.
+std::string renameThere(int32_t number) {
   const OpenDevice device = openDevice(number, nullptr);
-  const ErrorCode status =
-      device == nullptr
-          ? ErrorNoDeviceList
-          : DeviceCtrl_setDescription(device.get(), static_cast<int32_t>(description.size()) + 1, description.c_str());
-  findings.expect(status == Success, "the old description is refused, status " + show(status), placeOf(description));
+  return rename(device.get(), nameFor(number, 1)) == Success ? "" : Refused;
 }
+
+std::string renumberThere(int32_t number) {
+  const OpenDevice device = openDevice(number, nullptr);
+  const int32_t id = otherThan(DeviceCtrl_getBoardId(device.get()));
+  return failed(DeviceCtrl_setBoardId(device.get(), id)) ? Refused : "";
+}
+
+std::string renameOften(int32_t number) {
+  const OpenDevice device = openDevice(number, nullptr);
+  return changeOften([&](int state) { return rename(device.get(), nameFor(number, state)) == Success; },
+                     [&](int state) { return descriptionOf(device.get()) == nameFor(number, state); });
+}
+
+std::string renumberOften(int32_t number) {
+  const OpenDevice device = openDevice(number, nullptr);
+  return changeOften([&](int state) { return !failed(DeviceCtrl_setBoardId(device.get(), state)); },
+                     [&](int state) { return DeviceCtrl_getBoardId(device.get()) == state; });
+}
+
+// One device that two processes change, or several.
+class SharedDevice {
+ public:
+  SharedDevice(ChangedDevice& device, const NextProcess& next)
+      : device_(device),
+        next_(next),
+        description_(descriptionOf(device.handle())),
+        id_(DeviceCtrl_getBoardId(device.handle())) {}
+
+  // Another process changes one item and this one the other, with a handle that was open before. Returns whether the
+  // library supports both.
+  bool tryInTurn() {
+    if (next_.perform({{renameThere, device_.number()}}) == Refused) return false;
+    wantDescription(nameFor(device_.number(), 1));
+    device_.look("another process has renamed it");
+    if (failed(DeviceCtrl_setBoardId(device_.handle(), otherThan(id_)))) return restore(), false;
+    wantId(otherThan(id_));
+    device_.lookAround("another process has renamed it and this one has set its board id");
+    next_.perform({{renumberThere, device_.number()}});
+    wantId(otherThan(otherThan(id_)));
+    device_.look("another process has set its board id");
+    restoreDescription();
+    device_.lookAround("another process has set its board id and this one has renamed it");
+    return true;
+  }
+
+  void tryAtOnce() {
+    const int32_t number = device_.number();
+    const std::string lost = next_.perform({{renameOften, number}, {renumberOften, number}});
+    if (lost == Refused) return device_.refuse();
+    device_.expect(lost.empty(), "loses " + lost + " while another process changes something else of it");
+    wantDescription(nameFor(number, 0));
+    wantId(0);
+    device_.lookAround("two processes have changed it at once");
+  }
+
+  void restore() {
+    restoreDescription();
+    if (!failed(DeviceCtrl_setBoardId(device_.handle(), id_))) wantId(id_);
+    device_.lookAround("what several processes have changed was restored");
+  }
+
+ private:
+  void wantDescription(const std::wstring& text) {
+    device_.want(descriptionFact(device_.number()), show(text));
+    device_.want(listedFact(device_.number()), show(text));
+  }
+
+  void wantId(int32_t id) { device_.want(boardIdFact(device_.number()), std::to_string(id)); }
+
+  void restoreDescription() {
+    if (rename(device_.handle(), description_) == Success) wantDescription(description_);
+  }
+
+  ChangedDevice& device_;
+  const NextProcess& next_;
+  const std::wstring description_;
+  const int32_t id_;
+};
 
 }  // namespace
 
-// The other process renames the last device; this one, which has read everything before, renumbers the first.
 void checkSharing(const CheckContext& context, Findings& findings) {
-  Snapshot wanted = takeSnapshot();
-  const std::vector<int32_t> numbers = listedNumbers();
-  const int32_t last = numbers.back();
-  const OpenDevice first = openDevice(numbers.front(), nullptr);
-  const std::wstring name = listedDescriptions().back();
-  const int32_t id = DeviceCtrl_getBoardId(first.get());
-
-  context.next.look(renameThere, last);
-  const std::string place = placeOf(name);
-  wanted[descriptionFact(last)] = wanted[listedFact(last)] = show(OtherName);
-  if (openDevice(OtherName) == nullptr && context.next.look()[descriptionFact(last)] == show(name))
-    return findings.refuse(place);
-  const std::string seen = firstDifference(wanted, takeSnapshot());
-  findings.expect(seen.empty(), seen, "after another process has renamed " + place);
-  const int32_t otherId = id == 0 ? 1 : 0;
-  if (!failed(DeviceCtrl_setBoardId(first.get(), otherId)))
-    wanted[boardIdFact(numbers.front())] = std::to_string(otherId);
-  const std::string kept = firstDifference(wanted, context.next.look());
-  findings.expect(kept.empty(), kept,
-                  "after another process has renamed " + place + " and this one has set a board id");
-  DeviceCtrl_setBoardId(first.get(), id);
-  putBack(last, name, findings);
+  bool isTried = false;
+  forEachDevice(findings, [&](DeviceCtrl* handle, const std::string& where) {
+    if (isTried) return;
+    ChangedDevice device(handle, where, context, findings);
+    SharedDevice shared(device, context.next);
+    isTried = shared.tryInTurn();
+    if (!isTried) return device.refuse();
+    shared.tryAtOnce();
+    shared.restore();
+  });
 }
 
 }  // namespace compliance

@@ -1,54 +1,44 @@
 #include "compliance/devices/next_process.h"
 
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include <cerrno>
+#include <csignal>
 #include <cstdlib>
-#include <string>
 #include <string_view>
-#include <system_error>
+
+#include "base/descriptor.h"
 
 namespace compliance {
 
 namespace {
 
-struct Pipe {
-  Pipe() {
-    if (pipe(ends) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
-  }
-  int ends[2];
-};
+using Task = NextProcess::Task;
 
-// Understood by the server, which is made of the same program.
-struct Request {
-  NextProcess::Act act;
-  int32_t number;
-};
+constexpr char End = 0;  // of all answers to a request
 
-constexpr char End = 0;  // of an answer
-
-void sendAll(int descriptor, std::string_view text) {
-  for (size_t sent = 0; sent < text.size();) {
-    const ssize_t count = write(descriptor, text.data() + sent, text.size() - sent);
-    if (count <= 0) std::_Exit(1);
-    sent += static_cast<size_t>(count);
-  }
+template <typename Value>
+std::string_view bytesOf(const Value& value) {
+  return {reinterpret_cast<const char*>(&value), sizeof value};
 }
 
-// Answers every request, until nobody is left to ask, with what a process of its own reads, and a zero.
+std::string readAll(int32_t) { return textOf(takeSnapshot()); }
+
+// Answers until no process is left to ask. A request is a number of tasks, and the tasks as they are in memory: both
+// sides are the same program.
 [[noreturn]] void serve(int requests, int answers, const std::function<void()>& load) {
-  Request request{};
-  while (read(requests, &request, sizeof request) == sizeof request) {
-    const pid_t reader = fork();
-    if (reader == 0) {
-      load();
-      if (request.act != nullptr) request.act(request.number);
-      sendAll(answers, textOf(takeSnapshot()));
-      std::exit(0);
+  for (size_t count = 0; read(requests, &count, sizeof count) == sizeof count;) {
+    std::vector<pid_t> processes;
+    for (Task task{}; processes.size() < count && read(requests, &task, sizeof task) == sizeof task;) {
+      const pid_t process = fork();
+      if (process == 0) {
+        load();
+        base::writeAll(answers, task.act(task.number));
+        std::exit(0);
+      }
+      processes.push_back(process);
     }
-    waitpid(reader, nullptr, 0);
-    sendAll(answers, {&End, 1});
+    for (const pid_t process : processes) waitpid(process, nullptr, 0);
+    base::writeAll(answers, {&End, 1});
   }
   std::_Exit(0);
 }
@@ -56,36 +46,33 @@ void sendAll(int descriptor, std::string_view text) {
 }  // namespace
 
 NextProcess::NextProcess(const std::function<void()>& load) {
-  const Pipe toServer, fromServer;
-  const pid_t server = fork();
-  if (server < 0) throw std::system_error(errno, std::generic_category(), "fork");
-  if (server == 0) {
-    close(toServer.ends[1]);
-    close(fromServer.ends[0]);
-    serve(toServer.ends[0], fromServer.ends[1], load);
+  server_ = fork();
+  if (server_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
+  if (server_ == 0) {
+    requests_.closeWriteEnd();
+    answers_.closeReadEnd();
+    serve(requests_.readEnd(), answers_.writeEnd(), load);
   }
-  close(toServer.ends[0]);
-  close(fromServer.ends[1]);
-  requests_ = toServer.ends[1];
-  answers_ = fromServer.ends[0];
+  requests_.closeReadEnd();
+  answers_.closeWriteEnd();
 }
 
 NextProcess::~NextProcess() {
-  close(requests_);
-  close(answers_);
+  kill(server_, SIGKILL);
+  waitpid(server_, nullptr, 0);
 }
 
-Snapshot NextProcess::look(Act act, int32_t number) const {
-  std::string text;
-  const Request request{act, number};
-  sendAll(requests_, {reinterpret_cast<const char*>(&request), sizeof request});
+std::string NextProcess::perform(const std::vector<Task>& tasks) const {
+  std::string request(bytesOf(tasks.size()));
+  for (const Task& task : tasks) request += bytesOf(task);
+  base::writeAll(requests_.writeEnd(), request);
+  std::string answers;
   char block[4096];
-  for (ssize_t count = 0; (count = read(answers_, block, sizeof block)) > 0;) {
-    text.append(block, static_cast<size_t>(count));
-    if (text.ends_with(End)) break;
-  }
-  if (!text.empty()) text.pop_back();
-  return snapshotOf(text);
+  for (ssize_t count = 0; !answers.ends_with(End) && (count = read(answers_.readEnd(), block, sizeof block)) > 0;)
+    answers.append(block, static_cast<size_t>(count));
+  return answers.substr(0, answers.find(End));
 }
+
+Snapshot NextProcess::look() const { return snapshotOf(perform({{readAll, 0}})); }
 
 }  // namespace compliance

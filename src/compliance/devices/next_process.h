@@ -1,33 +1,44 @@
-// The devices as the next run of a tool finds them.
+// Processes that a tool starts later: they load the library anew, and have nothing of this process.
 #pragma once
 
 #include <sys/types.h>
 
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "compliance/devices/snapshot.h"
+#include "compliance/process/pipe.h"
 
 namespace compliance {
 
-/// A process in which nothing has been loaded yet, kept aside to make such runs.
+/// A server that forks such processes. It is itself forked before this process loads the library, because a process
+/// that is forked afterwards would have the library's state in it.
 class NextProcess {
  public:
-  /// `load` loads the library; it is called in the new processes only. Made before this one does so.
+  /// `load` loads the library; it is called in the new processes only. Throws std::system_error.
   explicit NextProcess(const std::function<void()>& load);
   ~NextProcess();
   NextProcess(const NextProcess&) = delete;
   NextProcess& operator=(const NextProcess&) = delete;
 
-  /// What such a run does ahead of reading, to one device.
-  using Act = void (*)(int32_t number);
+  /// What such a process does with a device, and its answer, which has no zero in it.
+  struct Task {
+    std::string (*act)(int32_t number);
+    int32_t number;
+  };
 
-  /// Loads the library in a new process, acts there when asked to, and reads what can be read. What is missing at the
-  /// end of a process that ended before its time shows as a difference.
-  Snapshot look(Act act = nullptr, int32_t number = 0) const;
+  /// Does each task in a process of its own, all of them at once, and returns their answers one after the other. Part
+  /// of an answer is missing when its process ended early.
+  std::string perform(const std::vector<Task>& tasks) const;
+
+  /// All that can be read. What is missing because the process ended early shows as a difference.
+  Snapshot look() const;
 
  private:
-  int requests_ = -1;
-  int answers_ = -1;
+  Pipe requests_;
+  Pipe answers_;
+  pid_t server_ = -1;
 };
 
 }  // namespace compliance

@@ -1,6 +1,7 @@
 #include "compliance/devices/snapshot.h"
 
 #include <algorithm>
+#include <iterator>
 #include <sstream>
 #include <vector>
 
@@ -51,7 +52,7 @@ const std::string& valueOr(const Snapshot& snapshot, const std::string& fact, co
 
 }  // namespace
 
-std::string listedFact(int32_t number) { return prefixOf(number) + "description in the list"; }
+std::string listedFact(int32_t number) { return "description of device " + std::to_string(number) + " in the list"; }
 std::string descriptionFact(int32_t number) { return prefixOf(number) + "description"; }
 std::string boardIdFact(int32_t number) { return prefixOf(number) + "board id"; }
 std::string childrenFact(int32_t number) { return prefixOf(number) + "children"; }
@@ -104,22 +105,39 @@ Snapshot takeSnapshot() {
   return snapshot;
 }
 
-Snapshot without(int32_t number, Snapshot snapshot) {
-  const std::string prefix = prefixOf(number);
-  std::erase_if(snapshot, [&](const auto& fact) { return fact.first.starts_with(prefix) || fact.first == Order; });
+Snapshot factsAbout(int32_t number, Snapshot snapshot) {
+  std::erase_if(snapshot, [prefix = prefixOf(number)](const auto& fact) { return !fact.first.starts_with(prefix); });
   return snapshot;
 }
 
-std::string firstDifference(const Snapshot& wanted, const Snapshot& found) {
+Snapshot without(int32_t number, Snapshot snapshot) {
+  std::erase_if(snapshot, [prefix = prefixOf(number)](const auto& fact) { return fact.first.starts_with(prefix); });
+  snapshot.erase(listedFact(number));
+  snapshot.erase(Order);
+  return snapshot;
+}
+
+std::vector<Difference> differences(const Snapshot& wanted, const Snapshot& found) {
   Snapshot all = wanted;
   all.insert(found.begin(), found.end());
+  std::vector<Difference> different;
   for (const auto& [fact, value] : all) {
     const std::string nothing = "nothing";
     const std::string& right = valueOr(wanted, fact, nothing);
     const std::string& left = valueOr(found, fact, nothing);
-    if (left != right) return fact + " is " + left + ", not " + right;
+    if (left != right) different.push_back({fact, right, left});
   }
-  return "";
+  return different;
+}
+
+std::string firstDifference(const Snapshot& wanted, const Snapshot& found) {
+  const std::vector<Difference> all = differences(wanted, found);
+  return all.empty() ? "" : all[0].fact + " is " + all[0].found + ", not " + all[0].wanted;
+}
+
+std::vector<int32_t> numbersIn(const Snapshot& snapshot) {
+  std::istringstream order(valueOr(snapshot, Order, ""));
+  return {std::istream_iterator<int32_t>(order), {}};
 }
 
 std::string textOf(const Snapshot& snapshot) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace compliance {
 
@@ -27,11 +28,27 @@ std::string descriptionFact(int32_t number);
 std::string boardIdFact(int32_t number);
 std::string childrenFact(int32_t number);
 
+/// The facts of one device, as factsOf() returns them.
+Snapshot factsAbout(int32_t number, Snapshot snapshot);
+
 /// What is left of a snapshot without a device, and without the order of the list.
 Snapshot without(int32_t number, Snapshot snapshot);
 
-/// "FACT is VALUE, not VALUE" for the first that is not as wanted; empty when all are.
+/// A fact that is not as wanted. "nothing" stands for a value that is not there.
+struct Difference {
+  std::string fact;
+  std::string wanted;
+  std::string found;
+};
+
+/// All facts that are not as wanted.
+std::vector<Difference> differences(const Snapshot& wanted, const Snapshot& found);
+
+/// "FACT is VALUE, not VALUE" for the first of them; empty when there is none.
 std::string firstDifference(const Snapshot& wanted, const Snapshot& found);
+
+/// The numbers of the devices in a snapshot, in the order of the list.
+std::vector<int32_t> numbersIn(const Snapshot& snapshot);
 
 /// A snapshot as a text without zeros, and back.
 std::string textOf(const Snapshot& snapshot);

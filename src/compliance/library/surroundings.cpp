@@ -6,6 +6,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <climits>
 #include <clocale>
 #include <csignal>
@@ -19,6 +20,9 @@ namespace {
 // What users, shells and terminals send, and what timers and children cause.
 constexpr int Signals[] = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGCHLD, SIGTSTP};
 
+// Beyond the numbers of all that is open before the library is loaded.
+constexpr int LastOfTheChecker = 10;
+
 size_t combined(size_t first, size_t second) { return first * 1000003 + second; }
 
 size_t hashOf(const void* data, size_t size) {
@@ -28,18 +32,28 @@ size_t hashOf(const void* data, size_t size) {
 size_t hashOf(const char* text) { return std::hash<std::string_view>()(text == nullptr ? "" : text); }
 
 void replaceStandardInput() {
-  const int input = memfd_create("standard input", MFD_CLOEXEC);
+  const int input = memfd_create("standard input", MFD_CLOEXEC | MFD_ALLOW_SEALING);
   if (input < 0) return;
   if (write(input, "\n", 1) == 1) lseek(input, 0, SEEK_SET);
+  fcntl(input, F_ADD_SEALS, F_SEAL_WRITE | F_SEAL_GROW | F_SEAL_SHRINK);
   dup2(input, STDIN_FILENO);
   close(input);
 }
 
-size_t standardInput() {
+size_t descriptor(int number) {
   struct stat file {};
-  fstat(STDIN_FILENO, &file);
-  const auto position = static_cast<size_t>(lseek(STDIN_FILENO, 0, SEEK_CUR));
-  return combined(combined(file.st_ino, position), static_cast<size_t>(fcntl(STDIN_FILENO, F_GETFL)));
+  return fstat(number, &file) == 0 ? combined(file.st_ino, static_cast<size_t>(fcntl(number, F_GETFL))) : 0;
+}
+
+size_t standardInput() {
+  return combined(descriptor(STDIN_FILENO), static_cast<size_t>(lseek(STDIN_FILENO, 0, SEEK_CUR)));
+}
+
+// Whether another file can be opened.
+size_t hasFreeDescriptor() {
+  const int number = dup(STDIN_FILENO);
+  if (number >= 0) close(number);
+  return number >= 0 || errno != EMFILE;
 }
 
 // The locale of the process, and that of the thread, which takes precedence.
@@ -88,6 +102,10 @@ size_t actionOf(int signal) {
 Surroundings::Surroundings() {
   replaceStandardInput();
   watch("reads, closes or changes standard input", standardInput);
+  watch("closes or changes standard output", [] { return descriptor(STDOUT_FILENO); });
+  for (int number = STDERR_FILENO + 1; number <= LastOfTheChecker; ++number)
+    if (descriptor(number) != 0) watch("closes or changes what it did not open", [=] { return descriptor(number); });
+  watch("uses up all file descriptors", hasFreeDescriptor);
   watch("sets the locale", localeInUse);
   watch("changes the working directory", workingDirectory);
   watch("changes the environment", environment);

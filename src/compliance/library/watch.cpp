@@ -1,16 +1,16 @@
 #include "compliance/library/watch.h"
 
 #include <cxxabi.h>
-#include <sys/stat.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
-#include <memory>
 #include <string>
+#include <string_view>
 #include <typeinfo>
 
+#include "base/demangled.h"
 #include "compliance/library/surroundings.h"
 
 namespace compliance {
@@ -28,20 +28,19 @@ const Surroundings& surroundings() {
   return atStart;
 }
 
-std::string nameOf(const std::type_info* type) {
-  if (type == nullptr) return "what is no C++ exception";
-  const std::unique_ptr<char, decltype(&std::free)> name(abi::__cxa_demangle(type->name(), nullptr, nullptr, nullptr),
-                                                         std::free);
-  return name == nullptr ? type->name() : name.get();
-}
-
 // What has become of the process that the tool would notice; empty when all is well.
 std::string disturbance() {
   std::fflush(stdout);
-  struct stat output {};
-  if (fstat(STDOUT_FILENO, &output) != 0) return "closes standard output";
-  if (output.st_size != 0) return "writes to standard output, which is the tool's";
+  int unread = 0;
+  if (ioctl(STDOUT_FILENO, FIONREAD, &unread) == 0 && unread > 0)
+    return "writes to standard output, which is the tool's";
   return surroundings().disturbance();
+}
+
+// Whether an operation, when it is done, has changed something that others may want to lock.
+bool isChange(std::string_view operation) {
+  return operation.starts_with("DeviceCtrl_set") || operation == "FirmwareItem_loadFile" ||
+         (operation.starts_with("CvxFusionDevice") && !operation.ends_with("GetChildren"));
 }
 
 FunctionTable watchedFunctions() {
@@ -67,19 +66,27 @@ ObjectTable watchedObjects() {
 }  // namespace
 
 Call::~Call() {
+  const int64_t duration = std::chrono::nanoseconds(Clock::now() - begin_).count();
+  if (duration > report_.slowest) {
+    report_.slowest = duration;
+    report_.slowestOperation.set(name_);
+  }
   if (report_.disturbance.isEmpty())
     if (const std::string what = disturbance(); !what.empty()) report_.disturbance.set(what + ", during " + name_);
-  report_.operation.set("");
+  if (isChange(name_)) report_.change.set(name_);
+  report_.isCalling = false;
+  ++report_.calls;
 }
 
 void endWithException(Report& report) {
-  const std::string type = nameOf(abi::__cxa_current_exception_type());
+  const std::type_info* const type = abi::__cxa_current_exception_type();
+  const std::string name = type == nullptr ? "what is no C++ exception" : base::demangled(type->name());
   try {
     throw;
   } catch (const std::exception& exception) {
-    report.thrown.set(type + ": " + exception.what());
+    report.thrown.set(name + ": " + exception.what());
   } catch (...) {
-    report.thrown.set(type);
+    report.thrown.set(name);
   }
   _exit(0);
 }

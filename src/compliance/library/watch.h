@@ -3,22 +3,30 @@
 
 #include <velq/library.h>
 
+#include <chrono>
+
 #include "compliance/process/report.h"
 
 namespace compliance {
 
-/// Notes in the report that `name` is being called; at the end of the call, also what the library has done to the
-/// process meanwhile that is not its business.
+/// Notes in the report that `name` is being called; at the end of the call, also how long it took, and what the library
+/// has done to the process meanwhile that is not its business.
 class Call {
  public:
-  Call(const char* name, Report& report) : name_(name), report_(report) { report.operation.set(name); }
+  Call(const char* name, Report& report) : name_(name), report_(report) {
+    report.operation.set(name);
+    report.isCalling = true;
+  }
   ~Call();
   Call(const Call&) = delete;
   Call& operator=(const Call&) = delete;
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   const char* name_;
   Report& report_;
+  const Clock::time_point begin_ = Clock::now();
 };
 
 /// Calls `operation` under its name. An exception that it lets out is noted and ends the process.
@@ -44,7 +52,7 @@ auto callWatched(const char* name, Report& report, const Operation& operation) {
     const Call call(name, report);
     return operation();
   } catch (...) {
-    report.operation.set(name);
+    report.isCalling = true;
     endWithException(report);
   }
 }

@@ -1,13 +1,15 @@
-// What the process of a check tells the judge, in memory that both share: it stands however that process ends.
+// What the process of a check reports to the checker, in memory that both share: it is there however that process ends.
 #pragma once
 
 #include <algorithm>
+#include <atomic>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace compliance {
 
-/// A text of bounded length without a pointer in it, so that nothing that a library does to it can lead astray.
+/// A string of bounded length without a pointer in it, so that no change that a library makes to it can lead astray.
 template <size_t Room>
 class SharedText {
  public:
@@ -16,15 +18,20 @@ class SharedText {
   bool isEmpty() const { return text_[0] == 0; }
 
  private:
-  char text_[Room];
+  char text_[Room] = {};
 };
 
-/// All zero at the beginning of a check.
+/// Empty at the beginning of a check. Several processes may write to it.
 struct Report {
-  SharedText<64> operation;  ///< what is being called; empty between calls
-  bool isFinished;           ///< the check has run to its end
-  unsigned findings;
-  unsigned refusals;
+  SharedText<64> operation;  ///< what is being called, or was called last
+  bool isCalling = false;
+  SharedText<64> change;  ///< the last call that changes devices
+  std::atomic<uint64_t> calls = 0;
+  std::atomic<int64_t> slowest = 0;  ///< duration of the slowest call, in nanoseconds
+  SharedText<64> slowestOperation;
+  bool isFinished = false;  ///< the check has run to its end
+  unsigned findings = 0;
+  unsigned refusals = 0;
   SharedText<2000> finding;     ///< the first
   SharedText<500> refusal;      ///< the first
   SharedText<500> thrown;       ///< the type of an exception that `operation` let out, and what it says

@@ -7,46 +7,64 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <map>
+#include <new>
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
 
+#include "base/descriptor.h"
+#include "compliance/devices/restoration.h"
 #include "text/one_line.h"
 
 namespace compliance {
 
 namespace {
 
-constexpr size_t MostTimeouts = 3;
+constexpr size_t MostHangs = 3;
 
 constexpr const char* ProcessCheck = "process-left-alone";
 
 Report& sharedReport() {
   void* const memory = mmap(nullptr, sizeof(Report), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "mmap");
-  return *static_cast<Report*>(memory);
+  return *new (memory) Report;
 }
 
 // Within the process of the check.
-void perform(const Check& check, const std::string& path, Report& report, const SharedFile& firstLook,
-             bool endsQuietly) {
+void perform(const Check& check, const std::string& path, Report& report, const Snapshot& before) {
   Findings findings(report);
   Library library(path, report);
   try {
     const NextProcess next([&] { library.load(); });
     if (*check.needs != 0) library.load();
-    check.run({library, next, firstLook}, findings);
+    check.run({library, next, before}, findings);
   } catch (const std::exception& error) {
     findings.expect(false, error.what(), "in the checker");
   }
   report.isFinished = true;
-  if (endsQuietly) _exit(0);
   report.operation.set("exit()");
+  report.isCalling = true;
+}
+
+// Within a process of its own.
+void restoreIn(const std::string& path, Report& report, const Snapshot& before) {
+  Library library(path, report);
+  library.load();
+  restoreDevices(before, [](const std::string& line) { base::writeAll(ResultDescriptor, line + "\n"); });
 }
 
 std::string endingOf(int status) {
-  if (WIFSIGNALED(status)) return std::string("ends the process with SIG") + sigabbrev_np(WTERMSIG(status));
-  return "ends the process with status " + std::to_string(WEXITSTATUS(status));
+  if (!WIFSIGNALED(status)) return "ends the process with status " + std::to_string(WEXITSTATUS(status));
+  return std::string("ends the process with SIG") + sigabbrev_np(WTERMSIG(status));
+}
+
+// Which of the limits of a check may be the reason for its end; empty when none is.
+std::string limitBehind(const EndNote& note, const std::string& thrown) {
+  const std::string most = std::to_string(MostBytes >> 20U) + " MiB";
+  if (WIFSIGNALED(note.status) && WTERMSIG(note.status) == SIGXFSZ) return " (a file may have " + most + ")";
+  const bool isMemoryUsed = static_cast<size_t>(note.peakKilobytes) << 10U > MostBytes / 2;
+  return isMemoryUsed || thrown.starts_with("std::bad_alloc") ? " (a check may use " + most + " of memory)" : "";
 }
 
 // Standard output is flushed, for the lines are to be there whatever happens next.
@@ -62,7 +80,7 @@ std::string counted(const std::string& first, unsigned count) {
 }  // namespace
 
 CheckRunner::CheckRunner(const std::string& path, std::chrono::seconds limit)
-    : path_(path), limit_(limit), report_(sharedReport()) {
+    : path_(path), report_(sharedReport()), supervisor_(limit, report_) {
   // Without a line for the version, which prove(1) takes up to 13 only.
   print("1.." + std::to_string(std::size(AllChecks) + 1));
 }
@@ -70,11 +88,11 @@ CheckRunner::CheckRunner(const std::string& path, std::chrono::seconds limit)
 CheckRunner::~CheckRunner() { munmap(&report_, sizeof report_); }
 
 void CheckRunner::run(const Check& check) {
-  const std::string need = unmetNeed(check);
-  if (need.empty())
-    report(check.name, runOne(check));
-  else
-    skip(check, need);
+  if (const std::string need = unmetNeed(check); !need.empty()) return skip(check, need);
+  const Verdict verdict = runOne(check);
+  if (interruption_ == 0) report(check.name, verdict);
+  if (check.access == CheckAccess::Writes && !passed_.contains(check.name)) restore();
+  if (interruption_ != 0) print("Bail out! Ended by the user");
 }
 
 void CheckRunner::skip(const Check& check, const std::string& reason) {
@@ -83,7 +101,8 @@ void CheckRunner::skip(const Check& check, const std::string& reason) {
 }
 
 std::string CheckRunner::unmetNeed(const Check& check) const {
-  if (timeouts_ >= MostTimeouts) return std::to_string(timeouts_) + " checks have run out of time";
+  if (isAltered_ && check.access == CheckAccess::Writes) return "devices are not restored";
+  if (hangs_ >= MostHangs) return "calls of " + std::to_string(hangs_) + " checks have not returned";
   std::istringstream needs(check.needs);
   for (std::string need; needs >> need;) {
     if (need == "*" && failed_ > 0) return "needs all checks before it";
@@ -93,34 +112,76 @@ std::string CheckRunner::unmetNeed(const Check& check) const {
 }
 
 Verdict CheckRunner::runOne(const Check& check) {
-  report_ = Report();
-  const auto status = runInProcess([&] { perform(check, path_, report_, firstLook_, endsBadly_); }, output_, limit_);
+  const Ending ending = supervisor_.run(check.name, [&] {
+    perform(check, path_, report_, before_);
+    if (isExitKnownBad_) _exit(0);
+  });
   if (!report_.layer.isEmpty() && passed_.empty() && failed_ == 0) print("# through " + report_.layer.get());
-  noteDisturbance();
-  return {findingOf(status), counted(report_.refusal.get(), report_.refusals), report_.refusals};
+  interruption_ = ending.interruption;
+  noteDisturbance(ending);
+  noteSlowest();
+  if (check.run == lookFirst) before_ = snapshotOf(ending.result);
+  return {findingOf(ending), counted(report_.refusal.get(), report_.refusals), report_.refusals};
 }
 
-void CheckRunner::noteDisturbance() {
+void CheckRunner::noteDisturbance(const Ending& ending) {
   if (!disturbance_.empty()) return;
   disturbance_ = report_.disturbance.get();
-  if (disturbance_.empty() && !output_.text().empty()) disturbance_ = "writes to standard output";
+  if (disturbance_.empty() && ending.hasOutput) disturbance_ = "writes to standard output";
+  // What a process leaves that ends early is that end's fault.
+  if (disturbance_.empty() && ending.note && ending.note->status == 0 && ending.note->leavesProcesses)
+    disturbance_ = "leaves processes behind";
+}
+
+void CheckRunner::noteSlowest() {
+  const double seconds = static_cast<double>(report_.slowest.load()) / 1e9;
+  if (seconds <= slowestSeconds_) return;
+  slowestSeconds_ = seconds;
+  slowestOperation_ = report_.slowestOperation.get();
 }
 
 // A check that did not come to its end failed, however the process ended.
-std::string CheckRunner::findingOf(std::optional<int> status) {
-  const std::string operation =
-      report_.operation.isEmpty() ? "the reading of what it returned" : report_.operation.get();
-  const std::string during = " during " + operation;
-  if (!status) {
-    ++timeouts_;
-    return "is not done within " + std::to_string(limit_.count()) + " s," + during;
+std::string CheckRunner::findingOf(const Ending& ending) {
+  const std::string operation = report_.operation.get();
+  const std::string during =
+      " during " + (report_.isCalling ? operation : "the reading of what " + operation + " returned");
+  if (!ending.note) {
+    if (!ending.isHung) return ending.problem + "," + during;
+    ++hangs_;
+    const std::string change = report_.change.get();
+    return ending.problem + "," + during + (change.empty() ? "" : "; " + change + " before it may have kept a lock");
   }
-  if (!report_.thrown.isEmpty()) return "lets an exception out" + during + ": " + report_.thrown.get();
-  if (!report_.isFinished) return endingOf(*status) + during;
+  if (!ending.problem.empty()) return ending.problem;
+  const std::string thrown = report_.thrown.get(), limit = limitBehind(*ending.note, thrown);
+  if (!thrown.empty()) return "lets an exception out" + during + ": " + thrown + limit;
+  if (!report_.isFinished) return endingOf(ending.note->status) + during + limit;
   if (report_.findings > 0) return counted(report_.finding.get(), report_.findings);
-  if (*status == 0) return "";
-  endsBadly_ = true;
-  return endingOf(*status) + during;
+  if (ending.note->status == 0) return "";
+  isExitKnownBad_ = true;
+  return endingOf(ending.note->status) + during + limit;
+}
+
+void CheckRunner::restore() {
+  const Ending ending = supervisor_.run("restoring", [&] { restoreIn(path_, report_, before_); });
+  std::map<std::string, Alteration> alterations;
+  std::istringstream lines(ending.result);
+  std::string line = "none";
+  while (!line.empty() && std::getline(lines, line))
+    if (const auto alteration = alterationIn(line)) alterations[alteration->difference.fact] = *alteration;
+  const bool isDone = line.empty();
+  for (const auto& [fact, alteration] : alterations) {
+    const auto& [same, wanted, found] = alteration.difference;
+    const bool isRestored = isDone && !alteration.isLeft;
+    print(isRestored ? "# restored: " + fact + " " + wanted + ", was left at " + found
+                     : "# NOT RESTORED: " + fact + " is " + found + ", was " + wanted);
+    isAltered_ = isAltered_ || !isRestored;
+  }
+  if (isDone) return;
+  isAltered_ = true;
+  print("# NOT RESTORED, for the library " + findingOf(ending));
+  if (alterations.empty())
+    for (const auto& [fact, value] : before_)
+      if (isRestorable(fact)) print("# before: " + fact + " " + value);
 }
 
 std::string CheckRunner::numbered(const char* result, const char* name) const {
@@ -142,6 +203,9 @@ void CheckRunner::report(const char* name, const Verdict& verdict) {
 
 bool CheckRunner::finish() {
   report(ProcessCheck, {.finding = disturbance_, .refused = ""});
+  char slowest[100];
+  std::snprintf(slowest, sizeof slowest, "%.3f s, %s", slowestSeconds_, slowestOperation_.c_str());
+  print("# slowest call: " + std::string(slowest));
   print("# " + std::to_string(passed_.size()) + " ok, " + std::to_string(failed_) + " failed, " +
         std::to_string(skipped_) + " not run, " + std::to_string(refusals_) + " refused");
   return failed_ == 0;

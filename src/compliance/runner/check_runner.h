@@ -7,7 +7,7 @@
 #include <string>
 
 #include "compliance/checks/check.h"
-#include "compliance/process/process.h"
+#include "compliance/process/supervisor.h"
 
 namespace compliance {
 
@@ -20,14 +20,14 @@ struct Verdict {
 
 class CheckRunner {
  public:
-  /// Of the library in the file `path`; a check may take `limit`. Prints the plan. Throws std::system_error.
+  /// Of the library in the file `path`; a call may take `limit`. Prints the plan. Throws std::system_error.
   CheckRunner(const std::string& path, std::chrono::seconds limit);
   ~CheckRunner();
   CheckRunner(const CheckRunner&) = delete;
   CheckRunner& operator=(const CheckRunner&) = delete;
 
-  /// Runs the check if its needs are met, and reports what it lacks otherwise. Throws std::system_error when nothing
-  /// can be printed.
+  /// Runs the check if its needs are met, and reports what it lacks otherwise. Restores the devices after one that
+  /// writes and has not passed. Throws std::system_error when nothing can be printed.
   void run(const Check& check);
 
   /// Reports that the check was not run, and why.
@@ -37,26 +37,34 @@ class CheckRunner {
   /// failed.
   bool finish();
 
+  /// The signal with which the user has ended the checks; 0 for none.
+  int interruption() const { return interruption_; }
+
  private:
   std::string unmetNeed(const Check& check) const;
   Verdict runOne(const Check& check);
-  std::string findingOf(std::optional<int> status);
-  void noteDisturbance();
+  std::string findingOf(const Ending& ending);
+  void noteDisturbance(const Ending& ending);
+  void noteSlowest();
+  void restore();
   std::string numbered(const char* result, const char* name) const;
   void report(const char* name, const Verdict& verdict);
 
   const std::string path_;
-  const std::chrono::seconds limit_;
   Report& report_;
-  const SharedFile output_;
-  const SharedFile firstLook_;
+  Supervisor supervisor_;
+  Snapshot before_;
   std::set<std::string> passed_;
-  std::string disturbance_;  ///< the first of any check
+  std::string disturbance_;       ///< the first of any check
+  std::string slowestOperation_;  ///< of all checks
+  double slowestSeconds_ = 0;
   size_t failed_ = 0;
   size_t skipped_ = 0;
   size_t refusals_ = 0;
-  size_t timeouts_ = 0;
-  bool endsBadly_ = false;  ///< it has been said that the end of the process goes wrong
+  size_t hangs_ = 0;
+  int interruption_ = 0;
+  bool isAltered_ = false;       ///< devices could not be restored
+  bool isExitKnownBad_ = false;  ///< it was reported that the process does not end well, so no further check tries
 };
 
 }  // namespace compliance

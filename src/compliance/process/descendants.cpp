@@ -1,0 +1,62 @@
+#include "compliance/process/descendants.h"
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <fstream>
+#include <limits>
+#include <string>
+#include <thread>
+
+namespace compliance {
+
+namespace {
+
+// 0 for one that does not exist.
+pid_t parentOf(pid_t process) {
+  std::ifstream status("/proc/" + std::to_string(process) + "/stat");
+  // The name of the program is in parentheses and may contain some.
+  pid_t parent = 0;
+  std::string line;
+  if (std::getline(status, line)) parent = std::stoi(line.substr(line.rfind(')') + 4));
+  return parent;
+}
+
+void killChildren() {
+  std::ifstream children("/proc/thread-self/children");
+  for (pid_t child = 0; children >> child;) kill(child, SIGKILL);
+}
+
+// Whether a child is left after all that have ended were waited for.
+bool hasChildren() {
+  pid_t ended = 0;
+  do ended = waitpid(-1, nullptr, WNOHANG);
+  while (ended > 0);
+  return ended == 0;
+}
+
+}  // namespace
+
+void adoptOrphans() { prctl(PR_SET_CHILD_SUBREAPER, 1); }
+
+bool endDescendants(std::chrono::milliseconds grace) {
+  constexpr std::chrono::milliseconds Pause{1};
+  for (; grace > Pause && hasChildren(); grace -= Pause) std::this_thread::sleep_for(Pause);
+  if (!hasChildren()) return false;
+  // The children of those that were killed are children of this process now.
+  do {
+    killChildren();
+    waitpid(-1, nullptr, 0);
+  } while (hasChildren());
+  return true;
+}
+
+bool isDescendant(pid_t process) {
+  while (process > 1 && process != getpid()) process = parentOf(process);
+  return process == getpid();
+}
+
+}  // namespace compliance

@@ -1,0 +1,20 @@
+// Processes that a library starts, in whatever session or process group they are.
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+
+namespace compliance {
+
+/// From now on a descendant whose parent ends becomes a child of this process.
+void adoptOrphans();
+
+/// Waits up to `grace` for all descendants of this process to end, and kills those that have not. Returns whether there
+/// were any. Needs adoptOrphans() before.
+bool endDescendants(std::chrono::milliseconds grace = {});
+
+/// Whether a process, also one that has ended but was not waited for, is a descendant of this one.
+bool isDescendant(pid_t process);
+
+}  // namespace compliance

@@ -1,0 +1,87 @@
+#include "compliance/process/guardian.h"
+
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+
+#include "compliance/process/descendants.h"
+
+namespace compliance {
+
+namespace {
+
+// Time for those that end because their parent has ended.
+constexpr std::chrono::milliseconds Grace{200};
+
+constexpr rlim_t MostDescriptors = 1024;
+
+void limitTo(decltype(RLIMIT_AS) resource, rlim_t most) {
+  rlimit limit{};
+  getrlimit(resource, &limit);
+  limit.rlim_cur = limit.rlim_max = std::min(most, limit.rlim_max);
+  setrlimit(resource, &limit);
+}
+
+void limitResources() {
+  // The address space that is in use already counts, too, and the sanitizers reserve terabytes of it.
+  size_t pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
+  limitTo(RLIMIT_AS, pages * static_cast<size_t>(sysconf(_SC_PAGESIZE)) + MostBytes);
+  limitTo(RLIMIT_FSIZE, MostBytes);
+  limitTo(RLIMIT_NOFILE, MostDescriptors);
+  limitTo(RLIMIT_CORE, 0);
+}
+
+[[noreturn]] void become(const std::function<void()>& work, const Streams& streams, const Signals& signals) {
+  setpgid(0, 0);
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  limitResources();
+  signals.restore();
+  // The caller of the checker may have ignored some, as shells do in the background; the library is not to be blamed.
+  for (const int signal : {SIGINT, SIGTERM, SIGPIPE}) std::signal(signal, SIG_DFL);
+  dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
+  dup2(streams.output.writeEnd(), STDOUT_FILENO);
+  dup2(streams.messages.writeEnd(), STDERR_FILENO);
+  dup2(streams.result.writeEnd(), ResultDescriptor);
+  close_range(ResultDescriptor + 1, ~0U, 0);
+  work();
+  std::exit(0);
+}
+
+EndNote noteEnd(pid_t child, const Signals& signals, pid_t supervisor) {
+  EndNote note;
+  while (getppid() == supervisor) {
+    pollfd next{signals.descriptor(), POLLIN, 0};
+    poll(&next, 1, -1);
+    while (const auto signal = signals.take())
+      if (signal->ssi_signo != SIGCHLD && note.signal == 0) note.signal = static_cast<int>(signal->ssi_signo);
+    rusage usage{};
+    for (pid_t ended = 0; (ended = wait4(-1, &note.status, WNOHANG, &usage)) > 0;) {
+      note.peakKilobytes = usage.ru_maxrss;
+      if (ended == child) return note;
+    }
+  }
+  return note;
+}
+
+}  // namespace
+
+void guard(const std::function<void()>& work, const Streams& streams, const Pipe& notes, const Signals& signals,
+           pid_t supervisor) {
+  setpgid(0, 0);
+  prctl(PR_SET_PDEATHSIG, SIGTERM);
+  adoptOrphans();
+  const pid_t child = fork();
+  if (child == 0) become(work, streams, signals);
+  if (child < 0) _exit(EXIT_FAILURE);
+  EndNote note = noteEnd(child, signals, supervisor);
+  note.leavesProcesses = endDescendants(Grace);
+  _exit(write(notes.writeEnd(), &note, sizeof note) == sizeof note ? EXIT_SUCCESS : EXIT_FAILURE);
+}
+
+}  // namespace compliance

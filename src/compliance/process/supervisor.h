@@ -1,0 +1,45 @@
+// Work in processes that a library may end, hang, spoil or multiply as it likes.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "compliance/process/guardian.h"
+#include "compliance/process/report.h"
+#include "compliance/process/signals.h"
+
+namespace compliance {
+
+/// How a process that did some work ended.
+struct Ending {
+  std::optional<EndNote> note;  ///< nothing when it was ended, or its guardian was
+  std::string problem;          ///< why it was ended, or how it attacked the checker; empty for neither
+  std::string result;           ///< what it wrote to ResultDescriptor
+  bool isHung = false;          ///< it was ended because a call did not return
+  bool hasOutput = false;       ///< it wrote to standard output
+  int interruption = 0;         ///< the signal with which the user ended the work; 0 for none
+};
+
+/// Runs work in processes, one at a time. There is one in a program, which it protects from signals.
+class Supervisor {
+ public:
+  /// A call may take `limit`, and so may what the work does between two calls. `report` is shared memory. Throws
+  /// std::system_error.
+  Supervisor(std::chrono::seconds limit, Report& report);
+
+  /// Runs `work` in a new process and clears the report before. Its standard input is empty, its standard error appears
+  /// on that of this process, up to a limit. All processes that it started have ended afterwards. `name` is shown to
+  /// users on a terminal that have to wait. Throws std::system_error.
+  Ending run(const std::string& name, const std::function<void()>& work);
+
+ private:
+  class Run;
+
+  const std::chrono::seconds limit_;
+  Report& report_;
+  const Signals signals_;
+};
+
+}  // namespace compliance
