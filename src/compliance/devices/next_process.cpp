@@ -1,8 +1,8 @@
 #include "compliance/devices/next_process.h"
 
+#include <poll.h>
 #include <sys/wait.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <string_view>
 
@@ -23,10 +23,10 @@ std::string_view bytesOf(const Value& value) {
 
 std::string readAll(int32_t) { return textOf(takeSnapshot()); }
 
-// Answers until no process is left to ask. A request is a number of tasks, and the tasks as they are in memory: both
-// sides are the same program.
+// Answers requests until one has no tasks, or no process is left to ask. A request is a number of tasks, and the tasks
+// as they are in memory: both sides are the same program.
 [[noreturn]] void serve(int requests, int answers, const std::function<void()>& load) {
-  for (size_t count = 0; read(requests, &count, sizeof count) == sizeof count;) {
+  for (size_t count = 0; read(requests, &count, sizeof count) == sizeof count && count > 0;) {
     std::vector<pid_t> processes;
     for (Task task{}; processes.size() < count && read(requests, &task, sizeof task) == sizeof task;) {
       const pid_t process = fork();
@@ -46,26 +46,36 @@ std::string readAll(int32_t) { return textOf(takeSnapshot()); }
 }  // namespace
 
 NextProcess::NextProcess(const std::function<void()>& load) {
-  server_ = fork();
-  if (server_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
-  if (server_ == 0) {
+  const pid_t child = fork();
+  if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
+  if (child == 0) {
+    if (fork() != 0) std::_Exit(0);
     requests_.closeWriteEnd();
     answers_.closeReadEnd();
     serve(requests_.readEnd(), answers_.writeEnd(), load);
   }
+  waitpid(child, nullptr, 0);
   requests_.closeReadEnd();
   answers_.closeWriteEnd();
 }
 
+// Waits for the server, which would be left behind otherwise, but not for others that have its end of the pipe.
 NextProcess::~NextProcess() {
-  kill(server_, SIGKILL);
-  waitpid(server_, nullptr, 0);
+  constexpr int LongestWaitMilliseconds = 500;
+  send({});
+  pollfd end{answers_.readEnd(), 0, 0};
+  poll(&end, 1, LongestWaitMilliseconds);
+}
+
+void NextProcess::send(const std::vector<Task>& tasks) const {
+  const size_t count = tasks.size();
+  std::string request(bytesOf(count));
+  for (const Task& task : tasks) request += bytesOf(task);
+  base::writeAll(requests_.writeEnd(), request);
 }
 
 std::string NextProcess::perform(const std::vector<Task>& tasks) const {
-  std::string request(bytesOf(tasks.size()));
-  for (const Task& task : tasks) request += bytesOf(task);
-  base::writeAll(requests_.writeEnd(), request);
+  send(tasks);
   std::string answers;
   char block[4096];
   for (ssize_t count = 0; !answers.ends_with(End) && (count = read(answers_.readEnd(), block, sizeof block)) > 0;)

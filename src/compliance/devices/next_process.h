@@ -1,8 +1,6 @@
 // Processes that a tool starts later: they load the library anew, and have nothing of this process.
 #pragma once
 
-#include <sys/types.h>
-
 #include <functional>
 #include <string>
 #include <vector>
@@ -12,8 +10,9 @@
 
 namespace compliance {
 
-/// A server that forks such processes. It is itself forked before this process loads the library, because a process
-/// that is forked afterwards would have the library's state in it.
+/// A server that forks such processes. It is forked before this process loads the library, because a process that is
+/// forked afterwards would have the library's state in it. It is no child of this process, for a library may wait for
+/// all children.
 class NextProcess {
  public:
   /// `load` loads the library; it is called in the new processes only. Throws std::system_error.
@@ -36,9 +35,10 @@ class NextProcess {
   Snapshot look() const;
 
  private:
+  void send(const std::vector<Task>& tasks) const;
+
   Pipe requests_;
   Pipe answers_;
-  pid_t server_ = -1;
 };
 
 }  // namespace compliance

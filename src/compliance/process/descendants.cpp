@@ -42,16 +42,21 @@ bool hasChildren() {
 
 void adoptOrphans() { prctl(PR_SET_CHILD_SUBREAPER, 1); }
 
-bool endDescendants(std::chrono::milliseconds grace) {
+bool waitForDescendants(std::chrono::milliseconds grace) {
   constexpr std::chrono::milliseconds Pause{1};
-  for (; grace > Pause && hasChildren(); grace -= Pause) std::this_thread::sleep_for(Pause);
-  if (!hasChildren()) return false;
-  // The children of those that were killed are children of this process now.
-  do {
+  for (; hasChildren(); grace -= Pause) {
+    if (grace < Pause) return false;
+    std::this_thread::sleep_for(Pause);
+  }
+  return true;
+}
+
+// The children of those that are killed become children of this process.
+void endDescendants() {
+  while (hasChildren()) {
     killChildren();
     waitpid(-1, nullptr, 0);
-  } while (hasChildren());
-  return true;
+  }
 }
 
 bool isDescendant(pid_t process) {

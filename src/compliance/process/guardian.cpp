@@ -80,7 +80,9 @@ void guard(const std::function<void()>& work, const Streams& streams, const Pipe
   if (child == 0) become(work, streams, signals);
   if (child < 0) _exit(EXIT_FAILURE);
   EndNote note = noteEnd(child, signals, supervisor);
-  note.leavesProcesses = endDescendants(Grace);
+  note.leavesProcesses = !waitForDescendants(Grace);
+  if (getppid() != supervisor) endDescendants();
+  // Those that are left are the supervisor's from now on.
   _exit(write(notes.writeEnd(), &note, sizeof note) == sizeof note ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
