@@ -257,6 +257,7 @@ expect 1 2 "FAIL one-export: $work/cut.so: exports nothing that can be read" "$c
 expect 2 0 'velq-compliance: standard output: No space left on device' sh -c "'$checker' '$minimal' >/dev/full"
 expect 0 0 'Usage: velq-compliance [--write] [--timeout SECONDS] LIBRARY' "$checker" --help
 expect 0 0 "velq-compliance $VERSION" "$checker" --version
+expect 2 0 'velq-compliance: --timeout needs a value; see velq-compliance --help' "$checker" --timeout
 expect 2 0 'velq-compliance: no LIBRARY given; see velq-compliance --help' "$checker" --write
 expect 2 0 'velq-compliance: unknown option "--writes"; see velq-compliance --help' "$checker" --writes "$minimal"
 for seconds in 0 3601 1s ''; do

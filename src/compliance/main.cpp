@@ -6,7 +6,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <system_error>
 
@@ -21,22 +20,22 @@ using namespace compliance;
 namespace {
 
 constexpr const char* Help = R"(Usage: velq-compliance [--write] [--timeout SECONDS] LIBRARY
-Checks that the device library in the file LIBRARY keeps the promises of
-<velq/operations.def>, on every device that it lists. The output is in the Test
-Anything Protocol: "ok", "not ok" with what was found where in the next line, or
-"# SKIP" for what was not run; then a comment that counts them. Each check runs
-in a process of its own, so that nothing that the library does ends the others.
+Checks that the device library in the file LIBRARY does what
+<velq/operations.def> demands, on every device that it lists. The output is in
+the Test Anything Protocol.
 
-  --write    also change descriptions, board ids and fusion groups, and put them
-             back; begun only when every check before them has passed
+  --write    also change descriptions, board ids and fusion devices, and restore
+             them; only if every check before has passed
   --timeout SECONDS
-             what a check may take, 10 unless given
-  --help     show this text
+             the time limit of a call, 10 by default
+  --help     show this help
   --version  show the version
 
-A probe that is preloaded (LD_PRELOAD) lies over the library and is checked with
-it. Exit status: 0 no check failed, 1 a check failed, 2 wrong usage, no shared
-library, or output that cannot be written.
+A preloaded probe (LD_PRELOAD) is checked with the library. Exit status: 0 no
+check failed, 1 a check failed, 2 wrong usage, no shared library, or output that
+cannot be written.
+
+More is in the manual: man velq-compliance
 )";
 
 int print(const char* text) {
@@ -82,9 +81,10 @@ int runChecks(const Options& options) {
 int main(int argc, char** argv) {
   try {
     occupyStandardNumbers();
-    if (argc == 2 && std::strcmp(argv[1], "--help") == 0) return print(Help);
-    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) return print("velq-compliance " VERSION "\n");
-    return runChecks(parseOptions(argv));
+    const Options options = parseOptions(argc, argv);
+    if (options.showsHelp) return print(Help);
+    if (options.showsVersion) return print("velq-compliance " VERSION "\n");
+    return runChecks(options);
   } catch (const std::exception& error) {
     fprintf(stderr, "velq-compliance: %s\n", text::oneLine(error.what()).c_str());
     return UsageStatus;

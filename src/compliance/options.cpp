@@ -1,5 +1,7 @@
 #include "compliance/options.h"
 
+#include <getopt.h>
+
 #include <charconv>
 #include <stdexcept>
 
@@ -8,6 +10,14 @@ namespace compliance {
 namespace {
 
 constexpr int MostSeconds = 3600;
+
+// In the order of this list.
+enum Choice { Write, Timeout, ShowHelp, ShowVersion };
+constexpr option Choices[] = {{"write", no_argument, nullptr, Write},
+                              {"timeout", required_argument, nullptr, Timeout},
+                              {"help", no_argument, nullptr, ShowHelp},
+                              {"version", no_argument, nullptr, ShowVersion},
+                              {}};
 
 [[noreturn]] void refuse(const std::string& why) { throw std::invalid_argument(why + "; see velq-compliance --help"); }
 
@@ -21,23 +31,22 @@ std::chrono::seconds secondsFrom(const std::string& given) {
 
 }  // namespace
 
-Options parseOptions(char** argv) {
+Options parseOptions(int argc, char** argv) {
   Options options;
-  // Behind the last argument stands a null.
-  for (char** next = argv + 1; *next != nullptr;) {
-    const std::string argument = *next++;
-    if (argument == "--write")
-      options.writes = true;
-    else if (argument == "--timeout")
-      options.limit = secondsFrom(*next == nullptr ? "" : *next++);
-    else if (argument.starts_with("-"))
-      refuse("unknown option \"" + argument + "\"");
-    else if (!options.library.empty())
-      refuse("\"" + argument + "\": one LIBRARY only, \"" + options.library + "\" is given before");
-    else
-      options.library = argument;
+  opterr = 0;
+  for (int choice = 0; (choice = getopt_long(argc, argv, ":", Choices, nullptr)) != -1;) {
+    if (choice == ':') refuse("--timeout needs a value");
+    if (choice == '?') refuse("unknown option \"" + std::string(argv[optind - 1]) + "\"");
+    options.writes |= choice == Write;
+    options.showsHelp |= choice == ShowHelp;
+    options.showsVersion |= choice == ShowVersion;
+    if (choice == Timeout) options.limit = secondsFrom(optarg);
   }
-  if (options.library.empty()) refuse("no LIBRARY given");
+  if (options.showsHelp || options.showsVersion) return options;
+  if (optind == argc) refuse("no LIBRARY given");
+  options.library = argv[optind];
+  if (optind + 1 < argc)
+    refuse("\"" + std::string(argv[optind + 1]) + "\": one LIBRARY only, \"" + options.library + "\" is given before");
   return options;
 }
 

@@ -12,10 +12,12 @@ inline constexpr int UsageStatus = 2;
 struct Options {
   std::string library;
   bool writes = false;
-  std::chrono::seconds limit{10};  ///< for one check
+  bool showsHelp = false;
+  bool showsVersion = false;
+  std::chrono::seconds limit{10};  ///< of one call
 };
 
-/// Reads the arguments, which end with a null. Throws std::invalid_argument with what is wrong.
-Options parseOptions(char** argv);
+/// Reads the arguments of main(). Throws std::invalid_argument with what is wrong.
+Options parseOptions(int argc, char** argv);
 
 }  // namespace compliance
