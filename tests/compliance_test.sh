@@ -108,33 +108,33 @@ DeviceCtrl_getInstalledDevices=null|device-list: null, list of installed devices
 Array_getLength=-1|device-list: length -1, list of installed devices
 Array_getLength=10000001|device-list: length 10000001, list of installed devices
 Array_getLength=0|device-list: no device to check, list of installed devices
-Array_getLength#2=9|device-list: length 6, and 9 when asked again, list of installed devices
-Array_getLength#4=4|device-list: other addresses when asked again, list of installed devices
-Array_getLength#5=4|device-list: another length after its elements were asked for, list of installed devices
+Array_getLength#2=9|device-list: length 6, and 9 when requested again, list of installed devices
+Array_getLength#4=4|device-list: other addresses when requested again, list of installed devices
+Array_getLength#5=4|device-list: another length after its elements were read, list of installed devices
 Array_getItem#5=null|device-list: element 4 of 6 is null, list of installed devices
 DeviceCtrl_Create#3=null|open-listed: cannot be opened by its description, device "QS-2004,BID#0"
 DeviceCtrl_getDeviceNumber=7|open-listed: has the number 7 of device "QA-3216,BID#0", device "QD-0096,BID#2"
 DeviceCtrl_getDeviceNumber#1=-1|open-listed: has the number -1, device "QA-3216,BID#0"
-DeviceCtrl_getDeviceNumber#2=5|open-by-description: is another with AccessFusion, device "QA-3216,BID#0"
+DeviceCtrl_getDeviceNumber#2=5|open-by-description: is another device with AccessFusion, device "QA-3216,BID#0"
 DeviceCtrl_getDeviceNumber#18=5|open-by-number: number 6 with description "Pair" opens "QS-2004,BID#0", device
 DeviceCtrl_getDescription=0|text-description: no terminator, status 0x00000000, device "QA-3216,BID#0", capacity
 DeviceCtrl_getLocation#10=0xE0000001|text-location: status 0xe0000001, but 0x00000000 at capacity 1024, device
 DeviceCtrl_getInterrupts#2=null|array-interrupts: once null and once not, device "QA-3216,BID#0"
-CvxIsFusionDevice#2=0|fusion-children: is called a fusion device, number 0, which is no fusion device
+CvxIsFusionDevice#2=0|fusion-children: is reported as a fusion device, number 0, which is no fusion device
 CvxFusionDeviceGetChildren=0|fusion-children: has children, number 0, which is no fusion device
-CvxFusionDeviceCheckChildren=0|fusion-children: would take a child, number 0, which is no fusion device
+CvxFusionDeviceCheckChildren=0|fusion-children: would add a child, number 0, which is no fusion device
 CvxIsFusionDevice#12=0|fusion-children: child 6 is a fusion device, device "Pair"
-CvxFusionDeviceCheckChildren#6=0|fusion-children: child 6 would be taken once more, device "Pair"
-CvxFusionDeviceCheckChildren#8=0|fusion-children: would take a child that is not there, device "Pair"
+CvxFusionDeviceCheckChildren#6=0|fusion-children: child 6 would be added again, device "Pair"
+CvxFusionDeviceCheckChildren#8=0|fusion-children: would add a child that is not there, device "Pair"
 CvxFusionDeviceGetChildren#11=0|fusion-children: child -12345 cannot be opened, device "Pair"
 CvxFusionDeviceGetChildren#11=0xE0000001|fusion-children: children: status 0xe0000001, device "Pair"
 CvxFusionDeviceGetChildren#12=0|fusion-children: lists 2 children in the room for 1, device "Pair"
 DaqCtrlBase_setSelectedDevice=0|control-unknown: is bound to a device that is not there, status 0x00000000, firmware
-DaqCtrlBase_getSelectedDevice=0|control-unbound: tells of a device although it is not bound, status 0x00000000
+DaqCtrlBase_getSelectedDevice=0|control-unbound: returns the record of a device although it is not bound, status 0x00000000
 DaqCtrlBase_getDevice=null|control-binding: has no device although it is bound, firmware control, device
-DaqCtrlBase_getDevice#2=null|control-binding: has another device when asked again, firmware control, device
+DaqCtrlBase_getDevice#2=null|control-binding: has another device when requested again, firmware control, device
 DaqCtrlBase_getSelectedDevice#1=0xE0000001|control-binding: status 0xe0000001 for the record of the bound device
-FirmwareItem_getVersion#2=null|firmware: version is another when asked for again, device "QA-3216,BID#0", chip 0
+FirmwareItem_getVersion#2=null|firmware: version differs when requested again, device "QA-3216,BID#0", chip 0
 FirmwareItem_loadFile=0|firmware: status 0x00000000 for a firmware file that does not exist
 FirmwareItem_loadFile#4=0|firmware: status 0x00000000 for an empty firmware file, device "QA-3216,BID#0", chip 0
 FirmwareItem_getDescription=null|firmware: description is null, device "QA-3216,BID#0", chip 0
@@ -150,11 +150,11 @@ DeviceCtrl_setDescription#12=0|write-description: takes "QD-0096,BID#2", device 
 DeviceCtrl_setBoardId=0|write-board-id: device 0: board id is 0, not 1, after a change of the board id to 1 with
 CvxFusionDeviceCreate=0xE0000001|write-fusion: is refused with status 0xe0000001, after which tools go on with
 CvxFusionDeviceCreate=0|write-fusion: gets the number 0, fusion device of [0, 2147483647]
-CvxFusionDeviceAddChildren=0|write-fusion: takes [2147483647], fusion device 256
-CvxFusionDeviceAddChildren=0xE0000001|write-fusion: takes [7] with status 0xe0000001, but the check says 0x00000000, fusion
-CvxFusionDeviceAddChildren#7=0|write-fusion: takes [7] with status 0x00000000, but the check says 0xe0000027, fusion
-CvxFusionDeviceRemoveChildren=0|write-fusion: lets [2147483647] go, fusion device 256
-CvxFusionDeviceRemoveChildren#5=0xE0000001|write-fusion: does not let [0] go, status 0xe0000001, fusion device 256
+CvxFusionDeviceAddChildren=0|write-fusion: adds [2147483647], fusion device 256
+CvxFusionDeviceAddChildren=0xE0000001|write-fusion: adds [7] with status 0xe0000001, but the check returns 0x00000000, fusion
+CvxFusionDeviceAddChildren#7=0|write-fusion: adds [7] with status 0x00000000, but the check returns 0xe0000027, fusion
+CvxFusionDeviceRemoveChildren=0|write-fusion: removes [2147483647], fusion device 256
+CvxFusionDeviceRemoveChildren#5=0xE0000001|write-fusion: does not remove [0], status 0xe0000001, fusion device 256
 CvxFusionDeviceRemoveChildren#10=0|write-fusion: has the children [6, 7, 8], not [7], fusion device 256 after
 CvxFusionDeviceRemoveChildren#11=0|write-fusion: is a fusion device without a child, fusion device 256
 several: check adds|write-fusion: has the children [6, 7], not [6], fusion device 256 after a look whether it
@@ -195,9 +195,9 @@ hole|complete-tables: null, ObjectTable::CalibrationItem_getState
 overrun|text-library-version: writes outside of the buffer, device "Minimal board", capacity 1024
 unterminated|text-library-version: no terminator, status 0xa0000001, device "Minimal board", capacity 1024
 long version|text-library-version: "1.0-minima" has more than the 9 characters that tools have room for, device
-always warns|text-library-version: status 0xa0000001 for a text that fits, device "Minimal board", capacity 1024
-surrogate|text-library-version: "\x{d800}" has what is no character, device "Minimal board", capacity 2
-silently cut|text-library-version: status 0x00000000 for a text that is cut, device "Minimal board", capacity 1
+always warns|text-library-version: status 0xa0000001 for a string that fits, device "Minimal board", capacity 1024
+surrogate|text-library-version: "\x{d800}" has an element that is no character, device "Minimal board", capacity 2
+silently cut|text-library-version: status 0x00000000 for a string that is cut, device "Minimal board", capacity 1
 reading changes|reads-change-nothing: description of device 0 in the list is "x", not "Minimal board", although
 any device|open-unknown: opens a device that is not there, DeviceCtrl_Create(-2147483648, null)
 no fusion mode|open-by-description: cannot be opened with AccessFusion, device "Minimal board"
@@ -211,10 +211,10 @@ shared items|returned-stays: firmware control of device 0: list of chips reads o
 negative number|open-unknown: opens a device that is not there, DeviceCtrl_Create(-2147483648, "Minimal board")
 alike|open-unknown: opens a device that is not there, DeviceCtrl_Create(-1, "MINIMAL BOARD")
 old name|write-description: can still be opened as "Minimal board" after a change to "velq-compliance 1", terminator not
-one list|write-description: a list that was taken before the change reads otherwise, device "Minimal board"
+one list|write-description: a list that was returned before the change has changed, device "Minimal board"
 unbound device|control-unbound: has a device although it is not bound, firmware control
 unbound solutions|control-unbound: has chips or solutions although it is not bound, calibration control
-bound once|control-rebinding: has a device although it is not bound, firmware control bound anew, device "Minimal
+bound once|control-rebinding: has a device although it is not bound, firmware control bound again, device "Minimal
 several: first chips|control-rebinding: device 2: chip 0 is "Bus FPGA", version "1.12", not nothing as for a new control
 refuses what it binds|control-binding: has a device although it is not bound, firmware control, device
 no group|fusion-children: has children, number 0, which is no fusion device

@@ -1,4 +1,4 @@
-// velq-compliance: checks that a device library keeps the promises that tools rely on.
+// velq-compliance: checks that a device library does what tools rely on.
 #include <fcntl.h>
 #include <unistd.h>
 

@@ -6,7 +6,7 @@
 
 namespace compliance {
 
-/// The status for wrong usage, and for what else keeps the checks from being run.
+/// The exit status for wrong usage, and for all other reasons why no check can be run.
 inline constexpr int UsageStatus = 2;
 
 struct Options {

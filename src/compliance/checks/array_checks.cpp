@@ -19,7 +19,7 @@ void checkValues(Findings& findings) {
     Array* const again = Getter(device);
     findings.expect((again == nullptr) == (array == nullptr), "once null and once not", where);
     findings.expect(valuesOf<Value>(array) == values, "other values after other calls", where);
-    findings.expect(valuesOf<Value>(again) == values, "other values when asked for again", where);
+    findings.expect(valuesOf<Value>(again) == values, "other values when requested again", where);
   });
 }
 

@@ -1,4 +1,4 @@
-// Changes of board ids: done or refused, never in between, kept, and put back.
+// Changes of board ids: done or refused, never in between, persistent, and restored.
 #include <string>
 
 #include "compliance/checks/changed_device.h"

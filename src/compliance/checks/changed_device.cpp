@@ -4,7 +4,7 @@ namespace compliance {
 
 namespace {
 
-// Looking at all of more devices after each change of each would take hours.
+// Looking at all of more devices after each change of each would add hours.
 constexpr size_t MostLookedAt = 16;
 
 // A task of NextProcess.

@@ -29,7 +29,8 @@ void expectUnbound(Scenario scenario, DaqCtrlBase* control, Findings& findings, 
   findings.expect(itemsOf(scenario, control) == nullptr, "has chips or solutions although it is not bound", where);
   GuardedRecord answer;
   const ErrorCode status = DaqCtrlBase_getSelectedDevice(control, &answer.record);
-  findings.expect(failed(status), "tells of a device although it is not bound, status " + show(status), where);
+  findings.expect(failed(status), "returns the record of a device although it is not bound, status " + show(status),
+                  where);
   findings.expect(answer.isGuardIntact(), "writes behind the record", where);
 }
 
@@ -56,7 +57,7 @@ void checkBound(DaqCtrlBase* control, const DeviceInformation& wanted, Findings&
                   "description is " + show(answer.description()) + " in the record", where);
   DeviceCtrl* const device = DaqCtrlBase_getDevice(control);
   if (!findings.expect(device != nullptr, "has no device although it is bound", where)) return;
-  findings.expect(DaqCtrlBase_getDevice(control) == device, "has another device when asked again", where);
+  findings.expect(DaqCtrlBase_getDevice(control) == device, "has another device when requested again", where);
   findings.expect(
       DeviceCtrl_getDeviceNumber(device) == wanted.DeviceNumber && descriptionOf(device) == wanted.Description,
       "has another device, " + show(descriptionOf(device)), where);
@@ -113,7 +114,7 @@ void checkControlOfUnknown(const CheckContext&, Findings& findings) {
   }
 }
 
-// By number whatever the description, by description, and in both modes.
+// By number with any description, by description, and in both modes.
 void checkBinding(const CheckContext&, Findings& findings) {
   forEachDevice(findings, [&](DeviceCtrl* device, const std::string& place) {
     const int32_t number = DeviceCtrl_getDeviceNumber(device);
@@ -135,7 +136,7 @@ void checkBinding(const CheckContext&, Findings& findings) {
   });
 }
 
-// A control that is bound once more is the new device's, and one that this is refused to is nobody's.
+// A control that is bound again serves the new device, and none if it is refused.
 void checkRebinding(const CheckContext&, Findings& findings) {
   std::vector<int32_t> numbers = listedNumbers();
   if (!numbers.empty()) numbers.push_back(numbers.front());  // where there is one device, too
@@ -145,7 +146,7 @@ void checkRebinding(const CheckContext&, Findings& findings) {
       const OpenDevice opened = openDevice(number, nullptr);
       const std::wstring description = descriptionOf(opened.get());
       const DeviceInformation record = recordFor(number, description);
-      const std::string where = nameOf(scenario) + " bound anew, " + placeOf(description);
+      const std::string where = nameOf(scenario) + " bound again, " + placeOf(description);
       if (control == nullptr) {
         control = openControl(scenario, number);
         if (control == nullptr) continue;

@@ -1,4 +1,4 @@
-// Changes of descriptions: done or refused, never in between, kept, and put back.
+// Changes of descriptions: done or refused, never in between, persistent, and restored.
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -30,7 +30,7 @@ std::vector<Candidate> candidatesFor(const std::wstring& own) {
                                        {std::wstring(300, L'y'), true}};
   for (const std::wstring& taken : listedDescriptions())
     if (taken != own) candidates.push_back({taken, true});
-  // One neighbour tells as much as all of them.
+  // One neighbour shows as much as all of them.
   candidates.resize(std::min<size_t>(candidates.size(), 12));
   return candidates;
 }
@@ -39,7 +39,7 @@ ErrorCode setDescription(DeviceCtrl* device, const std::wstring& text, bool coun
   return DeviceCtrl_setDescription(device, static_cast<int32_t>(text.size()) + countsTerminator, text.c_str());
 }
 
-// What one device bears, and the way to change it.
+// The description of one device, and the way to change it.
 class Renaming {
  public:
   explicit Renaming(ChangedDevice& device) : device_(device), present_(descriptionOf(device.handle())) {}
@@ -115,7 +115,7 @@ void changeDescriptions(ChangedDevice& device) {
   device.expect(
       descriptionOf(openedBefore.get()) == descriptionOf(device.handle()),
       "is described " + show(descriptionOf(openedBefore.get())) + " in a handle that was open before the change");
-  device.expect(descriptionsIn(listedBefore) == before, "a list that was taken before the change reads otherwise");
+  device.expect(descriptionsIn(listedBefore) == before, "a list that was returned before the change has changed");
   renaming.restore(own);
   device.lookAround("the old description was restored");
 }

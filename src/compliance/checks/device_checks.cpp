@@ -30,7 +30,7 @@ void checkList(const CheckContext&, Findings& findings) {
                   count(again.size()) + " or their descriptions differ from the " + count(descriptions.size()) +
                       " of the call before",
                   TheList);
-  findings.expect(descriptionsIn(devices) == descriptions, "is another when a new one has been asked for", TheList);
+  findings.expect(descriptionsIn(devices) == descriptions, "changes when a new one is requested", TheList);
 }
 
 void checkOpening(const CheckContext&, Findings& findings) {

@@ -14,7 +14,7 @@ namespace compliance {
 
 namespace {
 
-// With so many devices each other one is tried, even when the library says that it cannot be grouped with it.
+// With so many devices each other one is tried, even when the library reports that they cannot be grouped.
 constexpr size_t MostTried = 16;
 
 // Devices that cannot be added, removed or grouped.
@@ -131,7 +131,8 @@ void checkGroups(const CheckContext& context, Findings& findings) {
   for (const int32_t number : unusedNumbers()) groups.expectNoGroupOf({number});
   groups.expectNoGroupOf({-1});
   groups.lookAtAll("the end of all groups");
-  findings.expect(descriptionsIn(list) == listedBefore, "reads otherwise", "a list that was taken before all groups");
+  findings.expect(descriptionsIn(list) == listedBefore, "reads otherwise",
+                  "a list that was returned before all groups");
 }
 
 }  // namespace compliance

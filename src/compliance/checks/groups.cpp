@@ -46,38 +46,38 @@ void Groups::expectNoGroupOf(const Children& children) {
 
 bool Groups::add(int32_t number, const Children& added) {
   const ErrorCode check = CvxFusionDeviceCheckChildren(number, countOf(added), added.data());
-  look("a look whether it would take " + show(added));
+  look("a look whether it would add " + show(added));
   const ErrorCode status = CvxFusionDeviceAddChildren(number, countOf(added), added.data());
   findings_.expect((check == Success) == (status == Success),
-                   "takes " + show(added) + " with status " + show(status) + ", but the check says " + show(check),
+                   "adds " + show(added) + " with status " + show(status) + ", but the check returns " + show(check),
                    placeOf(number));
   if (status == Success) groups_[number].insert(added.begin(), added.end());
-  look("being asked to take " + show(added) + " with status " + show(status));
+  look("a request to add " + show(added) + " with status " + show(status));
   return status == Success;
 }
 
 void Groups::expectNotAdded(int32_t number, const Children& added) {
   findings_.expect(CvxFusionDeviceCheckChildren(number, countOf(added), added.data()) != Success,
-                   "would take " + show(added), placeOf(number));
-  findings_.expect(CvxFusionDeviceAddChildren(number, countOf(added), added.data()) != Success, "takes " + show(added),
+                   "would add " + show(added), placeOf(number));
+  findings_.expect(CvxFusionDeviceAddChildren(number, countOf(added), added.data()) != Success, "adds " + show(added),
                    placeOf(number));
-  look("being asked to take " + show(added));
+  look("a request to add " + show(added));
 }
 
 void Groups::remove(int32_t number, const Children& removed) {
   const ErrorCode status = CvxFusionDeviceRemoveChildren(number, countOf(removed), removed.data());
-  findings_.expect(status == Success, "does not let " + show(removed) + " go, status " + show(status), placeOf(number));
+  findings_.expect(status == Success, "does not remove " + show(removed) + ", status " + show(status), placeOf(number));
   if (status == Success) {
     for (const int32_t child : removed) groups_[number].erase(child);
     if (groups_[number].empty()) groups_.erase(number);
   }
-  look("letting " + show(removed) + " go");
+  look("the removal of " + show(removed));
 }
 
 void Groups::expectNotRemoved(int32_t number, const Children& removed) {
   findings_.expect(CvxFusionDeviceRemoveChildren(number, countOf(removed), removed.data()) != Success,
-                   "lets " + show(removed) + " go", placeOf(number));
-  look("being asked to let " + show(removed) + " go");
+                   "removes " + show(removed), placeOf(number));
+  look("a request to remove " + show(removed));
 }
 
 void Groups::look(const std::string& after) {
@@ -85,7 +85,7 @@ void Groups::look(const std::string& after) {
     const std::string where = placeOf(number) + " after " + after;
     const bool isThere = groups_.contains(number);
     findings_.expect((CvxIsFusionDevice(number) == Success) == isThere,
-                     isThere ? "is not called a fusion device" : "is a fusion device without a child", where);
+                     isThere ? "is not reported as a fusion device" : "is a fusion device without a child", where);
     const Children wanted = isThere ? sorted(groups_[number]) : Children(), found = childrenOf(number);
     findings_.expect(found == wanted, "has the children " + show(found) + ", not " + show(wanted), where);
     findings_.expect((openDevice(number, nullptr, AccessFusion) != nullptr) == isThere,

@@ -22,7 +22,7 @@ class Groups {
  public:
   Groups(const CheckContext& context, Findings& findings);
 
-  /// Dissolves those that are left although their end was reported, or refused.
+  /// Dissolves those that are left.
   ~Groups();
   Groups(const Groups&) = delete;
   Groups& operator=(const Groups&) = delete;
@@ -37,7 +37,7 @@ class Groups {
   /// Tries to create one that has to be refused.
   void expectNoGroupOf(const Children& children);
 
-  /// Adds children. Returns whether the library has taken them, which has to be what it said when asked before.
+  /// Adds children. Returns whether the library has, which has to be what it returned for the check before.
   bool add(int32_t number, const Children& added);
 
   /// Tries to add children that have to be refused.

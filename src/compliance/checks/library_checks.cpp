@@ -21,7 +21,7 @@ void checkLoading(const CheckContext& context, Findings& findings) {
   try {
     context.library.load();
   } catch (const std::runtime_error& error) {
-    findings.expect(false, error.what(), "as the loader says");
+    findings.expect(false, error.what(), "in the words of the loader");
   }
 }
 

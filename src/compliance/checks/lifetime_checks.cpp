@@ -179,7 +179,7 @@ void checkReturned(const CheckContext&, Findings& findings) {
                   "after all other operations");
 }
 
-// A control that is bound anew keeps what it was asked for before.
+// What a control returned before it is bound again stays as it is.
 void checkReturnedBefore(const CheckContext&, Findings& findings) {
   std::vector<int32_t> numbers = listedNumbers();
   if (!numbers.empty()) numbers.push_back(numbers.front());  // where there is one device, too

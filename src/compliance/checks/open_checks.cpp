@@ -39,7 +39,7 @@ void checkOpeningByDescription(const CheckContext&, Findings& findings) {
     const OpenDevice again = openDevice(-1, description.c_str(), AccessFusion);
     if (findings.expect(again != nullptr, "cannot be opened with AccessFusion", where))
       findings.expect(DeviceCtrl_getDeviceNumber(again.get()) == DeviceCtrl_getDeviceNumber(device),
-                      "is another with AccessFusion", where);
+                      "is another device with AccessFusion", where);
   });
 }
 

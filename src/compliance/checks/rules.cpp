@@ -40,8 +40,7 @@ void checkChildren(int32_t number, const Listing& listing, Findings& findings, c
     findings.expect(openDevice(child, nullptr) != nullptr, name + " cannot be opened", where);
     findings.expect(distinct.insert(child).second, name + " is listed twice", where);
     findings.expect(CvxIsFusionDevice(child) != Success, name + " is a fusion device", where);
-    findings.expect(CvxFusionDeviceCheckChildren(number, 1, &child) != Success, name + " would be taken once more",
-                    where);
+    findings.expect(CvxFusionDeviceCheckChildren(number, 1, &child) != Success, name + " would be added again", where);
   }
 }
 
@@ -53,14 +52,14 @@ bool expectStable(Array* array, Findings& findings, const std::string& where) {
   const std::string count = std::to_string(length);
   if (!findings.expect(length >= 0 && length <= MostElements, "length " + count, where)) return false;
   const int32_t again = Array_getLength(array);
-  if (!findings.expect(again == length, "length " + count + ", and " + std::to_string(again) + " when asked again",
+  if (!findings.expect(again == length, "length " + count + ", and " + std::to_string(again) + " when requested again",
                        where))
     return false;
   const std::vector<void*> elements = elementsOf(array);
   return findings.expect(std::cmp_equal(elements.size(), length),
                          "element " + std::to_string(elements.size()) + " of " + count + " is null", where) &&
-         findings.expect(elementsOf(array) == elements, "other addresses when asked again", where) &&
-         findings.expect(Array_getLength(array) == length, "another length after its elements were asked for", where);
+         findings.expect(elementsOf(array) == elements, "other addresses when requested again", where) &&
+         findings.expect(Array_getLength(array) == length, "another length after its elements were read", where);
 }
 
 void expectDistinctDevices(Findings& findings) {
@@ -83,7 +82,7 @@ void expectListedChildren(int32_t number, Findings& findings, const std::string&
                   where);
   checkChildren(number, listing, findings, where);
   findings.expect(CvxFusionDeviceCheckChildren(number, 1, &UnknownNumber) != Success,
-                  "would take a child that is not there", where);
+                  "would add a child that is not there", where);
   if (listing.count == 1) return;
   const Listing tooFew(number, 1);
   findings.expect(tooFew.status != Success, "lists " + count + " children in the room for 1", where);
@@ -92,13 +91,13 @@ void expectListedChildren(int32_t number, Findings& findings, const std::string&
 
 void expectNoFusionDevice(int32_t number, Findings& findings) {
   const std::string where = "number " + std::to_string(number) + ", which is no fusion device";
-  findings.expect(CvxIsFusionDevice(number) != Success, "is called a fusion device", where);
+  findings.expect(CvxIsFusionDevice(number) != Success, "is reported as a fusion device", where);
   for (const int32_t capacity : {1, MostFusionChildren}) {
     const Listing listing(number, capacity);
     findings.expect(listing.status != Success, "has children", where);
     findings.expect(listing.isUntouchedFrom(capacity), "writes more children than there is room for", where);
   }
-  findings.expect(CvxFusionDeviceCheckChildren(number, 1, &UnknownNumber) != Success, "would take a child", where);
+  findings.expect(CvxFusionDeviceCheckChildren(number, 1, &UnknownNumber) != Success, "would add a child", where);
 }
 
 }  // namespace compliance

@@ -17,8 +17,8 @@ bool expectStable(Automation::Velq::Array* array, Findings& findings, const std:
 /// Expects of the list of installed devices that each has a description of its own, which a record has room for.
 void expectDistinctDevices(Findings& findings);
 
-/// Expects of a fusion device that it lists its children within the capacity, each of them once, and takes none of them
-/// once more.
+/// Expects of a fusion device that it lists its children within the capacity, each of them once, and adds none of them
+/// again.
 void expectListedChildren(int32_t fusionNumber, Findings& findings, const std::string& where);
 
 /// Expects that no operation takes the number for that of a fusion device.

@@ -1,4 +1,4 @@
-// What firmware and calibration controls tell of a device. Nothing is loaded, started or restored here.
+// What firmware and calibration controls return of a device. Nothing is loaded, started or restored here.
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -17,7 +17,7 @@ void expectText(const wchar_t* (*getter)(Object*), Object* object, const char* w
                 const std::string& where) {
   const std::string text = show(getter(object));
   findings.expect(text != "null", std::string(what) + " is null", where);
-  findings.expect(show(getter(object)) == text, std::string(what) + " is another when asked for again", where);
+  findings.expect(show(getter(object)) == text, std::string(what) + " differs when requested again", where);
 }
 
 template <typename Object, typename Visit>

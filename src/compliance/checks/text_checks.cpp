@@ -56,14 +56,14 @@ struct Answer {
 void checkText(const Answer& answer, const std::wstring& whole, Findings& findings, const std::string& where) {
   const std::string status = "status " + show(answer.status);
   findings.expect(std::all_of(answer.text.begin(), answer.text.end(), isCharacter),
-                  show(answer.text) + " has what is no character", where);
+                  show(answer.text) + " has an element that is no character", where);
   if (whole.size() < answer.room) {
-    findings.expect(answer.status == Success, status + " for a text that fits", where);
-    findings.expect(answer.text == whole, show(answer.text) + " instead of the whole text", where);
+    findings.expect(answer.status == Success, status + " for a string that fits", where);
+    findings.expect(answer.text == whole, show(answer.text) + " instead of the whole string", where);
   } else {
-    findings.expect(isWarning(answer.status), status + " for a text that is cut", where);
+    findings.expect(isWarning(answer.status), status + " for a string that is cut", where);
     findings.expect(answer.text == whole.substr(0, answer.room - 1),
-                    show(answer.text) + " is not the beginning of the text that there is room for", where);
+                    show(answer.text) + " is not the beginning of the string that there is room for", where);
   }
 }
 

@@ -17,7 +17,7 @@ namespace compliance {
 
 using namespace Automation::Velq;
 
-/// Far from every number and description that a library may give a device.
+/// A number and a description that no device has.
 inline constexpr int32_t UnknownNumber = INT32_MAX;
 inline constexpr const wchar_t* UnknownDescription = L"velq-compliance: no such device";
 
@@ -48,8 +48,8 @@ std::vector<int32_t> childrenOf(int32_t fusionNumber);
 /// Numbers that no listed device has: all around those that are listed, and far from them.
 std::set<int32_t> unusedNumbers();
 
-/// Opens every listed device by its description and hands it over with words for where it is. One that does not open
-/// is a finding.
+/// Opens every listed device by its description, and visits it with a name for messages. One that does not open is a
+/// finding.
 void forEachDevice(Findings& findings, const std::function<void(DeviceCtrl* device, const std::string& where)>& visit);
 
 /// As reports show them.

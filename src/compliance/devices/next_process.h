@@ -1,4 +1,4 @@
-// Processes that a tool starts later: they load the library anew, and have nothing of this process.
+// Processes that a tool starts later: they load the library again, and share nothing with this process.
 #pragma once
 
 #include <functional>

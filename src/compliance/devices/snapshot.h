@@ -16,7 +16,7 @@ using Snapshot = std::map<std::string, std::string>;
 /// Of everything that is listed.
 Snapshot takeSnapshot();
 
-/// What one device tells of itself.
+/// All that one device returns of itself.
 Snapshot factsOf(Automation::Velq::DeviceCtrl* device);
 
 /// What a control returns of the chips or solutions of the device with this number.
@@ -34,7 +34,7 @@ Snapshot factsAbout(int32_t number, Snapshot snapshot);
 /// What is left of a snapshot without a device, and without the order of the list.
 Snapshot without(int32_t number, Snapshot snapshot);
 
-/// A fact that is not as wanted. "nothing" stands for a value that is not there.
+/// A fact that is not as wanted. A value that is not there is "nothing".
 struct Difference {
   std::string fact;
   std::string wanted;

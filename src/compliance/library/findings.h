@@ -7,7 +7,7 @@
 
 namespace compliance {
 
-/// Keeps of each kind the first and the number of all.
+/// Saves the first of each kind and the number of all.
 class Findings {
  public:
   explicit Findings(Report& report) : report_(report) {}

@@ -35,5 +35,5 @@ void Library::load() {
 
 }  // namespace compliance
 
-// Stands in this program for what the loader gives a tool that is linked to its library.
+// In a tool the loader binds this to the library that the tool is linked to.
 const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() { return compliance::answering; }

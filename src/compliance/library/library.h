@@ -9,15 +9,15 @@
 
 namespace compliance {
 
-/// A library that is loaded until the process ends. What stands before it in the loader's order, as a preloaded probe
-/// does, answers in its place. There is one in a process.
+/// A library that is loaded until the process ends. One that is before it in the order of the loader, such as a
+/// preloaded probe, is called in its place. There is one in a process.
 class Library {
  public:
   /// Loads nothing yet. `report` hears of every call.
   Library(const std::string& path, Report& report);
 
-  /// Loads the file and fetches its tables, whatever is in them. Throws std::runtime_error with what the loader says,
-  /// also when there is no entry in the file.
+  /// Loads the file and fetches its tables, which may be incomplete. Throws std::runtime_error with the message of the
+  /// loader, also when there is no entry in the file.
   void load();
 
   const std::string& path() const { return path_; }

@@ -1,4 +1,4 @@
-// Tables that stand before the library's and note what is being called.
+// Tables that note what is being called and forward it to the library's.
 #pragma once
 
 #include <velq/library.h>

@@ -1,4 +1,4 @@
-// Processes that a library starts, in whatever session or process group they are.
+// Processes that a library starts, in any session and process group.
 #pragma once
 
 #include <sys/types.h>

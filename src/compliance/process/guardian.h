@@ -1,5 +1,5 @@
 // The parent of the process in which a library is loaded. A library that attacks its parent meets the guardian, not the
-// checker, and whatever it leaves behind ends with the guardian.
+// checker, and all processes that it leaves end with the guardian.
 #pragma once
 
 #include <functional>

@@ -1,4 +1,4 @@
-// What the process of a check reports to the checker, in memory that both share: it is there however that process ends.
+// What the process of a check reports to the checker, in memory that both share: so it remains when that process ends.
 #pragma once
 
 #include <algorithm>
@@ -34,7 +34,7 @@ struct Report {
   unsigned refusals = 0;
   SharedText<2000> finding;     ///< the first
   SharedText<500> refusal;      ///< the first
-  SharedText<500> thrown;       ///< the type of an exception that `operation` let out, and what it says
+  SharedText<500> thrown;       ///< the type of an exception that `operation` let out, and its message
   SharedText<200> disturbance;  ///< of the process: what was done, and during which call
   SharedText<4096> layer;       ///< the file that answers, where it is not the library's
 };

@@ -67,7 +67,7 @@ std::string limitBehind(const EndNote& note, const std::string& thrown) {
   return isMemoryUsed || thrown.starts_with("std::bad_alloc") ? " (a check may use " + most + " of memory)" : "";
 }
 
-// Standard output is flushed, for the lines are to be there whatever happens next.
+// Flushes, so that the line is there if this process is ended.
 void print(const std::string& line) {
   if (printf("%s\n", text::oneLine(line).c_str()) < 0 || std::fflush(stdout) != 0)
     throw std::system_error(errno, std::generic_category(), "standard output");
