@@ -19,7 +19,8 @@ cp -r "$work/one/qutil" "$work/another/directory"
 (cd "$work/another/directory" && DEB_BUILD_OPTIONS=nocheck dpkg-buildpackage -us -uc -b -Pnocheck) >"$work/log" 2>&1 || fail
 for package in "$work"/one/*.deb; do cmp "$package" "$work/another/${package##*/}"; done
 # Which strings lintian reads as one depends on how the compiler has cut them: an override for that may be unused.
-lintian --display-info --pedantic --allow-root --suppress-tags unused-override \
+# debian/source has an override for Debian 12, whose lintian does not know the newest policy.
+lintian --display-info --pedantic --allow-root --suppress-tags unused-override,newer-standards-version \
   --fail-on error,warning,info,pedantic "$work"/one/*.changes
 
 mmdebstrap --quiet --variant=minbase "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$work/root"
