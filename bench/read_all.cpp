@@ -1,5 +1,5 @@
-// Parses a rig, reads a state if it is given one, and prints a string: read_all TEXT RIG [STATE]. What the simulator must
-// do, written down straight and linked as usual.
+// Parses a rig, reads a state if it is given one, and prints a string: read_all TEXT RIG [STATE]. What the simulator
+// must do, written down straight and linked as usual.
 #include <sqlite3.h>
 
 #include <fstream>

@@ -1,4 +1,5 @@
-// Executes COUNT transactions of one row each in a new SQLite file: transactions FILE COUNT. The table is that of a state.
+// Executes COUNT transactions of one row each in a new SQLite file: transactions FILE COUNT. The table is that of a
+// state.
 #include <sqlite3.h>
 
 #include <cstdlib>
