@@ -207,7 +207,7 @@ moving addresses|returned-stays: device 0: base addresses reads elsewhere: 0 , n
 long name|device-list: 64 characters, more than the 63 that a record holds, device
 counting addresses|array-base-addresses: other values after other calls, device "Minimal board"
 bad end|first-look: ends the process with SIGABRT during exit()
-shared items|returned-stays: firmware control of device 0: list of chips reads other handles, not as before, after
+shared items|returned-stays: firmware control of device 0: list of every chip reads other handles, not as before, after
 negative number|open-unknown: opens a device that is not there, DeviceCtrl_Create(-2147483648, "Minimal board")
 alike|open-unknown: opens a device that is not there, DeviceCtrl_Create(-1, "MINIMAL BOARD")
 old name|write-description: can still be opened as "Minimal board" after a change to "velq-compliance 1", terminator not
@@ -215,7 +215,7 @@ one list|write-description: a list that was returned before the change has chang
 unbound device|control-unbound: has a device although it is not bound, firmware control
 unbound solutions|control-unbound: has chips or solutions although it is not bound, calibration control
 bound once|control-rebinding: has a device although it is not bound, firmware control bound again, device "Minimal
-several: first chips|control-rebinding: device 2: chip 0 is "Bus FPGA", version "1.12", not nothing as for a new control
+several: first chips|control-rebinding: device 2: chip 0, description is "Bus FPGA", not nothing as for a new
 refuses what it binds|control-binding: has a device although it is not bound, firmware control, device
 no group|fusion-children: has children, number 0, which is no fusion device
 no children|fusion-children: 0 children, device "Minimal board"
@@ -225,14 +225,14 @@ other mode|control-binding: mode is 1 in the record, firmware control, device "M
 module index|control-binding: module index is 1 in the record, firmware control, device "Minimal board"
 old record|write-description: is described "Minimal board" in the record of a firmware control that was bound before
 long record|control-binding: writes behind the record, firmware control, device "Minimal board"
-one text|returned-stays: firmware control of device 0: notice of a chip reads
-earlier texts|returned-stays: firmware control of device 0: description of a chip reads "?", not "0", after all
-rebinding|returned-stays-after-rebinding: firmware control bound to device 0: notice of a chip reads "1", not "0"
+one text|devices-side-by-side: device 0: chip 0, notice is
+earlier texts|returned-stays: firmware control of device 0: chip 0, description reads "?", not "0", after all
+rebinding|returned-stays-after-rebinding: firmware control bound to device 0: chip 0, notice reads "1", not "0"
 address by id|write-board-id: device 0: base addresses is 1 , not 0 , after a change of the board id to 1
 binds what it refuses|control-unknown: has a device although it is not bound, firmware control
-name by id|write-board-id: device 0: solution 0 is "1" of 1 sections, not "0" of 1 sections, after a change of the
-chip by id|write-board-id: device 0: chip 0 is "Bus FPGA", version "1", not nothing, after a change of the board
-version by id|write-board-id: device 0: chip 0 is "Bus FPGA", version "1", not "Bus FPGA", version "0", after a
+name by id|write-board-id: device 0: solution 0, name is "1", not "0", after a change of the
+chip by id|write-board-id: device 0: chip 0, description is "Bus FPGA", not nothing, after a change
+version by id|write-board-id: device 0: chip 0, version is "1", not "0", after a
 codes|calibration: writes more than 15 codes, device "Minimal board", solution 0, section 0, item 0
 cuts a description|write-description: takes "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"
 no way back|write-description: the old description is refused, status 0xe0000001, device "Minimal board"

@@ -6,6 +6,7 @@
 
 #include "compliance/checks/check.h"
 #include "compliance/devices/devices.h"
+#include "compliance/devices/items.h"
 #include "compliance/devices/snapshot.h"
 
 namespace compliance {
@@ -82,39 +83,15 @@ class KeptThings {
   std::vector<Kept> things_;
 };
 
-void keepChips(KeptThings& things, DaqCtrlBase* control, const std::string& where) {
-  Array* const chips = itemsOf(ScenarioFirmware, control);
-  things.keepHandles(where + ": list of chips", chips);
-  for (void* const element : elementsOf(chips)) {
-    auto* const chip = static_cast<FirmwareItem*>(element);
-    things.keepText(where + ": description of a chip", FirmwareItem_getDescription(chip));
-    things.keepText(where + ": version of a chip", FirmwareItem_getVersion(chip));
-    things.keepText(where + ": notice of a chip", FirmwareItem_getNotice(chip));
-  }
-}
-
-void keepSection(KeptThings& things, CalibrationSection* section, const std::string& where) {
-  things.keepText(where + ": description of a section", CalibrationSection_getDescription(section));
-  things.keepText(where + ": instruction of a section", CalibrationSection_getInstruction(section));
-  Array* const items = CalibrationSection_getItems(section);
-  things.keepHandles(where + ": list of items", items);
-  for (void* const item : elementsOf(items))
-    things.keepText(where + ": name of an item", CalibrationItem_getName(static_cast<CalibrationItem*>(item)));
-}
-
-void keepSolutions(KeptThings& things, DaqCtrlBase* control, const std::string& where) {
-  Array* const solutions = itemsOf(ScenarioCalibration, control);
-  things.keepHandles(where + ": list of solutions", solutions);
-  for (void* const element : elementsOf(solutions)) {
-    auto* const solution = static_cast<CalibrationSolution*>(element);
-    things.keepText(where + ": name of a solution", CalibrationSolution_getName(solution));
-    things.keepText(where + ": description of a solution", CalibrationSolution_getDescription(solution));
-    things.keepText(where + ": instruction of a solution", CalibrationSolution_getInstruction(solution));
-    Array* const sections = CalibrationSolution_getSections(solution);
-    things.keepHandles(where + ": list of sections", sections);
-    for (void* const section : elementsOf(sections))
-      keepSection(things, static_cast<CalibrationSection*>(section), where);
-  }
+void keepItems(KeptThings& things, Scenario scenario, DaqCtrlBase* control, const std::string& where) {
+  const auto keepArray = [&](Array* array, const std::string& kind, const std::string& place) {
+    things.keepHandles(where + ": " + place + (place.empty() ? "" : ", ") + "list of every " + kind, array);
+    return true;
+  };
+  const auto keepString = [&](const auto& get, const char* what, const std::string& place) {
+    things.keepText(where + ": " + place + ", " + what, get());
+  };
+  visitItems(scenario, control, {.array = keepArray, .string = keepString});
 }
 
 std::vector<OpenControl> keepControls(KeptThings& things, const std::vector<OpenDevice>& devices) {
@@ -125,7 +102,7 @@ std::vector<OpenControl> keepControls(KeptThings& things, const std::vector<Open
       OpenControl control = openControl(scenario, number);
       if (control == nullptr) continue;
       const std::string where = nameOf(scenario) + " of device " + std::to_string(number);
-      (scenario == ScenarioFirmware ? keepChips : keepSolutions)(things, control.get(), where);
+      keepItems(things, scenario, control.get(), where);
       DaqCtrlBase* const kept = control.get();
       things.keep(where + ": its device", [kept] { return textOf(factsOf(DaqCtrlBase_getDevice(kept))); });
       controls.push_back(std::move(control));
@@ -194,7 +171,7 @@ void checkReturnedBefore(const CheckContext&, Findings& findings) {
         DaqCtrlBase_setSelectedDevice(control.get(), &record);
       if (control == nullptr) continue;
       const std::string where = nameOf(scenario) + " bound to device " + std::to_string(number);
-      (scenario == ScenarioFirmware ? keepChips : keepSolutions)(things, control.get(), where);
+      keepItems(things, scenario, control.get(), where);
       things.expectAll(findings, "after the control was bound to device " + std::to_string(number));
     }
   }

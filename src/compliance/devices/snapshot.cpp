@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "compliance/devices/devices.h"
+#include "compliance/devices/items.h"
 
 namespace compliance {
 
@@ -31,15 +32,6 @@ std::string answerOf(Array* array) {
   return text;
 }
 
-std::string describe(FirmwareItem* chip) {
-  return show(FirmwareItem_getDescription(chip)) + ", version " + show(FirmwareItem_getVersion(chip));
-}
-
-std::string describe(CalibrationSolution* solution) {
-  const auto sections = elementsOf(CalibrationSolution_getSections(solution)).size();
-  return show(CalibrationSolution_getName(solution)) + " of " + std::to_string(sections) + " sections";
-}
-
 void addItems(Snapshot& facts, Scenario scenario, int32_t number) {
   if (const OpenControl control = openControl(scenario, number))
     facts.merge(itemFactsOf(scenario, control.get(), number));
@@ -59,13 +51,11 @@ std::string childrenFact(int32_t number) { return prefixOf(number) + "children";
 
 Snapshot itemFactsOf(Scenario scenario, DaqCtrlBase* control, int32_t number) {
   Snapshot facts;
-  int index = 0;
-  for (void* const item : elementsOf(itemsOf(scenario, control))) {
-    const std::string place = prefixOf(number) + (scenario == ScenarioFirmware ? "chip " : "solution ");
-    facts[place + std::to_string(index++)] = scenario == ScenarioFirmware
-                                                 ? describe(static_cast<FirmwareItem*>(item))
-                                                 : describe(static_cast<CalibrationSolution*>(item));
-  }
+  const std::string prefix = prefixOf(number);
+  const auto addString = [&](const auto& get, const char* what, const std::string& place) {
+    facts[prefix + place + ", " + what] = show(get());
+  };
+  visitItems(scenario, control, {.array = [](auto*, auto&, auto&) { return true; }, .string = addString});
   return facts;
 }
 
