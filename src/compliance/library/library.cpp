@@ -13,8 +13,6 @@ namespace {
 
 constexpr const char* EntryName = "CvxQuellisLibInitialize";
 
-const Automation::Velq::LibraryTable* answering = nullptr;
-
 }  // namespace
 
 Library::Library(const std::string& path, Report& report) : path_(std::filesystem::absolute(path)), report_(report) {}
@@ -30,10 +28,10 @@ void Library::load() {
   Dl_info place{};
   if (dladdr(first, &place) != 0 && place.dli_fname != path_) report_.layer.set(place.dli_fname);
   tables_ = callWatched(EntryName, report_, reinterpret_cast<decltype(&CvxQuellisLibInitialize)>(first));
-  answering = watch(tables_, report_);
+  watch(tables_, report_);
 }
 
 }  // namespace compliance
 
 // In a tool the loader binds this to the library that the tool is linked to.
-const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() { return compliance::answering; }
+const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() { return compliance::watchedTables(); }

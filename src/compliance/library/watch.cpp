@@ -100,9 +100,12 @@ void prepareToCatch() {
   }
 }
 
-const LibraryTable* watch(const LibraryTable* tables, Report& report) {
+void watch(const LibraryTable* tables, Report& report) {
   library = tables;
   reported = &report;
+}
+
+const LibraryTable* watchedTables() {
   static const FunctionTable functions = watchedFunctions();
   static const ObjectTable objects = watchedObjects();
   static const LibraryTable watched{.functions = &functions, .objects = &objects};

@@ -40,8 +40,11 @@ void watchProcess();
 /// itself up with the first exception that it raises, and would abort without.
 void prepareToCatch();
 
-/// The tables to call in place of the library's, which have to be complete. There is one such pair in a process.
-const Automation::Velq::LibraryTable* watch(const Automation::Velq::LibraryTable* tables, Report& report);
+/// Watches these tables from now on, which have to be complete, and reports to `report`.
+void watch(const Automation::Velq::LibraryTable* tables, Report& report);
+
+/// The tables to call in place of those that are watched.
+const Automation::Velq::LibraryTable* watchedTables();
 
 /// Notes the exception that is being handled, and ends the process.
 [[noreturn]] void endWithException(Report& report);
