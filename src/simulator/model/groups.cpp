@@ -1,6 +1,7 @@
 #include "simulator/model/groups.h"
 
 #include <algorithm>
+#include <cassert>
 #include <set>
 
 namespace simulator {
@@ -39,6 +40,7 @@ Groups::Groups(const Rig& rig, const StateContents& contents) {
 
 std::vector<int32_t> Groups::children(int32_t number) const {
   const auto group = groups_.find(number);
+  assert(group == groups_.end() || !group->second.empty());
   return group == groups_.end() ? std::vector<int32_t>() : group->second;
 }
 

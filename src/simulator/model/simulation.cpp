@@ -171,7 +171,8 @@ void Simulation::applyOwnChanges(const std::vector<StateChange>& changes) {
     if (renames) descriptions_->add(change.device, description(change.device));
   }
   if (regroups) groups_ = Groups(rig_, contents_);
-  assert(!descriptions_ || *descriptions_ == indexed());
+  // Of small rigs only, because it looks at all devices after each change.
+  assert(!descriptions_ || rig_.devices.size() > 100 || *descriptions_ == indexed());
 }
 
 ErrorCode Simulation::reportState(const std::string& problem) const {
