@@ -81,8 +81,8 @@ void guard(const std::function<void()>& work, const Streams& streams, const Pipe
   if (child < 0) _exit(EXIT_FAILURE);
   EndNote note = noteEnd(child, signals, supervisor);
   note.leavesProcesses = !waitForDescendants(Grace);
+  // Otherwise the supervisor adopts and ends those that are left.
   if (getppid() != supervisor) endDescendants();
-  // Those that are left are the supervisor's from now on.
   _exit(write(notes.writeEnd(), &note, sizeof note) == sizeof note ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
