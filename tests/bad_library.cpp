@@ -279,9 +279,19 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"no id back", setId<[](int32_t id) { return id == 0 || id != (id & 15) ? ErrorNotOffered : keepId(id); }>},
     {"says no but does", setId<[](int32_t id) { return keepId(id), ErrorNotOffered; }>},
     {"forgets others", setId<[](int32_t id) { return id != (id & 15) ? ErrorNotOffered : keepIdAlone(id); }>},
-    {"crashes in a change", setId<[](int32_t id) { return keepId(id), raise(SIGSEGV), Success; }>},
-    {"hangs in a change", setId<[](int32_t id) { return keepId(id), pause(), Success; }>},
-    {"keeps a lock", setId<[](int32_t id) { return keepId(id), openBoard(O_RDWR), Success; }>},
+    {"crashes in a change", setId<[](int32_t id) { return keepId(id), id == 3 ? raise(SIGSEGV) : 0, Success; }>},
+    {"hangs in a change", setId<[](int32_t id) { return keepId(id), id == 3 ? pause() : 0, Success; }>},
+    {"keeps a lock", setId<[](int32_t id) { return keepId(id), id == 3 ? openBoard(O_RDWR) : 0, Success; }>},
+    {"crashes in a rename", setText<[](auto* device, int32_t count, auto* text) {
+       const ErrorCode status = setDescription(device, count, text);
+       return text[0] == 'w' ? raise(SIGSEGV) : 0, status;
+     }>},
+    {"several: crashes in a group", [](auto&) {
+       functions.CvxFusionDeviceAddChildren = [](int32_t number, int32_t count, const int32_t* children) {
+         const ErrorCode status = good.functions->CvxFusionDeviceAddChildren(number, count, children);
+         return status == Success ? raise(SIGSEGV) : 0, status;
+       };
+     }},
     {"writes all back", setText<[](auto*, int32_t count, auto* text) {
        Board board = readBoard();
        if (textFrom(count, text).empty() || 63 < textFrom(count, text).size()) return ErrorNotOffered;

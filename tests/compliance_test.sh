@@ -177,7 +177,8 @@ prints without end|first-look: writes to standard output without end, during Dev
 takes memory|first-look: lets an exception out during DeviceCtrl_getProductId: std::bad_alloc: std::bad_alloc (a check may
 large file|first-look: ends the process with SIGXFSZ during DeviceCtrl_getProductId (a file may have 1024 MiB)
 leaves processes|process-left-alone: leaves processes behind
-crashes in a change|write-board-id: ends the process with SIGSEGV during DeviceCtrl_setBoardId
+crashes in a rename|write-description: ends the process with SIGSEGV during DeviceCtrl_setDescription
+several: crashes in a group|write-fusion: ends the process with SIGSEGV during CvxFusionDeviceAddChildren
 hangs in a change|write-board-id: does not return within 1 s, during DeviceCtrl_setBoardId
 keeps a lock|write-board-id: does not return within 1 s, during DeviceCtrl_getBoardId; DeviceCtrl_setBoardId before
 writes all back|write-from-two-processes: loses a change in round
@@ -247,6 +248,10 @@ END
 library=$minimal start=
 expect 1 2 'FAIL calibration: description is null, device "Minimal board", solution 0' \
   env BAD_LIBRARY='null texts' "$checker" --timeout 60 "$bad"
+for fault in 'crashes in a change|restored: device 0: board id 0, was left at 3' \
+  'no id back|NOT RESTORED: device 0: board id is 15, was 0'; do
+  expect 1 1 "${fault#*|}" env "BAD_LIBRARY=${fault%|*}" "$checker" --write --timeout 60 "$bad"
+done
 # Ended by the user, and killed.
 expect 130 0 'Bail out! Ended by the user' env BAD_LIBRARY='hangs in a change' \
   timeout --preserve-status -s INT 4 "$checker" --write --timeout 60 "$bad"

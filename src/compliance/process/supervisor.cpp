@@ -40,7 +40,8 @@ std::string nameOf(int signal) {
 // One run, from the start of its processes to their end.
 class Supervisor::Run {
  public:
-  Run(const Supervisor& supervisor, const std::string& name) : supervisor_(supervisor), name_(name) {}
+  Run(const Supervisor& supervisor, const std::string& name, bool endsBySignal)
+      : supervisor_(supervisor), name_(name), endsBySignal_(endsBySignal) {}
 
   void start(const std::function<void()>& work);
   Ending waitForEnd();
@@ -58,6 +59,7 @@ class Supervisor::Run {
 
   const Supervisor& supervisor_;
   const std::string name_;
+  const bool endsBySignal_;
   Streams streams_;
   Pipe notes_;
   pid_t guardian_ = 0;
@@ -111,7 +113,7 @@ void Supervisor::Run::takeSignals() {
     if (number == SIGCHLD || number == SIGPIPE || number == SIGXFSZ) continue;
     if (isDescendant(static_cast<pid_t>(signal->ssi_pid)))
       ending_.problem = "sends " + nameOf(number) + " to the checker";
-    else
+    else if (endsBySignal_)
       ending_.interruption = number;
   }
 }
@@ -173,9 +175,9 @@ void Supervisor::Run::showProgress() const {
 
 Supervisor::Supervisor(std::chrono::seconds limit, Report& report) : limit_(limit), report_(report) { adoptOrphans(); }
 
-Ending Supervisor::run(const std::string& name, const std::function<void()>& work) {
+Ending Supervisor::run(const std::string& name, const std::function<void()>& work, bool endsBySignal) {
   new (&report_) Report();
-  Run run(*this, name);
+  Run run(*this, name, endsBySignal);
   run.start(work);
   return run.waitForEnd();
 }

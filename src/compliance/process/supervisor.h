@@ -31,8 +31,9 @@ class Supervisor {
 
   /// Runs `work` in a new process and clears the report before. Its standard input is empty, its standard error appears
   /// on that of this process, up to a limit. All processes that it started have ended afterwards. `name` is shown to
-  /// users on a terminal that have to wait. Throws std::system_error.
-  Ending run(const std::string& name, const std::function<void()>& work);
+  /// users on a terminal that have to wait. A signal of the user ends the work if `endsBySignal`. Throws
+  /// std::system_error.
+  Ending run(const std::string& name, const std::function<void()>& work, bool endsBySignal = true);
 
  private:
   class Run;

@@ -162,7 +162,9 @@ std::string CheckRunner::findingOf(const Ending& ending) {
 }
 
 void CheckRunner::restore() {
-  const Ending ending = supervisor_.run("restoring", [&] { restoreIn(path_, report_, before_); });
+  // To its end, for a user, or timeout(1), may send more than one signal.
+  const Ending ending = supervisor_.run(
+      "restoring", [&] { restoreIn(path_, report_, before_); }, false);
   std::map<std::string, Alteration> alterations;
   std::istringstream lines(ending.result);
   std::string line = "none";
