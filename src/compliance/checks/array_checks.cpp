@@ -7,6 +7,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 template <typename Value, Array* (*Getter)(DeviceCtrl*)>
@@ -15,6 +17,7 @@ void checkValues(Findings& findings) {
     Array* const array = Getter(device);
     if (!expectStable(array, findings, where)) return;
     const std::vector<Value> values = valuesOf<Value>(array);
+    // Any other call: a library may have one buffer for all that it returns.
     descriptionOf(device);
     Array* const again = Getter(device);
     findings.expect((again == nullptr) == (array == nullptr), "once null and once not", where);

@@ -7,6 +7,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 // Around where a board's highest id may lie, which is the board's own affair.
@@ -27,6 +29,7 @@ bool tryOut(ChangedDevice& device, int32_t id) {
 void changeBoardIds(ChangedDevice& device) {
   const int32_t own = DeviceCtrl_getBoardId(device.handle());
   const OpenDevice openedBefore = openDevice(device.number(), nullptr);
+  // First its own id, which every board that has settable ids takes.
   int taken = tryOut(device, own);
   for (const int32_t id : Candidates) taken += tryOut(device, id);
   if (taken == 0) return device.refuse();

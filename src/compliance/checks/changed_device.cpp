@@ -2,6 +2,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 // Looking at all of more devices after each change of each would add hours.

@@ -12,9 +12,10 @@ namespace compliance {
 /// An opened device, the changes of it, and what has to be found after each.
 class ChangedDevice {
  public:
-  ChangedDevice(DeviceCtrl* device, const std::string& where, const CheckContext& context, Findings& findings);
+  ChangedDevice(Automation::Velq::DeviceCtrl* device, const std::string& where, const CheckContext& context,
+                Findings& findings);
 
-  DeviceCtrl* handle() const { return device_; }
+  Automation::Velq::DeviceCtrl* handle() const { return device_; }
   int32_t number() const { return number_; }
 
   /// From now on the fact has to be found so.
@@ -38,7 +39,7 @@ class ChangedDevice {
   void expectWanted(const Snapshot& found, const std::string& when);
   bool looksAtAll() const;
 
-  DeviceCtrl* const device_;
+  Automation::Velq::DeviceCtrl* const device_;
   const std::string where_;
   const CheckContext& context_;
   Findings& findings_;

@@ -10,6 +10,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 // Filled beforehand, so that what is left out and what is written behind it shows.

@@ -9,6 +9,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 struct Candidate {
@@ -16,6 +18,8 @@ struct Candidate {
   bool isImpossible;  ///< has to be refused
 };
 
+// Of one and more characters, of one to four bytes each in UTF-8, with leading, double and trailing spaces, and around
+// the longest that is allowed.
 std::vector<Candidate> candidatesFor(const std::wstring& own) {
   std::vector<Candidate> candidates = {{own, false},
                                        {L"velq-compliance 1", false},
@@ -105,6 +109,7 @@ void changeDescriptions(ChangedDevice& device) {
   int taken = 0;
   bool countsTerminator = true;
   for (const Candidate& candidate : candidatesFor(own)) {
+    // Tools count the terminator when they rename, and do not when they create a fusion device.
     taken += renaming.tryOut(candidate, countsTerminator);
     countsTerminator = !countsTerminator;
   }

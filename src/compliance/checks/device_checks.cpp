@@ -12,6 +12,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 constexpr const char* TheList = "list of installed devices";

@@ -8,6 +8,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 void checkUnknownFusion(const CheckContext&, Findings& findings) {
   std::set<int32_t> numbers = unusedNumbers();
   numbers.insert({-1, -2});

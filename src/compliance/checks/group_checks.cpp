@@ -12,6 +12,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 // With so many devices each other one is tried, even when the library reports that they cannot be grouped.

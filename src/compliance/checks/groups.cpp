@@ -4,6 +4,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 int32_t countOf(const Children& children) { return static_cast<int32_t>(children.size()); }
@@ -26,6 +28,7 @@ std::optional<int32_t> Groups::create(const Children& children) {
   int32_t number = 0;
   const ErrorCode status = CvxFusionDeviceCreate(countOf(children), children.data(), &number);
   if (status == Success) {
+    // A number that another device has would make two devices one for tools.
     const bool isNew = number >= 0 && std::count(devices_.begin(), devices_.end(), number) == 0;
     if (!findings_.expect(isNew && !groups_.contains(number), "gets the number " + std::to_string(number), where))
       return std::nullopt;

@@ -11,6 +11,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 // Enough to get in each other's way.
@@ -125,6 +127,7 @@ void checkSideBySide(const CheckContext&, Findings& findings) {
   }
   std::vector<OpenDevice> devices = openSome();
   std::vector<OpenDevice> twins = openSome();
+  // Backwards, so that the device that was opened last is not the one that is read first.
   for (size_t i = devices.size(); i-- > 0;)
     expectFacts(devices[i].get(), alone[i], findings, "while other devices are open");
   for (size_t i = 0; i < devices.size(); ++i) {

@@ -8,6 +8,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 void expectUnknown(int32_t number, const wchar_t* description, Findings& findings) {
@@ -67,6 +69,7 @@ void checkUnknownDevice(const CheckContext&, Findings& findings) {
   for (const int32_t number : numbers)
     for (const wchar_t* const description : {static_cast<const wchar_t*>(nullptr), L"", listed.front().c_str()})
       expectUnknown(number, description, findings);
+  // Without a number and without a description that any device has.
   expectUnknown(-1, nullptr, findings);
   expectUnknown(-1, L"", findings);
   expectUnknown(-1, UnknownDescription, findings);

@@ -9,6 +9,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 // Far beyond any list of devices.

@@ -11,6 +11,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 // A string that is returned is never null, and the same when requested again.
@@ -45,6 +47,7 @@ void checkItem(CalibrationItem* item, Findings& findings, const std::string& whe
   int64_t value = 0;
   int32_t detail = 0;
   constexpr auto untouched = static_cast<uint32_t>(Filler);
+  // Twice the room that tools have, to see what is written beyond it.
   std::vector<uint32_t> codes(2 * CalibrationCodeCount, untouched);
   const CalibrationState state = CalibrationItem_getState(item, &value, &detail, codes.data());
   findings.expect(state != CalibrationRunning, "runs although its section was not started", where);

@@ -11,6 +11,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -137,6 +139,7 @@ void checkSharing(const CheckContext& context, Findings& findings) {
     if (isTried) return;
     ChangedDevice device(handle, where, context, findings);
     SharedDevice shared(device, context.next);
+    // The first device that takes both changes shows how the library shares them all.
     isTried = shared.tryInTurn();
     if (!isTried) return device.refuse();
     shared.tryAtOnce();

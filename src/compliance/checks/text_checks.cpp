@@ -9,6 +9,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 using TextGetter = ErrorCode (*)(DeviceCtrl*, int32_t, wchar_t*);

@@ -15,8 +15,6 @@
 
 namespace compliance {
 
-using namespace Automation::Velq;
-
 /// A number and a description that no device has.
 inline constexpr int32_t UnknownNumber = INT32_MAX;
 inline constexpr const wchar_t* UnknownDescription = L"velq-compliance: no such device";
@@ -24,7 +22,8 @@ inline constexpr const wchar_t* UnknownDescription = L"velq-compliance: no such 
 /// What buffers are filled with beforehand, so that it shows what was written: no character.
 inline constexpr wchar_t Filler = 0x5A5A5A5A;
 
-inline constexpr Scenario Scenarios[] = {ScenarioFirmware, ScenarioCalibration};
+inline constexpr Automation::Velq::Scenario Scenarios[] = {Automation::Velq::ScenarioFirmware,
+                                                           Automation::Velq::ScenarioCalibration};
 
 using reading::descriptionOf;
 using reading::descriptionsIn;
@@ -50,10 +49,11 @@ std::set<int32_t> unusedNumbers();
 
 /// Opens every listed device by its description, and visits it with a name for messages. One that does not open is a
 /// finding.
-void forEachDevice(Findings& findings, const std::function<void(DeviceCtrl* device, const std::string& where)>& visit);
+void forEachDevice(Findings& findings,
+                   const std::function<void(Automation::Velq::DeviceCtrl* device, const std::string& where)>& visit);
 
 /// As reports show them.
-inline std::string show(ErrorCode status) { return text::hexadecimal(status); }
+inline std::string show(Automation::Velq::ErrorCode status) { return text::hexadecimal(status); }
 inline std::string show(const wchar_t* wide) { return text::escaped(wide); }
 inline std::string show(const std::wstring& wide) { return text::escaped(wide.c_str()); }
 std::string show(const std::vector<int32_t>& numbers);
@@ -62,8 +62,8 @@ std::string show(const std::vector<int32_t>& numbers);
 inline std::string placeOf(const std::wstring& description) { return "device " + show(description); }
 
 /// "firmware control"
-inline std::string nameOf(Scenario scenario) {
-  return scenario == ScenarioFirmware ? "firmware control" : "calibration control";
+inline std::string nameOf(Automation::Velq::Scenario scenario) {
+  return scenario == Automation::Velq::ScenarioFirmware ? "firmware control" : "calibration control";
 }
 
 }  // namespace compliance

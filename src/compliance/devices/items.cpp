@@ -7,6 +7,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 template <typename Object>

@@ -9,6 +9,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 constexpr const char* Altered = "altered";
@@ -46,6 +48,7 @@ std::vector<int32_t> without(std::vector<int32_t> numbers, const std::vector<int
 
 int32_t countOf(const std::vector<int32_t>& numbers) { return static_cast<int32_t>(numbers.size()); }
 
+// Before the names: a new fusion device has to have its number before it is renamed.
 void restoreGroups(const Snapshot& before, const Snapshot& now) {
   for (const int32_t number : numbersIn(now)) {
     const std::vector<int32_t> added = without(childrenIn(now, number), childrenIn(before, number));

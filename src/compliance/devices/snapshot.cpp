@@ -10,6 +10,8 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
 constexpr const char* Order = "order of the list";
@@ -44,6 +46,7 @@ const std::string& valueOr(const Snapshot& snapshot, const std::string& fact, co
 
 }  // namespace
 
+// Without the prefix of the device: the list is not part of what a device returns of itself.
 std::string listedFact(int32_t number) { return "description of device " + std::to_string(number) + " in the list"; }
 std::string descriptionFact(int32_t number) { return prefixOf(number) + "description"; }
 std::string boardIdFact(int32_t number) { return prefixOf(number) + "board id"; }

@@ -30,6 +30,7 @@ const Surroundings& surroundings() {
 
 // What has become of the process that the tool would notice; empty when all is well.
 std::string disturbance() {
+  // What the library has printed may still be in the buffer.
   std::fflush(stdout);
   int unread = 0;
   if (ioctl(STDOUT_FILENO, FIONREAD, &unread) == 0 && unread > 0)
@@ -106,6 +107,7 @@ void watch(const LibraryTable* tables, Report& report) {
 }
 
 const LibraryTable* watchedTables() {
+  // Static, for the tool's side of the boundary asks for the tables once and calls them until the process ends.
   static const FunctionTable functions = watchedFunctions();
   static const ObjectTable objects = watchedObjects();
   static const LibraryTable watched{.functions = &functions, .objects = &objects};

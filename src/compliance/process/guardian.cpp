@@ -38,6 +38,7 @@ void limitResources() {
 }
 
 [[noreturn]] void become(const std::function<void()>& work, const Streams& streams, const Signals& signals) {
+  // Apart from the guardian's group, which the library then cannot signal by kill(0, ...).
   setpgid(0, 0);
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   limitResources();
@@ -73,6 +74,7 @@ EndNote noteEnd(pid_t child, const Signals& signals, pid_t supervisor) {
 
 void guard(const std::function<void()>& work, const Streams& streams, const Pipe& notes, const Signals& signals,
            pid_t supervisor) {
+  // A group of its own keeps the keys of the terminal, Ctrl-C and the like, with the supervisor.
   setpgid(0, 0);
   prctl(PR_SET_PDEATHSIG, SIGTERM);
   adoptOrphans();

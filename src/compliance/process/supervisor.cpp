@@ -18,8 +18,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+// How late a hang, output without end or a line for the user may be noticed; the end of a process is noticed at once.
 constexpr std::chrono::milliseconds Tick{50};
 constexpr size_t MostMessages = size_t{64} << 10U;
+// Far more than the facts of 10,000 devices.
 constexpr size_t MostResult = size_t{16} << 20U;
 
 // Reads what is there, and closes the pipe at its end.
@@ -110,6 +112,7 @@ bool Supervisor::Run::takeNote() {
 void Supervisor::Run::takeSignals() {
   while (const auto signal = supervisor_.signals_.take()) {
     const int number = static_cast<int>(signal->ssi_signo);
+    // These are consequences of what this process does itself.
     if (number == SIGCHLD || number == SIGPIPE || number == SIGXFSZ) continue;
     if (isDescendant(static_cast<pid_t>(signal->ssi_pid)))
       ending_.problem = "sends " + nameOf(number) + " to the checker";

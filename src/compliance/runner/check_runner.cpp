@@ -21,6 +21,7 @@ namespace compliance {
 
 namespace {
 
+// Each hang costs the whole limit, and a library that hangs three times will hang again.
 constexpr size_t MostHangs = 3;
 
 constexpr const char* ProcessCheck = "process-left-alone";
@@ -31,7 +32,7 @@ Report& sharedReport() {
   return *new (memory) Report;
 }
 
-// Within the process of the check.
+// Within the process of the check. The server of the next processes starts first: it must not have the library loaded.
 void perform(const Check& check, const std::string& path, Report& report, const Snapshot& before) {
   Findings findings(report);
   Library library(path, report);
@@ -116,6 +117,7 @@ Verdict CheckRunner::runOne(const Check& check) {
     perform(check, path_, report_, before_);
     if (isExitKnownBad_) _exit(0);
   });
+  // Once, for it is the same in every process.
   if (!report_.layer.isEmpty() && passed_.empty() && failed_ == 0) print("# through " + report_.layer.get());
   interruption_ = ending.interruption;
   noteDisturbance(ending);
@@ -157,6 +159,7 @@ std::string CheckRunner::findingOf(const Ending& ending) {
   if (!report_.isFinished) return endingOf(ending.note->status) + during + limit;
   if (report_.findings > 0) return counted(report_.finding.get(), report_.findings);
   if (ending.note->status == 0) return "";
+  // Reported once; the other checks are still worth their verdicts.
   isExitKnownBad_ = true;
   return endingOf(ending.note->status) + during + limit;
 }
