@@ -5,6 +5,8 @@
 
 #include <memory>
 
+#include "simulator/state/state_file.h"
+
 namespace simulator {
 
 /// A function of SQLite, without its prefix.
@@ -45,6 +47,9 @@ class Sqlite {
 
 /// The process's SQLite. Throws as its constructor.
 const Sqlite& sqlite();
+
+/// The error of the last call on this database, which has failed; errno is still that of the call.
+StateError sqliteError(sqlite3* database);
 
 struct SqliteDelete {
   void operator()(sqlite3* database) const { sqlite().close(database); }

@@ -1,8 +1,6 @@
 #include "simulator/state/state.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -21,6 +19,7 @@ constexpr const char* Mark = "PRAGMA application_id = 0x56454C51";
 constexpr int LongestWaitMilliseconds = 60'000;
 
 std::string textColumn(sqlite3_stmt* statement, int column) {
+  // In this order: column_bytes() counts the bytes of the form that column_text() converts to.
   const auto* const bytes = reinterpret_cast<const char*>(sqlite().column_text(statement, column));
   const std::string_view text(bytes, static_cast<size_t>(sqlite().column_bytes(statement, column)));
   if (!text::isUtf8(text)) throw StateError("cannot be used: it has a string that is not UTF-8");
@@ -60,8 +59,10 @@ State::Transaction::Transaction(State& state) : state_(state) {
   state_.file_.create();
   try {
     state_.open();
+    // A plain BEGIN would let others write between what the caller reads and its first change.
     state_.execute("BEGIN IMMEDIATE");
   } catch (...) {
+    // A constructor that throws has no destructor to do it.
     state_.close();
     throw;
   }
@@ -82,6 +83,7 @@ bool State::refresh(StateContents& contents) {
   open();
   // Not known until all is read: after a failure the next call starts over.
   const std::optional<int64_t> seen = std::exchange(seenVersion_, std::nullopt);
+  // Ahead of the contents: a change in between is read again, not missed. Own commits do not change the version.
   const int64_t version = queryNumber(version_);
   if (version != seen) contents = load();
   seenVersion_ = version;
@@ -98,13 +100,14 @@ void State::save(const std::vector<StateChange>& changes) {
   try {
     execute("COMMIT");
   } catch (const StateError&) {
-    // It may have failed after the changes were in.
+    // It may have failed after the changes were in, for example in the sync of the directory.
     if (!isSaved(changes)) throw;
   }
   hasTable_ = true;
 }
 
 bool State::isSaved(const std::vector<StateChange>& changes) {
+  // A new connection sees what others will: it rolls back what the failed one could not.
   close();
   open();
   const StateContents saved = load();
@@ -115,11 +118,13 @@ bool State::isSaved(const std::vector<StateChange>& changes) {
 }
 
 void State::open() {
+  // The last one that is set below, so that a failure on the way there is not taken for an open database.
   if (version_) return;
   sqlite3* database = nullptr;
   // SQLITE_OPEN_NOFOLLOW refuses links in the directories of the path, too, so those are resolved before.
   const int status = sqlite().open_v2(file_.resolvedPath().c_str(), &database,
                                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_EXRESCODE, nullptr);
+  // Also after a failure, for which SQLite needs a handle to report the reason by.
   database_.reset(database);
   if (status != SQLITE_OK) fail();
   sqlite().busy_timeout(database, LongestWaitMilliseconds);
@@ -136,6 +141,7 @@ void State::open() {
 }
 
 void State::close() {
+  // Statements first: SQLite does not close a database that has any.
   put_.reset();
   version_.reset();
   database_.reset();
@@ -146,6 +152,7 @@ StateContents State::load() {
   StateContents loaded;
   const SqliteStatement schema = prepare("SELECT group_concat(sql, ';') FROM sqlite_schema");
   if (sqlite().step(schema.get()) != SQLITE_ROW) fail();
+  // Null, and so an empty string, in a file that was created but never written.
   const std::string found = textColumn(schema.get(), 0);
   hasTable_ = !found.empty();
   if (!hasTable_) return loaded;
@@ -167,6 +174,7 @@ void State::store(const StateChange& change) {
 
   sqlite().bind_int(statement, 1, change.device);
   const std::string item = nameOf(change.item);
+  // Not copied: the strings live longer than the step, and the next use binds others.
   sqlite().bind_text(statement, 2, item.c_str(), -1, SQLITE_STATIC);
   if (const auto* const number = std::get_if<int64_t>(&change.value)) sqlite().bind_int64(statement, 3, *number);
   if (const auto* const text = std::get_if<std::string>(&change.value))
@@ -183,6 +191,7 @@ void State::execute(const char* sql) {
 int64_t State::queryNumber(SqliteStatement& statement) {
   const int status = sqlite().step(statement.get());
   const int64_t number = status == SQLITE_ROW ? sqlite().column_int64(statement.get(), 0) : 0;
+  // It ends the lock that reading takes, and leaves the error of the step in place.
   sqlite().reset(statement.get());
   if (status != SQLITE_ROW) fail();
   return number;
@@ -194,26 +203,6 @@ SqliteStatement State::prepare(const char* sql) {
   return SqliteStatement(statement);
 }
 
-void State::fail() const {
-  const int lastError = errno;
-  const int status = sqlite().extended_errcode(database_.get());
-  const int kind = status & 0xFF;
-  // SQLite takes a file system without locks for another process that has the lock.
-  const bool lacksLocks = kind == SQLITE_BUSY && lastError == ENOLCK;
-  const bool isLock = lacksLocks || kind == SQLITE_PERM || status == SQLITE_IOERR_LOCK ||
-                      status == SQLITE_IOERR_RDLOCK || status == SQLITE_IOERR_UNLOCK;
-  const bool isDirectory = status == SQLITE_READONLY_DIRECTORY;
-  const bool isOpening = kind == SQLITE_CANTOPEN;
-  const char* const what = isLock        ? "cannot be locked: "
-                           : isDirectory ? "its directory cannot be written: "
-                           : isOpening   ? "cannot be opened: "
-                                         : "cannot be used: ";
-  // The system's reason says more than SQLite's name for it, where it is one of this call.
-  const bool isSystems = isLock || isOpening || kind == SQLITE_IOERR;
-  const int systems = isSystems ? sqlite().system_errno(database_.get()) : 0;
-  const int reason = lacksLocks ? ENOLCK : isDirectory ? EACCES : systems;
-  throw StateError(what + std::string(reason == 0 ? sqlite().errmsg(database_.get()) : std::strerror(reason)) +
-                   StateError::Advice);
-}
+void State::fail() const { throw sqliteError(database_.get()); }
 
 }  // namespace simulator
