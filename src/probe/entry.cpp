@@ -87,7 +87,8 @@ struct Hook<Field, Which> {
     const Fault* const fault = theProbe.faults.next(Which);
     const std::tuple<Parameters...> arguments(parameters...);
     if constexpr (std::is_void_v<Result>) {
-      // Before the call, which makes the handles in `arguments` invalid.
+      // Without a fault, which no list can have for such an operation. Written before the call, which makes the handles
+      // in `arguments` invalid.
       write(arguments, "");
       forget(parameters...);
       (nextTable<Table>().*Field)(parameters...);
@@ -142,6 +143,7 @@ constexpr LibraryTable Tables = {.functions = &Functions, .objects = &Objects};
 }  // namespace probe
 
 const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() {
+  // Not when the probe is loaded: shells that start a tool have it, too, but no device library.
   const auto entry = probe::nextEntry();
   if (entry == nullptr) probe::stop("the probe found no device library");
   probe::theProbe.next = entry();

@@ -55,6 +55,7 @@ uint32_t parseAnswer(std::string_view entry, std::string_view answer, AnswerKind
   }
   const std::optional<int64_t> number = parseNumber(answer);
   if (!number || *number < INT32_MIN || *number > UINT32_MAX) refuse(entry, "a 32-bit number as the answer");
+  // Negative numbers keep their bits, and the hook turns them back into the operation's type.
   return static_cast<uint32_t>(*number);
 }
 

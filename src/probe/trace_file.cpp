@@ -14,7 +14,8 @@ namespace probe {
 namespace {
 
 // Without O_NONBLOCK opening a pipe that no process reads would block the tool; with it kept, lines would be lost when
-// a pipe is read slowly.
+// a pipe is read slowly. A trace has the passwords of overwrites in it, so it is private, and no link of another user
+// in a shared directory redirects it.
 base::Descriptor openToAppend(const std::string& path) {
   base::Descriptor file(path, O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0600);
   if (file.isOpen()) fcntl(file.number(), F_SETFL, O_APPEND);
@@ -35,6 +36,7 @@ class SignalsHeld {
   SignalsHeld& operator=(const SignalsHeld&) = delete;
 
   void drop() const {
+    // A blocked signal stays pending, and would end the process as soon as it is unblocked.
     const timespec atOnce{};
     sigtimedwait(&held_, nullptr, &atOnce);
   }

@@ -18,6 +18,7 @@ DeviceInformation recordFor(int32_t number, const std::wstring& description, Acc
 }
 
 bool bind(DaqCtrlBase* control, int32_t number) {
+  // The number alone decides: several devices can have the same description.
   const DeviceInformation record = recordFor(number, L"");
   return !failed(DaqCtrlBase_setSelectedDevice(control, &record));
 }
@@ -36,6 +37,7 @@ Array* itemsOf(Scenario scenario, DaqCtrlBase* control) {
 std::vector<std::wstring> descriptionsIn(Array* devices) {
   std::vector<std::wstring> descriptions;
   for (const void* const node : elementsOf(devices)) {
+    // Not as a member of the record: a node may be shorter or longer than that.
     const auto* const text = static_cast<const char*>(node) + offsetof(InstalledDeviceNode, Description);
     descriptions.emplace_back(reinterpret_cast<const wchar_t*>(text));
   }

@@ -18,7 +18,8 @@ std::optional<std::string> toUtf8(std::wstring_view text) {
   try {
     utf8::utf32to8(text.begin(), text.end(), std::back_inserter(bytes));
   } catch (const utf8::invalid_code_point&) {
-    return std::nullopt;  // a surrogate, or an element beyond U+10FFFF
+    // A surrogate, or an element beyond U+10FFFF.
+    return std::nullopt;
   }
   return bytes;
 }

@@ -22,9 +22,10 @@ namespace {
   throw Failure(Failed, path + ": " + reason + "; nothing was written");
 }
 
-// Linked to its name once it is whole, which fails where the name is taken.
+// Linked to its name once it is whole: link(2) fails where the name is taken, rename(2) would replace that file.
 void writeNew(const std::string& path, const std::string& text) {
   const std::string temporary = path + "." + std::to_string(getpid());
+  // The umask decides who can read it, unlike a state: rigs are for sharing.
   const base::Descriptor file(temporary, O_CREAT | O_EXCL | O_WRONLY, 0666);
   if (!file.isOpen()) fail(errno == EEXIST ? temporary : path, errno);
   const bool isWritten = file.write(text) && fsync(file.number()) == 0 && link(temporary.c_str(), path.c_str()) == 0;
@@ -35,6 +36,7 @@ void writeNew(const std::string& path, const std::string& text) {
 
 std::string capturedText() {
   const std::string text = simulator::textOf(readInstalledRig());
+  // What is read can be a rig in each part but not as a whole, for example longer than a rig may be.
   try {
     simulator::readRig(text);
   } catch (const simulator::RigError& error) {

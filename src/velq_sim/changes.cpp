@@ -32,6 +32,7 @@ class DeviceChanges {
          exists ? quoted(simulation_.description(number_)) : "none");
     if (!exists) return;
     line("board id", std::to_string(rig == nullptr ? 0 : rig->boardId), std::to_string(simulation_.boardId(number_)));
+    // A fusion device that a command created has neither chips nor codes.
     if (rig != nullptr && rig->firmware) showFirmware(*rig->firmware);
     if (rig != nullptr && rig->calibration) showCodes(*rig->calibration);
     line("fusion device", groupName(rigGroup), groupName(simulation_.groupOf(number_)));
@@ -71,10 +72,12 @@ class DeviceChanges {
 bool showChanges() {
   Simulation simulation(simulator::rigPathFromEnvironment(), simulator::statePlaceFromEnvironment());
   if (!simulation.refresh()) return false;
+  // With an empty state: the groups before all changes.
   const simulator::Groups rigGroups(simulation.rig(), {});
   const auto show = [&](int32_t number) {
     DeviceChanges(simulation, number).show(simulation.rigDevice(number), rigGroups.groupOf(number));
   };
+  // Not numbers() alone, which leaves out dissolved fusion devices of the rig.
   for (const Device& device : simulation.rig().devices) show(device.number);
   for (const int32_t number : simulation.numbers()) {
     if (simulation.rigDevice(number) == nullptr) show(number);

@@ -24,10 +24,12 @@ constexpr const wchar_t* NullString = L"(null)";
 simulator::FirmwareVersion versionFrom(const std::string& shown) {
   unsigned major = 0, minor = 0;
   if (std::sscanf(shown.c_str(), "%2x.%2x", &major, &minor) != 2) return shown;
+  // sscanf() also accepts spaces, signs and any rest. They would be lost, so such a version stays a string.
   const simulator::FirmwareVersion number = static_cast<uint16_t>(major << 8U | minor);
   return simulator::shown(number) == shown ? number : shown;
 }
 
+// A null array is not an empty one: reports print "N/A" for the first and no line for the second.
 template <typename Value>
 std::optional<std::vector<Value>> valuesIn(Array* array) {
   return array == nullptr ? std::nullopt : std::optional(reading::valuesOf<Value>(array));
@@ -50,6 +52,7 @@ std::string DeviceReader::utf8(const char* what, const std::wstring& wide, size_
   const std::wstring kept = wide.substr(0, longest);
   if (const auto bytes = text::toUtf8(kept)) return *bytes;
   report(std::string(what) + ": replaced characters that are not Unicode");
+  // One by one, because a conversion that fails does not say where.
   std::string bytes;
   for (const wchar_t c : kept) bytes += text::toUtf8({&c, 1}).value_or("\xEF\xBF\xBD");
   return bytes;
@@ -70,6 +73,7 @@ int32_t DeviceReader::natural(const char* what, int32_t number) const {
 // there.
 std::optional<std::string> DeviceReader::getString(const char* what, StringGetter getter, int32_t toolCapacity) const {
   for (const int32_t capacity : {toolCapacity, reading::LargeCapacity}) {
+    // One more than the library is told, so that there is a terminator even where it writes none.
     std::wstring buffer(static_cast<size_t>(capacity) + 1, L'\0');
     const ErrorCode status = getter(opened_.get(), capacity, buffer.data());
     buffer.resize(buffer.find(L'\0'));
@@ -102,6 +106,7 @@ std::vector<Element> DeviceReader::readEach(Array* array, ElementReader<Handle, 
 }
 
 simulator::AdjustingCode DeviceReader::readItem(CalibrationItem* item) const {
+  // Without codes: a library reports them only for a section that was started, and that would calibrate the device.
   return {.name = utf8("name of an item", CalibrationItem_getName(item))};
 }
 
@@ -149,7 +154,9 @@ Device DeviceReader::read() const {
   device.number = DeviceCtrl_getDeviceNumber(opened);
   device.productId = natural("product id", DeviceCtrl_getProductId(opened));
   device.boardId = natural("board id", DeviceCtrl_getBoardId(opened));
+  // It cannot be read, and a rig with a board id above it is not valid.
   device.highestBoardId = std::max(device.boardId, Device::UsualHighestBoardId);
+  // The listed one, because it is what tools match patterns with and open devices by.
   device.description = utf8("description", listed_, LongestDescription);
   device.boardVersion = getString("board version", DeviceCtrl_getBoardVersion, 10);
   device.driverVersion = getString("driver version", DeviceCtrl_getDriverVersion, 10);

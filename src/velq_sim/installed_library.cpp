@@ -20,6 +20,7 @@ const Automation::Velq::LibraryTable* loaded = nullptr;
 void loadInstalledLibrary() {
   // Global, so that a preloaded probe finds the library behind itself.
   if (dlopen(SIMULATOR_LIBRARY, RTLD_NOW | RTLD_GLOBAL) == nullptr) throw Failure(Failed, dlerror());
+  // Not through the library's handle: in the default order a preloaded probe comes first.
   const auto entry = reinterpret_cast<decltype(&CvxQuellisLibInitialize)>(dlsym(RTLD_DEFAULT, Entry));
   if (entry != nullptr) loaded = entry();
   if (loaded == nullptr || loaded->functions == nullptr || loaded->objects == nullptr)

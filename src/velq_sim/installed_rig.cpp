@@ -75,6 +75,7 @@ simulator::Rig readInstalledRig() {
   const std::vector<std::wstring> descriptions = reading::descriptionsIn(list);
   if (descriptions.empty()) throw Failure(Failed, "the device library lists no devices");
   for (const Scenario scenario : {ScenarioFirmware, ScenarioCalibration}) {
+    // Reported once here: the reader of each device would repeat it.
     if (reading::OpenControl(DaqCtrlBase_Create(scenario)) == nullptr)
       fprintf(stderr, "velq-sim: the device library cannot create a %s, left out\n", nameOf(scenario).c_str());
   }
@@ -83,11 +84,13 @@ simulator::Rig readInstalledRig() {
     DeviceReader reader(description);
     const std::optional<int32_t> number = reader.open();
     if (!number) continue;
+    // Of several devices with one description the library can open only one by it.
     if (rig.positions.emplace(*number, rig.devices.size()).second)
       rig.devices.push_back(reader.read());
     else
       reportDevice(description, "opens device " + std::to_string(*number) + ", which is listed before; left out");
   }
+  // In this order: a repair can leave a group empty, and the usual product id of a group is that of a child it keeps.
   repairChildren(rig);
   dropEmptyGroups(rig);
   dropUsualProductIds(rig);

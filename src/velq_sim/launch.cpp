@@ -32,9 +32,11 @@ void exportPath(const char* name, const std::string& path) {
 // Before the other entries of a list of the dynamic linker, or of PATH.
 void putFirst(const char* name, const std::string& entry) {
   const std::string others = base::environment(name);
+  // Without others no colon either: both lists take an empty entry for the working directory.
   setVariable(name, others.empty() ? entry : entry + ":" + others);
 }
 
+// Not by argv[0]: the caller chooses it, and through a symbolic link it has no libraries beside it.
 fs::path programDirectory() { return fs::read_symlink("/proc/self/exe").parent_path(); }
 
 // Without this check a command would go on with the library of the system, and so with real hardware.
@@ -74,6 +76,7 @@ void exportRequest(const Request& request) {
 void launch(char** command) {
   putLibrariesFirst();
   putProgramsFirst();
+  // It searches the PATH that was set above.
   execvp(*command, command);
   throw Failure(errno == ENOENT ? NotFound : CannotRun, std::string(*command) + ": " + std::strerror(errno));
 }

@@ -36,6 +36,7 @@ int perform(const Request& request) {
   } else {
     // Ahead of the command, which would go on without devices.
     if (!request.rig.empty()) readRig(request.rig);
+    // Ahead of the rest, which finds rig and state in the environment, as the simulator does in a command.
     exportRequest(request);
     if (request.reset) resetState();
     if (request.changes) return showChanges() ? 0 : Failed;
@@ -55,6 +56,7 @@ int main(int argc, char** argv) {
   try {
     const std::optional<Request> request = parse(argc, argv);
     const int status = request ? perform(*request) : 0;
+    // Output is buffered, so that a full disk may be noticed no earlier than here.
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
       throw Failure(Failed, std::string("standard output: ") + std::strerror(errno));
     return status;

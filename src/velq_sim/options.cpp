@@ -56,6 +56,7 @@ std::optional<Request> show(const char* text) {
 }
 
 void take(Request& request, Choice choice) {
+  // In the order of Choice, in which those with a value come first.
   std::string* const values[] = {&request.rig,    &request.state, &request.trace,
                                  &request.faults, &request.check, &request.capture};
   const std::string name = std::string("--") + Options[choice].name;
@@ -96,8 +97,10 @@ void checkCombination(const Request& request) {
 
 std::optional<Request> parse(int argc, char** argv) {
   Request request;
+  // The messages of getopt_long() contain the control characters of an argument as they are.
   opterr = 0;
   for (;;) {
+    // No argument is permuted and the first error is final, so a rejected argument is at this place.
     const int place = optind;
     // "+": options end where the command begins. ":": returned for a missing value, unlike for an unknown option.
     const int code = getopt_long(argc, argv, "+:", Options, nullptr);

@@ -22,6 +22,7 @@ namespace {
 // A mistyped --state must not cost a file of another kind. Only the beginning is looked at: a state that is damaged
 // further on is what a reset is for. A state that a command created without saving a change is empty.
 bool isState(const std::string& path) {
+  // Where the header of an SQLite database has its application id.
   constexpr size_t IdOffset = 68;
   char header[IdOffset + 4] = {};
   std::ifstream file(path, std::ios::binary);
@@ -44,7 +45,8 @@ void resetState() {
   }
   if (!isState(path)) throw Failure(Failed, path + ": is not a state of the simulator, so it is not deleted");
   if (unlink(path.c_str()) != 0) failWithErrno(path, "cannot be deleted");
-  // A killed command may have left it. SQLite must not apply it to the next state.
+  // A killed command may have left it. SQLite must not apply it to the next state. Not deleted first: without its
+  // journal the state could be half changed if this process is killed in between.
   unlink((path + "-journal").c_str());
 }
 

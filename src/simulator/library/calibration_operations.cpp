@@ -78,6 +78,7 @@ ErrorCode CalibrationSolution_loadGoldenBackup(CalibrationSolution* solution, in
   SolutionObject& object = resolve<SolutionObject>(solution, __func__);
   if (step != 0 && (step != 1 || !object.backupPrepared)) return ErrorWrongOrder;
   object.backupPrepared = step == 0;
+  // Step 0 finds out whether step 1 could save: only after a failure of step 0 do tools leave step 1 out.
   if (step == 0) return saveCodes(object, {});
   proposeBackup(object);
   // Already in use here: tools report the backup as restored before they make it current.

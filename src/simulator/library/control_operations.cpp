@@ -39,6 +39,7 @@ DeviceCtrl* DaqCtrlBase_getDevice(DaqCtrlBase* control) {
 void DaqCtrlBase_dispose(DaqCtrlBase* control) {
   ControlObject& object = resolve<ControlObject>(control, __func__);
   object.releaseAll();
+  // Enough for the objects obtained from it, too: each is alive only as long as its parent.
   object.disposed = true;
 }
 

@@ -102,6 +102,7 @@ ErrorCode DeviceCtrl_getDriverVersion(DeviceCtrl* device, int32_t capacity, wcha
 }
 
 ErrorCode DeviceCtrl_getDllVersion(DeviceCtrl* device, int32_t capacity, wchar_t* version) {
+  // The device does not matter, but a wrong handle is a fault of the tool here, too.
   resolve<DeviceObject>(device, __func__);
   return fill(LibraryVersion, capacity, version);
 }
@@ -117,6 +118,7 @@ Array* DeviceCtrl_getInterrupts(DeviceCtrl* device) { return valueArray(device, 
 ErrorCode DeviceCtrl_setDescription(DeviceCtrl* device, int32_t count, const wchar_t* description) {
   const int32_t number = resolve<DeviceObject>(device, __func__).number;
   if (description == nullptr || count <= 0) return ErrorRefused;
+  // The count may include the terminator.
   const std::wstring_view wide(description, wcsnlen(description, static_cast<size_t>(count)));
   const std::optional<std::string> text = text::toUtf8(wide);
   // No longer one: records would cut it, and no tool could open the device by it.

@@ -17,16 +17,18 @@ using namespace Automation::Velq;
 
 namespace {
 
-// Little-endian fields, by their distance from the end of the file.
+// The end of the file. Its fields are little-endian, and offsets count from its first byte.
 constexpr size_t SuffixLength = 16;
 constexpr size_t CrcLength = 4;
-constexpr int64_t LongestFile = UINT32_MAX;  // more than any chip has room for
+// More than any chip has room for.
+constexpr int64_t LongestFile = UINT32_MAX;
 using Suffix = std::array<unsigned char, SuffixLength>;
 
 unsigned word(const Suffix& suffix, size_t offset) { return suffix[offset] | unsigned{suffix[offset + 1]} << 8U; }
 
 bool isDfuSuffix(const Suffix& suffix) {
   const unsigned format = word(suffix, 6);
+  // Two versions of the format are in use, with the same fields. The signature "DFU" is stored backwards.
   return (format == 0x0100 || format == 0x011A) && std::memcmp(&suffix[8], "UFD", 3) == 0 && suffix[11] == SuffixLength;
 }
 

@@ -87,6 +87,7 @@ ErrorCode FirmwareItem_start(FirmwareItem* item, int32_t /*mode*/, const wchar_t
   // The notice is part of the procedure: a tool that skips it is refused.
   if (!chip.loadedVersion || !chip.noticeConfirmed) return ErrorWrongOrder;
   if (!isPassword(chip.chip, password)) return ErrorRefused;
+  // Held until the control is disposed of: a tool that stops polling does not say so.
   if (const ErrorCode status = chip.control.hold(chip.device.number); status != Success) return status;
   chip.started = true;
   chip.finished = false;

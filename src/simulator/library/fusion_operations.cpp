@@ -44,7 +44,8 @@ ErrorCode checkAddable(Simulation& simulation, int32_t fusionNumber, const Child
   return checkFusable(simulation, children, simulation.children(fusionNumber));
 }
 
-// `group` -1 removes the children from theirs.
+// `group` -1 removes the children from theirs. It is saved as a value, because a change that is reverted would return a
+// child to the group that it has in the rig.
 void setGroup(std::vector<StateChange>& changes, const Children& children, int32_t group) {
   for (const int32_t child : children) changes.push_back({child, FusionItem, group});
 }
@@ -120,6 +121,7 @@ ErrorCode CvxFusionDeviceRemoveChildren(int32_t fusionNumber, int32_t count, con
     setGroup(changes, list, -1);
     // A number can be in the list twice.
     const std::set<int32_t> gone(list.begin(), list.end());
+    // A state with values of a device that is gone would be taken for that of another rig.
     if (gone.size() == simulation.children(fusionNumber).size()) simulation.revertAll(fusionNumber, changes);
     return Success;
   });

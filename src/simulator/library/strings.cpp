@@ -9,7 +9,7 @@
 namespace simulator {
 
 const wchar_t* internedWide(std::string_view text) {
-  // A changed string is another entry, so strings that were returned before stay as they are.
+  // A changed string is another entry, and a map never moves entries: strings returned before stay as they are.
   static std::map<std::string, std::wstring, std::less<>> strings;
   const auto known = strings.find(text);
   return (known != strings.end() ? known : strings.emplace(text, text::fromUtf8(text)).first)->second.c_str();

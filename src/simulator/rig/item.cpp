@@ -28,6 +28,7 @@ std::optional<Item> parseItem(std::string_view name) {
   // Reads as many numbers as there are. Any malformed name differs from that of the item that is read from it.
   Item item{name.starts_with("firmware ") ? Item::Kind::Firmware : Item::Kind::Calibration};
   const char* const end = name.data() + name.size();
+  // Without a space, npos + 1 is the beginning.
   const char* next = name.data() + name.find(' ') + 1;
   for (size_t& position : item.position) {
     next = std::from_chars(next, end, position).ptr;

@@ -46,6 +46,7 @@ class Builder final : public nlohmann::json_sax<Json> {
 
   bool parse_error(size_t, const std::string&, const nlohmann::detail::exception& error) override {
     const std::string_view what = error.what();
+    // The name of the exception, which comes first, says nothing to the author of a rig.
     const size_t line = what.find("line ");
     // The only error without a line: a number that no type can represent.
     if (line == std::string_view::npos) fail("expected a number of 64 bits");
@@ -53,7 +54,8 @@ class Builder final : public nlohmann::json_sax<Json> {
   }
 
  private:
-  // A list or object that is not closed yet.
+  // A list or object that is not closed yet. Its address stays valid: it is the last value of the one around it, to
+  // which nothing is added before it is closed.
   struct Level {
     Json* container;
     Json::iterator member = {};  ///< of an object: its last member
@@ -111,6 +113,7 @@ class Builder final : public nlohmann::json_sax<Json> {
 void parseJson(std::string_view text, std::string_view key, const std::function<void(const JsonValue&)>& takeElement,
                const std::function<void(const JsonValue&)>& takeDocument) {
   Builder builder(key, takeElement);
+  // Its result is of no use: Builder throws at the first error.
   Json::sax_parse(text, &builder);
   takeDocument(JsonValue(builder.document, ""));
 }

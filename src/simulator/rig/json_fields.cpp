@@ -26,6 +26,7 @@ std::optional<uint64_t> hexadecimal(const nlohmann::json& value) {
 
 std::string pointerPart(std::string_view key) {
   std::string part;
+  // In a JSON pointer '/' separates keys, and '~' begins an escape.
   for (const char c : key) part += c == '~' ? "~0" : c == '/' ? "~1" : std::string(1, c);
   return part;
 }
@@ -101,6 +102,7 @@ JsonValue JsonFields::required(const char* key) {
 }
 
 std::optional<JsonValue> JsonFields::optional(const char* key) {
+  // Known whether or not it is there: the error for an unknown key lists all.
   known_.emplace_back(key);
   const auto found = object_.json().find(key);
   if (found == object_.json().end()) return std::nullopt;

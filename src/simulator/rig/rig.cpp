@@ -63,7 +63,7 @@ std::string readFile(const std::string& path) {
   const base::Descriptor file(path, O_RDONLY);
   if (!file.isOpen()) throw RigError(std::string("cannot be opened: ") + std::strerror(errno));
   std::string text;
-  // Not by its length: a rig can come from a pipe.
+  // Not by its length: a rig can come from a pipe. Ends soon after the limit, which readRig() reports.
   std::vector<char> chunk(1 << 16);
   for (int64_t count = 1; count != 0 && text.size() <= LongestRig;) {
     count = file.read(chunk.data(), chunk.size());
@@ -76,7 +76,7 @@ std::string readFile(const std::string& path) {
 }  // namespace
 
 const Device* Rig::find(int32_t number) const {
-  // Most rigs number their devices from 0 on without a gap.
+  // Most rigs number their devices from 0 on without a gap. A negative number becomes one beyond every list.
   const auto likely = static_cast<size_t>(number);
   if (likely < devices.size() && devices[likely].number == number) return &devices[likely];
   const auto found = positions.find(number);
@@ -94,8 +94,10 @@ Rig readRig(std::string_view text) {
   const auto takeDevice = [&](const JsonValue& device) { rig.devices.push_back(readDevice(device)); };
   parseJson(text, "devices", takeDevice, [](const JsonValue& document) {
     JsonFields fields(document);
+    // Its elements were taken; whether it is a list at all is not known yet.
     fields.required("devices").length();
-    if (const auto schema = fields.optional("$schema")) schema->text();  // for editors
+    // Only editors use it.
+    if (const auto schema = fields.optional("$schema")) schema->text();
     fields.end();
   });
   // What devices have to do with each other is known only with all of them.

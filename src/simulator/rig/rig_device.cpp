@@ -87,6 +87,7 @@ Device readDevice(const JsonValue& value) {
   JsonFields fields(value);
   Device device;
   device.number = readDeviceNumber(fields.required("number"));
+  // More than tools can set: a real library may list a description that is longer than a record's.
   device.description = fields.required("description").text(255);
   device.children = optionalList(fields, "children", readDeviceNumber);
   if (const auto id = fields.optional("product_id")) device.productId = id->int32(0);

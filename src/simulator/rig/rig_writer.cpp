@@ -10,6 +10,7 @@ namespace {
 // Writes keys in the order in which they are added.
 using OrderedJson = nlohmann::ordered_json;
 
+// A string: JSON has no hexadecimal numbers, and in decimal people would not recognise addresses and codes.
 std::string hexadecimal(uint64_t value, int digits = 1) {
   char text[19];
   snprintf(text, sizeof text, "0x%0*llx", digits, static_cast<unsigned long long>(value));
@@ -23,8 +24,8 @@ OrderedJson listOf(const std::vector<Element>& elements, Write write) {
   return list;
 }
 
-template <typename Value, typename Usual>
 // Leaves out what a reader of the rig takes for granted.
+template <typename Value, typename Usual>
 void addUnless(OrderedJson& object, const char* key, const Value& value, const Usual& usual) {
   if (value != usual) object[key] = value;
 }

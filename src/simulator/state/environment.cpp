@@ -41,6 +41,7 @@ StatePlace statePlaceFromEnvironment() {
   if (!named.empty()) return {named, false};
   const std::string home = base::environment("HOME");
   std::string directory = base::environment("XDG_STATE_HOME");
+  // A relative one would be another directory for each working directory.
   if (!isAbsolute(directory)) directory = isAbsolute(home) ? home + "/.local/state" : "";
   if (directory.empty()) return {"", true};
   const std::string rig = rigPathFromEnvironment();

@@ -27,6 +27,7 @@ void syncDirectory(const std::string& path) {
   if (!directory.isOpen() || fsync(directory.number()) != 0) failWithErrno("its directory cannot be synced");
 }
 
+// One by one, unlike std::filesystem: each is private from the start, and synced into the one above it.
 void makeDirectories(const std::string& path) {
   for (size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
     const std::string directory = path.substr(0, slash);
@@ -51,6 +52,7 @@ struct flock lockOn(int32_t device, short type) {
 }  // namespace
 
 bool StateFile::exists() const {
+  // Not by opening it: closing any descriptor of the file would release the locks that SQLite has on it.
   struct stat status {};
   if (lstat(path().c_str(), &status) != 0) {
     if (errno == ENOENT || errno == ENOTDIR) return false;
@@ -65,6 +67,7 @@ void StateFile::create() const {
   if (path().empty()) throw StateError("VELQ_STATE, XDG_STATE_HOME and HOME name no file for it");
   if (exists()) return;
   if (place_.makesDirectories) makeDirectories(path());
+  // Without O_EXCL: another process may create it at the same time.
   if (!base::Descriptor(path(), O_CREAT | O_RDWR | O_NOFOLLOW, 0600).isOpen()) failWithErrno("cannot be created");
 }
 
@@ -78,6 +81,7 @@ std::string StateFile::resolvedPath() const {
 
 void StateFile::openForLocks() {
   if (descriptor_.isOpen()) return;
+  // For writing, which a write lock needs. Never closed before the database, whose locks would go with it.
   descriptor_ = base::Descriptor(path(), O_RDWR | O_NOFOLLOW);
   if (descriptor_.isOpen()) return;
   const int problem = errno;
@@ -95,6 +99,7 @@ bool StateFile::hold(int32_t device) {
   openForLocks();
   struct flock lock = lockOn(device, F_WRLCK);
   if (fcntl(descriptor_.number(), F_OFD_SETLK, &lock) == 0) return holds_.emplace(device, 1).second;
+  // Systems report a lock of another process as either.
   if (errno != EAGAIN && errno != EACCES) failWithErrno("cannot be locked");
   return false;
 }
@@ -111,6 +116,7 @@ void StateFile::release(int32_t device) {
 bool StateFile::isHeldElsewhere(int32_t device) {
   if (!exists()) return false;
   openForLocks();
+  // The locks of this descriptor do not conflict with itself, so those that are found are of other processes.
   struct flock lock = lockOn(device, F_WRLCK);
   if (fcntl(descriptor_.number(), F_OFD_GETLK, &lock) != 0) failWithErrno("cannot be locked");
   return lock.l_type != F_UNLCK;
