@@ -21,7 +21,7 @@ def fuzz(options):
         found.mkdir(parents=True, exist_ok=True)
         if name == "rig":
             shutil.copy(options.root / "src" / "simulator" / "rig" / "builtin_rig.json", found)
-        limits = [f"-max_total_time={options.seconds}", "-timeout=10", "-max_len=2048"]
+        limits = [f"-max_total_time={options.seconds}", "-timeout=60", "-max_len=2048"]
         reports = ["-print_final_stats=1", f"-artifact_prefix={found}-"]
         command = [directory / f"fuzz_{name}", *limits, *reports, found, options.root / "fuzz" / "corpus" / name]
         run = subprocess.run(command, env={**os.environ, "LC_ALL": "C"}, capture_output=True, text=True, errors="replace")

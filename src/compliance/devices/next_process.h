@@ -39,6 +39,7 @@ class NextProcess {
 
   Pipe requests_;
   Pipe answers_;
+  Pipe life_;  ///< only the server has its other end
 };
 
 }  // namespace compliance

@@ -16,7 +16,7 @@ namespace compliance {
 namespace {
 
 // Time for those that end because their parent has ended.
-constexpr std::chrono::milliseconds Grace{200};
+constexpr std::chrono::milliseconds Grace{500};
 
 constexpr rlim_t MostDescriptors = 1024;
 
