@@ -27,6 +27,7 @@ const struct Loaded {
   ~Loaded() {
     if (fault() == "destructor") std::abort();
     if (fault() == "last words") std::puts("bye");
+    if (fault() == "silent end") _exit(0);
   }
 } loaded;
 
@@ -117,6 +118,7 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"constructor", [](auto&) {}},
     {"destructor", [](auto&) {}},
     {"last words", [](auto&) {}},
+    {"silent end", [](auto&) {}},
     {"exit", actWhenAsked<[] { std::exit(0); }>},
     {"signal", actWhenAsked<[] { std::raise(SIGSEGV); }>},
     {"throw", actWhenAsked<[] { throw std::runtime_error("no board"); }>},
@@ -280,6 +282,10 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"says no but does", setId<[](int32_t id) { return keepId(id), ErrorNotOffered; }>},
     {"forgets others", setId<[](int32_t id) { return id != (id & 15) ? ErrorNotOffered : keepIdAlone(id); }>},
     {"crashes in a change", setId<[](int32_t id) { return keepId(id), id == 3 ? raise(SIGSEGV) : 0, Success; }>},
+    {"crashes for good", setId<[](int32_t id) {
+       const bool isBroken = readBoard().id == 3;
+       return keepId(isBroken ? 3 : id), isBroken || id == 3 ? raise(SIGSEGV) : 0, Success;
+     }>},
     {"hangs in a change", setId<[](int32_t id) { return keepId(id), id == 3 ? pause() : 0, Success; }>},
     {"keeps a lock", setId<[](int32_t id) { return keepId(id), id == 3 ? openBoard(O_RDWR) : 0, Success; }>},
     {"crashes in a rename", setText<[](auto* device, int32_t count, auto* text) {

@@ -208,6 +208,7 @@ moving addresses|returned-stays: device 0: base addresses reads elsewhere: 0 , n
 long name|device-list: 64 characters, more than the 63 that a record holds, device
 counting addresses|array-base-addresses: other values after other calls, device "Minimal board"
 bad end|first-look: ends the process with SIGABRT during exit()
+silent end|load: ends the process before the tool's output is written, during exit()
 shared items|returned-stays: firmware control of device 0: list of every chip reads other handles, not as before, after
 negative number|open-unknown: opens a device that is not there, DeviceCtrl_Create(-2147483648, "Minimal board")
 alike|open-unknown: opens a device that is not there, DeviceCtrl_Create(-1, "MINIMAL BOARD")
@@ -249,6 +250,7 @@ library=$minimal start=
 expect 1 2 'FAIL calibration: description is null, device "Minimal board", solution 0' \
   env BAD_LIBRARY='null texts' "$checker" --timeout 60 "$bad"
 for fault in 'crashes in a change|restored: device 0: board id 0, was left at 3' \
+  'crashes for good|NOT RESTORED: device 0: board id is 3, was 0' \
   'no id back|NOT RESTORED: device 0: board id is 15, was 0'; do
   expect 1 1 "${fault#*|}" env "BAD_LIBRARY=${fault%|*}" "$checker" --write --timeout 60 "$bad"
 done

@@ -31,7 +31,7 @@ void tryRefusals(Groups& groups, int32_t number, int32_t own) {
 }
 
 // As tools do after the creation: without the terminator in the count.
-void tryRename(int32_t number, Findings& findings) {
+void tryRename(Groups& groups, int32_t number, Findings& findings) {
   const std::wstring name = L"velq-compliance group";
   const OpenDevice device = openDevice(number, nullptr, AccessFusion);
   if (device == nullptr) return;
@@ -40,6 +40,18 @@ void tryRename(int32_t number, Findings& findings) {
   const std::wstring& wanted = status == Success ? name : before;
   findings.expect(descriptionOf(device.get()) == wanted && openDevice(wanted) != nullptr,
                   "is not described " + show(wanted) + " after a change with status " + show(status), placeOf(number));
+  groups.setDescription(number, wanted);
+}
+
+// A change of a child, here to what it has already, leaves the group as it is.
+void tryChangesOf(int32_t child, Groups& groups) {
+  const OpenDevice device = openDevice(child, nullptr);
+  if (device == nullptr) return;
+  const std::wstring description = descriptionOf(device.get());
+  DeviceCtrl_setDescription(device.get(), static_cast<int32_t>(description.size()) + 1, description.c_str());
+  groups.look("a change of the description of its child");
+  DeviceCtrl_setBoardId(device.get(), DeviceCtrl_getBoardId(device.get()));
+  groups.look("a change of the board id of its child");
 }
 
 // Adds one more device, together with `others`, if there is one that the group takes. Returns it.
@@ -58,6 +70,7 @@ std::optional<int32_t> extend(Groups& groups, int32_t number, int32_t own, const
 // A group of one device has just got the partner, and ends here.
 void tryWithPartner(Groups& groups, int32_t number, int32_t own, int32_t partner, Findings& findings) {
   groups.lookAtAll("the extension of a group");
+  tryChangesOf(partner, groups);
   expectListedChildren(number, findings, placeOf(number));
   groups.remove(number, {partner});
   groups.expectNotAdded(number, {partner, UnknownNumber});
@@ -86,7 +99,8 @@ void examine(Groups& groups, int32_t number, int32_t own, Findings& findings) {
   expectListedChildren(number, findings, placeOf(number));
   expectDistinctDevices(findings);
   tryRefusals(groups, number, own);
-  tryRename(number, findings);
+  tryRename(groups, number, findings);
+  tryChangesOf(own, groups);
 }
 
 // Each device alone, and the first two that can be grouped. Returns whether there are such.

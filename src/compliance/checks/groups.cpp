@@ -30,8 +30,10 @@ std::optional<int32_t> Groups::create(const Children& children) {
   if (status == Success) {
     // A number that another device has would make two devices one for tools.
     const bool isNew = number >= 0 && std::count(devices_.begin(), devices_.end(), number) == 0;
-    if (!findings_.expect(isNew && !groups_.contains(number), "gets the number " + std::to_string(number), where))
+    if (!findings_.expect(isNew && !groups_.contains(number), "gets the number " + std::to_string(number), where)) {
+      CvxFusionDeviceRemoveChildren(number, countOf(children), children.data());
       return std::nullopt;
+    }
     groups_[number] = {children.begin(), children.end()};
     used_.insert(number);
   } else {
@@ -91,8 +93,17 @@ void Groups::look(const std::string& after) {
                      isThere ? "is not reported as a fusion device" : "is a fusion device without a child", where);
     const Children wanted = isThere ? sorted(groups_[number]) : Children(), found = childrenOf(number);
     findings_.expect(found == wanted, "has the children " + show(found) + ", not " + show(wanted), where);
-    findings_.expect((openDevice(number, nullptr, AccessFusion) != nullptr) == isThere,
+    const OpenDevice opened = openDevice(number, nullptr, AccessFusion);
+    findings_.expect((opened != nullptr) == isThere,
                      isThere ? "cannot be opened by its number" : "can be opened without a child", where);
+    if (opened == nullptr) {
+      // The next group of this number has a description of its own.
+      descriptions_.erase(number);
+      continue;
+    }
+    const std::wstring description = descriptionOf(opened.get());
+    const std::wstring& before = descriptions_.emplace(number, description).first->second;
+    findings_.expect(description == before, "is described " + show(description) + ", not " + show(before), where);
   }
   const size_t count = listedDescriptions().size();
   findings_.expect(count == devices_.size() + groups_.size(), std::to_string(count) + " devices are listed",

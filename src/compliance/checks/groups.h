@@ -49,6 +49,9 @@ class Groups {
   /// Tries to remove what has to be refused.
   void expectNotRemoved(int32_t number, const Children& removed);
 
+  /// A group has another description from now on.
+  void setDescription(int32_t number, const std::wstring& description) { descriptions_[number] = description; }
+
   /// Looks at the groups, and that there are no others.
   void look(const std::string& after);
 
@@ -62,7 +65,8 @@ class Groups {
   Findings& findings_;
   const Children devices_ = listedNumbers();
   std::map<int32_t, std::set<int32_t>> groups_;
-  std::set<int32_t> used_;  ///< numbers that groups have had
+  std::map<int32_t, std::wstring> descriptions_;  ///< of those, as first seen or set
+  std::set<int32_t> used_;                        ///< numbers that groups have had
 };
 
 /// "fusion device 256"

@@ -127,6 +127,9 @@ void checkSideBySide(const CheckContext&, Findings& findings) {
   }
   std::vector<OpenDevice> devices = openSome();
   std::vector<OpenDevice> twins = openSome();
+  if (!findings.expect(devices.size() == alone.size() && twins.size() == alone.size(),
+                       "cannot all be opened while others are open", "listed devices"))
+    return;
   // Backwards, so that the device that was opened last is not the one that is read first.
   for (size_t i = devices.size(); i-- > 0;)
     expectFacts(devices[i].get(), alone[i], findings, "while other devices are open");

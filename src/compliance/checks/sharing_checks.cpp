@@ -1,4 +1,6 @@
 // Several processes that change the same device: none loses a change of another.
+#include <unistd.h>
+
 #include <chrono>
 #include <functional>
 #include <string>
@@ -48,9 +50,11 @@ std::string changeOften(const std::function<bool(int state)>& change, const std:
 int32_t otherThan(int32_t id) { return id == 0 ? 1 : 0; }
 
 // The tasks of other processes.
+// This one ends at once: a change that is done is persistent without any other call.
 std::string renameThere(int32_t number) {
   const OpenDevice device = openDevice(number, nullptr);
-  return rename(device.get(), nameFor(number, 1)) == Success ? "" : Refused;
+  if (rename(device.get(), nameFor(number, 1)) == Success) _exit(0);
+  return Refused;
 }
 
 std::string renumberThere(int32_t number) {
@@ -71,6 +75,18 @@ std::string renumberOften(int32_t number) {
                      [&](int state) { return DeviceCtrl_getBoardId(device.get()) == state; });
 }
 
+// Reads all the time: what is there before a change, or after it.
+std::string readOften(int32_t number) {
+  const size_t count = listedDescriptions().size();
+  const Clock::time_point end = Clock::now() + ShortestTime;
+  while (Clock::now() < end) {
+    const OpenDevice device = openDevice(number, nullptr);
+    if (device == nullptr || descriptionOf(device.get()).empty() || listedDescriptions().size() != count)
+      return "devices or descriptions";
+  }
+  return "";
+}
+
 // One device that two processes change, or several.
 class SharedDevice {
  public:
@@ -89,7 +105,7 @@ class SharedDevice {
     if (failed(DeviceCtrl_setBoardId(device_.handle(), otherThan(id_)))) return restore(), false;
     wantId(otherThan(id_));
     device_.lookAround("another process has renamed it and this one has set its board id");
-    next_.perform({{renumberThere, device_.number()}});
+    if (next_.perform({{renumberThere, device_.number()}}) == Refused) return restore(), false;
     wantId(otherThan(otherThan(id_)));
     device_.look("another process has set its board id");
     restoreDescription();
@@ -99,9 +115,9 @@ class SharedDevice {
 
   void tryAtOnce() {
     const int32_t number = device_.number();
-    const std::string lost = next_.perform({{renameOften, number}, {renumberOften, number}});
+    const std::string lost = next_.perform({{renameOften, number}, {renumberOften, number}, {readOften, number}});
     if (lost == Refused) return device_.refuse();
-    device_.expect(lost.empty(), "loses " + lost + " while another process changes something else of it");
+    device_.expect(lost.empty(), "loses " + lost + " while other processes change it");
     wantDescription(nameFor(number, 0));
     wantId(0);
     device_.lookAround("two processes have changed it at once");

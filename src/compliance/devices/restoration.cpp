@@ -69,15 +69,18 @@ void restoreDevice(const Snapshot& before, int32_t number) {
   if (device == nullptr) return;
   const std::wstring description = unescaped(before.at(descriptionFact(number)));
   const int32_t id = std::stoi(before.at(boardIdFact(number)));
-  if (descriptionOf(device.get()) != description)
-    DeviceCtrl_setDescription(device.get(), static_cast<int32_t>(description.size()) + 1, description.c_str());
+  for (const size_t terminator : {1, 0})
+    if (descriptionOf(device.get()) != description)
+      DeviceCtrl_setDescription(device.get(), static_cast<int32_t>(description.size() + terminator),
+                                description.c_str());
   if (DeviceCtrl_getBoardId(device.get()) != id) DeviceCtrl_setBoardId(device.get(), id);
 }
 
 }  // namespace
 
 bool isRestorable(const std::string& fact) {
-  return fact.ends_with(": description") || fact.ends_with(": board id") || fact.ends_with(": children");
+  return fact == OrderFact || fact.ends_with(": description") || fact.ends_with(": board id") ||
+         fact.ends_with(": children");
 }
 
 void restoreDevices(const Snapshot& before, const std::function<void(const std::string&)>& report) {

@@ -9,7 +9,8 @@
 
 namespace compliance {
 
-/// Whether a fact is a description, a board id or the children of a device, which checks change and can restore.
+/// Whether a fact is a description, a board id, the children of a device or the order of the list, which checks change
+/// and can restore.
 bool isRestorable(const std::string& fact);
 
 /// Such a fact that is not as before.

@@ -14,8 +14,6 @@ using namespace Automation::Velq;
 
 namespace {
 
-constexpr const char* Order = "order of the list";
-
 using TextGetter = ErrorCode (*)(DeviceCtrl*, int32_t, wchar_t*);
 
 std::string prefixOf(int32_t number) { return "device " + std::to_string(number) + ": "; }
@@ -94,7 +92,7 @@ Snapshot takeSnapshot() {
     snapshot[listedFact(number)] = show(description);
     snapshot.merge(factsOf(device.get()));
   }
-  snapshot[Order] = order;
+  snapshot[OrderFact] = order;
   return snapshot;
 }
 
@@ -106,7 +104,7 @@ Snapshot factsAbout(int32_t number, Snapshot snapshot) {
 Snapshot without(int32_t number, Snapshot snapshot) {
   std::erase_if(snapshot, [prefix = prefixOf(number)](const auto& fact) { return fact.first.starts_with(prefix); });
   snapshot.erase(listedFact(number));
-  snapshot.erase(Order);
+  snapshot.erase(OrderFact);
   return snapshot;
 }
 
@@ -129,7 +127,7 @@ std::string firstDifference(const Snapshot& wanted, const Snapshot& found) {
 }
 
 std::vector<int32_t> numbersIn(const Snapshot& snapshot) {
-  std::istringstream order(valueOr(snapshot, Order, ""));
+  std::istringstream order(valueOr(snapshot, OrderFact, ""));
   return {std::istream_iterator<int32_t>(order), {}};
 }
 

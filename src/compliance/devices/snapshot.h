@@ -22,6 +22,9 @@ Snapshot factsOf(Automation::Velq::DeviceCtrl* device);
 /// What a control returns of the chips or solutions of the device with this number.
 Snapshot itemFactsOf(Automation::Velq::Scenario scenario, Automation::Velq::DaqCtrlBase* control, int32_t number);
 
+/// The name of the fact about the list itself.
+inline constexpr const char* OrderFact = "order of the list";
+
 /// The names of the facts that changes are about. The first is of the list, all others of the device.
 std::string listedFact(int32_t number);
 std::string descriptionFact(int32_t number);

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 
@@ -28,11 +29,11 @@ void limitTo(decltype(RLIMIT_AS) resource, rlim_t most) {
 }
 
 void limitResources() {
-  // The address space that is in use already counts, too, and the sanitizers reserve terabytes of it.
-  size_t pages = 0;
-  std::ifstream("/proc/self/statm") >> pages;
-  limitTo(RLIMIT_AS, pages * static_cast<size_t>(sysconf(_SC_PAGESIZE)) + MostBytes);
-  limitTo(RLIMIT_FSIZE, MostBytes);
+  // Data, for addresses that are only reserved cost nothing. What is in use counts, too: the sanitizers have terabytes.
+  size_t size = 0, resident = 0, shared = 0, code = 0, libraries = 0, data = 0;
+  std::ifstream("/proc/self/statm") >> size >> resident >> shared >> code >> libraries >> data;
+  limitTo(RLIMIT_DATA, data * static_cast<size_t>(sysconf(_SC_PAGESIZE)) + MostMemory);
+  limitTo(RLIMIT_FSIZE, MostFile);
   limitTo(RLIMIT_NOFILE, MostDescriptors);
   limitTo(RLIMIT_CORE, 0);
 }
@@ -51,6 +52,7 @@ void limitResources() {
   dup2(streams.result.writeEnd(), ResultDescriptor);
   close_range(ResultDescriptor + 1, ~0U, 0);
   work();
+  std::fputc(EndMark, fdopen(ResultDescriptor, "w"));
   std::exit(0);
 }
 

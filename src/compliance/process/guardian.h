@@ -12,8 +12,12 @@ namespace compliance {
 /// The descriptor to which the work writes its result. The others are the three standard ones.
 inline constexpr int ResultDescriptor = 3;
 
-/// The bytes of memory, and of a file, that the work may use.
-inline constexpr size_t MostBytes = size_t{1} << 30U;
+/// The bytes of memory and of a file that the work may use.
+inline constexpr size_t MostMemory = size_t{2} << 30U;
+inline constexpr size_t MostFile = size_t{1} << 30U;
+
+/// The last byte of a result: it leaves the buffer of a stream where those of a program are flushed, at the very end.
+inline constexpr char EndMark = 0;
 
 /// What the process of the work writes to.
 struct Streams {

@@ -167,6 +167,8 @@ void Supervisor::Run::endAll() {
   judgeOutput();
   forwardMessages();
   takeResult();
+  ending_.isFlushed = ending_.result.ends_with(EndMark);
+  if (ending_.isFlushed) ending_.result.pop_back();
   if (isatty(STDERR_FILENO)) base::writeAll(STDERR_FILENO, "\r\x1b[K");
 }
 

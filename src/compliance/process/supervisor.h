@@ -17,6 +17,7 @@ struct Ending {
   std::optional<EndNote> note;  ///< nothing when it was ended, or its guardian was
   std::string problem;          ///< why it was ended, or how it attacked the checker; empty for neither
   std::string result;           ///< what it wrote to ResultDescriptor
+  bool isFlushed = false;       ///< its streams were flushed at its end, as those of every program should be
   bool isHung = false;          ///< it was ended because a call did not return
   bool hasOutput = false;       ///< it wrote to standard output
   int interruption = 0;         ///< the signal with which the user ended the work; 0 for none

@@ -62,10 +62,11 @@ std::string endingOf(int status) {
 
 // Which of the limits of a check may be the reason for its end; empty when none is.
 std::string limitBehind(const EndNote& note, const std::string& thrown) {
-  const std::string most = std::to_string(MostBytes >> 20U) + " MiB";
-  if (WIFSIGNALED(note.status) && WTERMSIG(note.status) == SIGXFSZ) return " (a file may have " + most + ")";
-  const bool isMemoryUsed = static_cast<size_t>(note.peakKilobytes) << 10U > MostBytes / 2;
-  return isMemoryUsed || thrown.starts_with("std::bad_alloc") ? " (a check may use " + most + " of memory)" : "";
+  const auto shown = [](size_t bytes) { return std::to_string(bytes >> 20U) + " MiB"; };
+  if (WIFSIGNALED(note.status) && WTERMSIG(note.status) == SIGXFSZ) return " (a file may have " + shown(MostFile) + ")";
+  const bool isMemoryUsed = static_cast<size_t>(note.peakKilobytes) << 10U > MostMemory / 2;
+  return isMemoryUsed || thrown.starts_with("std::bad_alloc") ? " (a check may use " + shown(MostMemory) + " of memory)"
+                                                              : "";
 }
 
 // Flushes, so that the line is there if this process is ended.
@@ -158,10 +159,12 @@ std::string CheckRunner::findingOf(const Ending& ending) {
   if (!thrown.empty()) return "lets an exception out" + during + ": " + thrown + limit;
   if (!report_.isFinished) return endingOf(ending.note->status) + during + limit;
   if (report_.findings > 0) return counted(report_.finding.get(), report_.findings);
-  if (ending.note->status == 0) return "";
+  if (isExitKnownBad_ || (ending.note->status == 0 && ending.isFlushed)) return "";
   // Reported once; the other checks are still worth their verdicts.
   isExitKnownBad_ = true;
-  return endingOf(ending.note->status) + during + limit;
+  const bool isLost = ending.note->status == 0;
+  return (isLost ? "ends the process before the tool's output is written," : endingOf(ending.note->status)) + during +
+         limit;
 }
 
 void CheckRunner::restore() {
@@ -170,10 +173,11 @@ void CheckRunner::restore() {
       "restoring", [&] { restoreIn(path_, report_, before_); }, false);
   std::map<std::string, Alteration> alterations;
   std::istringstream lines(ending.result);
-  std::string line = "none";
-  while (!line.empty() && std::getline(lines, line))
+  bool isDone = false;
+  for (std::string line; std::getline(lines, line);) {
+    isDone = line.empty();
     if (const auto alteration = alterationIn(line)) alterations[alteration->difference.fact] = *alteration;
-  const bool isDone = line.empty();
+  }
   for (const auto& [fact, alteration] : alterations) {
     const auto& [same, wanted, found] = alteration.difference;
     const bool isRestored = isDone && !alteration.isLeft;
@@ -183,7 +187,7 @@ void CheckRunner::restore() {
   }
   if (isDone) return;
   isAltered_ = true;
-  print("# NOT RESTORED, for the library " + findingOf(ending));
+  print("# NOT RESTORED: the library " + findingOf(ending));
   if (alterations.empty())
     for (const auto& [fact, value] : before_)
       if (isRestorable(fact)) print("# before: " + fact + " " + value);
