@@ -46,4 +46,5 @@ check velq-sim.1 $(simulated --help | grep -o '^  --[a-z]*')
 check velq-compliance.1 $("$prefix/bin/velq-compliance" --help | grep -o '^  --[a-z]*')
 examples qutil.1
 examples velq-sim.1
+examples velq-compliance.1
 exit $((failures > 0))
