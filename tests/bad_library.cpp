@@ -127,6 +127,10 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"kills its parent", actWhenAsked<[] { kill(getppid(), SIGKILL); }>},
     {"signals its parent", actWhenAsked<[] { kill(getppid(), SIGRTMIN); }>},
     {"kills its group", actWhenAsked<[] { kill(0, SIGKILL); }>},
+    {"signals everything", actWhenAsked<[] { kill(-1, SIGTERM); }>},
+    {"seeks everywhere", actWhenAsked<[] {
+       for (int i = 0; i < 20; ++i) lseek(i, 1L << 40, SEEK_SET), i += ftruncate(i, 1L << 40) == 1;
+     }>},
     {"closes all", actWhenAsked<[] { closefrom(0); }>},
     {"opens without end", actWhenAsked<[] { while (open("/", O_PATH) >= 0); }>},
     {"prints without end", actWhenAsked<[] { while (true) std::puts("asked"), std::fflush(stdout); }>},

@@ -171,6 +171,7 @@ hang|first-look: does not return within 5 s, during DeviceCtrl_getProductId
 kills its parent|first-look: ends the process that started it with SIGKILL, during
 signals its parent|first-look: sends signal 34 to the process that started it
 kills its group|first-look: ends the process with SIGKILL during DeviceCtrl_getProductId
+seeks everywhere|first-look: ends the process with SIGXFSZ during DeviceCtrl_getProductId (a file may have 1024 MiB)
 closes all|process-left-alone: reads, closes or changes standard input, during DeviceCtrl_getProductId|2
 opens without end|process-left-alone: uses up all file descriptors, during DeviceCtrl_getProductId|3
 prints without end|first-look: writes to standard output without end, during DeviceCtrl_getProductId|2
@@ -254,6 +255,12 @@ for fault in 'crashes in a change|restored: device 0: board id 0, was left at 3'
   'no id back|NOT RESTORED: device 0: board id is 15, was 0'; do
   expect 1 1 "${fault#*|}" env "BAD_LIBRARY=${fault%|*}" "$checker" --write --timeout 60 "$bad"
 done
+# Where it can be done out of sight of all other processes.
+apart=(unshare --pid --fork --mount-proc --kill-child)
+if "${apart[@]}" true 2>"$work/refusal"; then
+  expect 1 1 'FAIL first-look: sends SIGTERM to the checker' "${apart[@]}" sh -c '"$@"; exit $?' - \
+    env BAD_LIBRARY='signals everything' "$checker" --write --timeout 60 "$bad"
+fi
 # Ended by the user, and killed.
 expect 130 0 'Bail out! Ended by the user' env BAD_LIBRARY='hangs in a change' \
   timeout --preserve-status -s INT 4 "$checker" --write --timeout 60 "$bad"
