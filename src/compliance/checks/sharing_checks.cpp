@@ -24,6 +24,7 @@ constexpr int FewestRounds = 5;
 constexpr std::chrono::milliseconds ShortestTime{500};
 
 constexpr const char* Refused = "refused";
+constexpr const char* Unopened = "the device itself, ";
 
 std::wstring nameFor(int32_t number, int state) {
   return L"velq-compliance " + std::to_wstring(number) + L" " + std::to_wstring(state);
@@ -41,7 +42,7 @@ std::string changeOften(const std::function<bool(int state)>& change, const std:
   for (int round = 1; round <= FewestRounds || Clock::now() < end; ++round) {
     for (const int state : {1, 0}) {
       if (!change(state)) return Refused;
-      if (!isThere(state)) return "a change in round " + std::to_string(round);
+      if (!isThere(state)) return "a change in round " + std::to_string(round) + ", ";
     }
   }
   return "";
@@ -50,27 +51,31 @@ std::string changeOften(const std::function<bool(int state)>& change, const std:
 int32_t otherThan(int32_t id) { return id == 0 ? 1 : 0; }
 
 // The tasks of other processes.
-// This one ends at once: a change that is done is persistent without any other call.
+
+// Ends the process at once: a change that is done is persistent without any other call.
 std::string renameThere(int32_t number) {
   const OpenDevice device = openDevice(number, nullptr);
-  if (rename(device.get(), nameFor(number, 1)) == Success) _exit(0);
+  if (device != nullptr && rename(device.get(), nameFor(number, 1)) == Success) _exit(0);
   return Refused;
 }
 
 std::string renumberThere(int32_t number) {
   const OpenDevice device = openDevice(number, nullptr);
+  if (device == nullptr) return Refused;
   const int32_t id = otherThan(DeviceCtrl_getBoardId(device.get()));
   return failed(DeviceCtrl_setBoardId(device.get(), id)) ? Refused : "";
 }
 
 std::string renameOften(int32_t number) {
   const OpenDevice device = openDevice(number, nullptr);
+  if (device == nullptr) return Unopened;
   return changeOften([&](int state) { return rename(device.get(), nameFor(number, state)) == Success; },
                      [&](int state) { return descriptionOf(device.get()) == nameFor(number, state); });
 }
 
 std::string renumberOften(int32_t number) {
   const OpenDevice device = openDevice(number, nullptr);
+  if (device == nullptr) return Unopened;
   return changeOften([&](int state) { return !failed(DeviceCtrl_setBoardId(device.get(), state)); },
                      [&](int state) { return DeviceCtrl_getBoardId(device.get()) == state; });
 }
@@ -82,7 +87,7 @@ std::string readOften(int32_t number) {
   while (Clock::now() < end) {
     const OpenDevice device = openDevice(number, nullptr);
     if (device == nullptr || descriptionOf(device.get()).empty() || listedDescriptions().size() != count)
-      return "devices or descriptions";
+      return "devices or descriptions, ";
   }
   return "";
 }
@@ -115,9 +120,13 @@ class SharedDevice {
 
   void tryAtOnce() {
     const int32_t number = device_.number();
-    const std::string lost = next_.perform({{renameOften, number}, {renumberOften, number}, {readOften, number}});
-    if (lost == Refused) return device_.refuse();
-    device_.expect(lost.empty(), "loses " + lost + " while other processes change it");
+    std::string lost = next_.perform({{renameOften, number}, {renumberOften, number}, {readOften, number}});
+    bool isRefused = false;
+    for (size_t place = 0; (place = lost.find(Refused)) != std::string::npos; isRefused = true)
+      lost.erase(place, std::char_traits<char>::length(Refused));
+    device_.expect(lost.empty(), "loses " + lost + "while other processes change it");
+    // What is left of their changes is unknown then.
+    if (isRefused) return device_.refuse();
     wantDescription(nameFor(number, 0));
     wantId(0);
     device_.lookAround("two processes have changed it at once");
