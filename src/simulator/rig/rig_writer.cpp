@@ -10,7 +10,7 @@ namespace {
 // Writes keys in the order in which they are added.
 using OrderedJson = nlohmann::ordered_json;
 
-// A string: JSON has no hexadecimal numbers, and in decimal people would not recognise addresses and codes.
+// A string: JSON has no hexadecimal numbers, and in decimal people would not recognise addresses and versions.
 std::string hexadecimal(uint64_t value, int digits = 1) {
   char text[19];
   snprintf(text, sizeof text, "0x%0*llx", digits, static_cast<unsigned long long>(value));
@@ -24,41 +24,15 @@ OrderedJson listOf(const std::vector<Element>& elements, Write write) {
   return list;
 }
 
-// Leaves out what a reader of the rig takes for granted.
-template <typename Value, typename Usual>
-void addUnless(OrderedJson& object, const char* key, const Value& value, const Usual& usual) {
-  if (value != usual) object[key] = value;
-}
-
-template <typename Value>
-void addIfGiven(OrderedJson& object, const char* key, const std::optional<Value>& value) {
-  if (value) object[key] = *value;
-}
-
-OrderedJson versionOf(const Chip& chip) {
-  const auto* const number = std::get_if<uint16_t>(&chip.version);
-  return number == nullptr ? std::get<std::string>(chip.version) : hexadecimal(*number, 4);
-}
-
 OrderedJson chipOf(const Chip& chip) {
-  OrderedJson object = {{"description", chip.description}, {"version", versionOf(chip)}};
-  addUnless(object, "notice", chip.notice, Chip::UsualNotice);
-  addIfGiven(object, "password", chip.password);
-  addUnless(object, "progress", chip.progress, Chip{}.progress);
+  const auto* const number = std::get_if<uint16_t>(&chip.version);
+  OrderedJson object = {{"description", chip.description},
+                        {"version", number == nullptr ? shown(chip.version) : hexadecimal(*number, 4)}};
+  if (chip.notice != Chip::UsualNotice) object["notice"] = chip.notice;
   return object;
 }
 
-OrderedJson codeOf(uint32_t code) { return hexadecimal(code); }
-
-OrderedJson itemOf(const AdjustingCode& item) {
-  OrderedJson object = {{"name", item.name}};
-  if (item.inUse != 0) object["in_use"] = codeOf(item.inUse);
-  if (item.backup != 0) object["backup"] = codeOf(item.backup);
-  // The default of a walk is the code in use.
-  if (item.walk != std::vector{item.inUse}) object["walk"] = listOf(item.walk, codeOf);
-  addUnless(object, "fails", item.fails, false);
-  return object;
-}
+OrderedJson itemOf(const AdjustingCode& item) { return {{"name", item.name}}; }
 
 OrderedJson sectionOf(const Section& section) {
   return {{"description", section.description},
@@ -73,21 +47,21 @@ OrderedJson solutionOf(const Solution& solution) {
           {"sections", listOf(solution.sections, sectionOf)}};
 }
 
-OrderedJson addressOf(uint64_t address) { return hexadecimal(address); }
-
+// Leaves out what a reader of the rig takes for granted.
 OrderedJson deviceOf(const Device& device) {
   OrderedJson object = {{"number", device.number}, {"description", device.description}};
   if (device.productId) object["product_id"] = hexadecimal(static_cast<uint64_t>(*device.productId));
-  addUnless(object, "board_id", device.boardId, 0);
-  addUnless(object, "highest_board_id", device.highestBoardId, Device::UsualHighestBoardId);
-  addIfGiven(object, "board_version", device.boardVersion);
-  addIfGiven(object, "driver_version", device.driverVersion);
-  addIfGiven(object, "location", device.location);
-  if (device.baseAddresses) object["base_addresses"] = listOf(*device.baseAddresses, addressOf);
-  addIfGiven(object, "interrupts", device.interrupts);
+  if (device.boardId != 0) object["board_id"] = device.boardId;
+  if (device.highestBoardId != Device::UsualHighestBoardId) object["highest_board_id"] = device.highestBoardId;
+  if (device.boardVersion) object["board_version"] = *device.boardVersion;
+  if (device.driverVersion) object["driver_version"] = *device.driverVersion;
+  if (device.location) object["location"] = *device.location;
+  if (device.baseAddresses)
+    object["base_addresses"] = listOf(*device.baseAddresses, [](uint64_t address) { return hexadecimal(address); });
+  if (device.interrupts) object["interrupts"] = *device.interrupts;
   if (device.firmware) object["firmware"] = listOf(*device.firmware, chipOf);
   if (device.calibration) object["calibration"] = listOf(*device.calibration, solutionOf);
-  addIfGiven(object, "children", device.children);
+  if (device.children) object["children"] = *device.children;
   return object;
 }
 
