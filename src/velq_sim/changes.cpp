@@ -15,72 +15,59 @@ namespace velq_sim {
 namespace {
 
 using simulator::Device;
-using simulator::Simulation;
 
 std::string quoted(const std::string& description) { return text::escaped(text::fromUtf8(description).c_str()); }
 
 std::string groupName(std::optional<int32_t> group) { return group ? std::to_string(*group) : "none"; }
 
-// Compares one device with what its rig says.
-class DeviceChanges {
- public:
-  DeviceChanges(const Simulation& simulation, int32_t number) : simulation_(simulation), number_(number) {}
-
-  void show(const Device* rig, std::optional<int32_t> rigGroup) const {
-    const bool exists = simulation_.exists(number_);
-    line("description", rig == nullptr ? "none" : quoted(rig->description),
-         exists ? quoted(simulation_.description(number_)) : "none");
-    if (!exists) return;
-    line("board id", std::to_string(rig == nullptr ? 0 : rig->boardId), std::to_string(simulation_.boardId(number_)));
-    // A fusion device that a command created has neither chips nor codes.
-    if (rig != nullptr && rig->firmware) showFirmware(*rig->firmware);
-    if (rig != nullptr && rig->calibration) showCodes(*rig->calibration);
-    line("fusion device", groupName(rigGroup), groupName(simulation_.groupOf(number_)));
-  }
-
- private:
-  void line(const std::string& item, const std::string& old, const std::string& now) const {
-    if (old != now)
-      printf("device %d: %s %s -> %s\n", number_, item.c_str(), text::oneLine(old).c_str(), text::oneLine(now).c_str());
-  }
-
-  void showFirmware(const std::vector<simulator::Chip>& chips) const {
-    for (size_t i = 0; i < chips.size(); ++i)
-      line(nameOf(simulator::firmwareItem(i)), simulator::shown(chips[i].version),
-           simulator::shown(simulation_.firmwareVersion(number_, i)));
-  }
-
-  void showCodes(const std::vector<simulator::Solution>& solutions) const {
-    for (size_t i = 0; i < solutions.size(); ++i) {
-      for (size_t k = 0; k < solutions[i].sections.size(); ++k) {
-        const auto& items = solutions[i].sections[k].items;
-        for (size_t j = 0; j < items.size(); ++j) {
-          const simulator::Item item = simulator::calibrationItem(i, k, j);
-          line(nameOf(item), text::hexadecimal(items[j].inUse),
-               text::hexadecimal(simulation_.codeInUse(number_, item, items[j].inUse)));
-        }
-      }
+// Each calibration item, and its code in use.
+std::vector<std::pair<simulator::Item, uint32_t>> codesOf(const std::vector<simulator::Solution>& solutions) {
+  std::vector<std::pair<simulator::Item, uint32_t>> codes;
+  for (size_t i = 0; i < solutions.size(); ++i) {
+    for (size_t k = 0; k < solutions[i].sections.size(); ++k) {
+      const auto& items = solutions[i].sections[k].items;
+      for (size_t j = 0; j < items.size(); ++j) codes.emplace_back(simulator::calibrationItem(i, k, j), items[j].inUse);
     }
   }
+  return codes;
+}
 
-  const Simulation& simulation_;
-  const int32_t number_;
-};
+// Compares one device with what its rig says.
+void showDevice(const simulator::Simulation& now, int32_t number, std::optional<int32_t> rigGroup) {
+  const auto line = [number](const std::string& item, const std::string& old, const std::string& current) {
+    if (old == current) return;
+    printf("device %d: %s %s -> %s\n", number, item.c_str(), text::oneLine(old).c_str(),
+           text::oneLine(current).c_str());
+  };
+  const Device* const listed = now.rigDevice(number);
+  const bool exists = now.exists(number);
+  line("description", listed == nullptr ? "none" : quoted(listed->description),
+       exists ? quoted(now.description(number)) : "none");
+  if (!exists) return;
+  // A fusion device that a command created has neither chips nor codes.
+  static const Device Created;
+  const Device& rig = listed == nullptr ? Created : *listed;
+  line("board id", std::to_string(rig.boardId), std::to_string(now.boardId(number)));
+  for (size_t i = 0; hasItem(rig, simulator::firmwareItem(i)); ++i)
+    line(nameOf(simulator::firmwareItem(i)), simulator::shown((*rig.firmware)[i].version),
+         simulator::shown(now.firmwareVersion(number, i)));
+  for (const auto& [item, code] : codesOf(rig.calibration.value_or(std::vector<simulator::Solution>())))
+    line(nameOf(item), text::hexadecimal(code), text::hexadecimal(now.codeInUse(number, item, code)));
+  line("fusion device", groupName(rigGroup), groupName(now.groupOf(number)));
+}
 
 }  // namespace
 
 bool showChanges() {
-  Simulation simulation(simulator::rigPathFromEnvironment(), simulator::statePlaceFromEnvironment());
-  if (!simulation.refresh()) return false;
+  simulator::Simulation now(simulator::rigPathFromEnvironment(), simulator::statePlaceFromEnvironment());
+  if (!now.refresh()) return false;
   // With an empty state: the groups before all changes.
-  const simulator::Groups rigGroups(simulation.rig(), {});
-  const auto show = [&](int32_t number) {
-    DeviceChanges(simulation, number).show(simulation.rigDevice(number), rigGroups.groupOf(number));
-  };
+  const simulator::Groups rigGroups(now.rig(), {});
+  const auto show = [&](int32_t number) { showDevice(now, number, rigGroups.groupOf(number)); };
   // Not numbers() alone, which leaves out dissolved fusion devices of the rig.
-  for (const Device& device : simulation.rig().devices) show(device.number);
-  for (const int32_t number : simulation.numbers()) {
-    if (simulation.rigDevice(number) == nullptr) show(number);
+  for (const Device& device : now.rig().devices) show(device.number);
+  for (const int32_t number : now.numbers()) {
+    if (now.rigDevice(number) == nullptr) show(number);
   }
   return true;
 }
