@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "reading/devices.h"
 #include "text/escaped.h"
 #include "text/one_line.h"
 #include "text/utf8.h"
@@ -15,10 +16,9 @@ namespace {
 using namespace Automation::Velq;
 using simulator::Device;
 
-constexpr size_t LongestDescription = 255;
-
-// What reports show of a null string.
-constexpr const wchar_t* NullString = L"(null)";
+std::string nameOf(Scenario scenario) {
+  return scenario == ScenarioFirmware ? "firmware control" : "calibration control";
+}
 
 // As the notation of rigs has it: a number where the version reads like one.
 simulator::FirmwareVersion versionFrom(const std::string& shown) {
@@ -29,144 +29,163 @@ simulator::FirmwareVersion versionFrom(const std::string& shown) {
   return simulator::shown(number) == shown ? number : shown;
 }
 
-// A null array is not an empty one: reports print "N/A" for the first and no line for the second.
-template <typename Value>
-std::optional<std::vector<Value>> valuesIn(Array* array) {
-  return array == nullptr ? std::nullopt : std::optional(reading::valuesOf<Value>(array));
+// Reads an open device and what it consists of.
+class DeviceReader {
+ public:
+  DeviceReader(const std::wstring& listed, DeviceCtrl* opened) : listed_(listed), opened_(opened) {}
+
+  Device readDevice(int32_t number) const;
+
+ private:
+  using StringGetter = ErrorCode (*)(DeviceCtrl*, int32_t, wchar_t*);
+
+  void warn(const std::string& message) const { report(listed_, message); }
+
+  std::string utf8(const std::string& what, const wchar_t* wide, size_t longest = 1000) const {
+    if (wide == nullptr) warn(what + ": null");
+    // What reports show of a null string.
+    std::wstring kept = wide == nullptr ? L"(null)" : wide;
+    if (kept.size() > longest) {
+      warn(what + ": truncated to the " + std::to_string(longest) + " characters that a rig can have");
+      kept.resize(longest);
+    }
+    if (const auto bytes = text::toUtf8(kept)) return *bytes;
+    warn(what + ": replaced characters that are not Unicode");
+    // One by one, because a conversion that fails does not say where.
+    std::string bytes;
+    for (const wchar_t c : kept) bytes += text::toUtf8({&c, 1}).value_or("\xEF\xBF\xBD");
+    return bytes;
+  }
+
+  int32_t natural(const std::string& what, int32_t number) const {
+    if (number < 0) warn(what + " " + std::to_string(number) + ": replaced by 0");
+    return std::max(number, 0);
+  }
+
+  // What a tool with the given room would show, or, so that it shows nothing on the copy either, a string without room
+  // there.
+  std::optional<std::string> getString(const char* what, StringGetter getter, int32_t toolCapacity) const {
+    for (const int32_t capacity : {toolCapacity, reading::LargeCapacity}) {
+      // One more than the library is told, so that there is a terminator even where it writes none.
+      std::wstring buffer(static_cast<size_t>(capacity) + 1, L'\0');
+      const ErrorCode status = getter(opened_, capacity, buffer.data());
+      buffer.resize(buffer.find(L'\0'));
+      const bool isWhole = capacity == toolCapacity
+                               ? status == Success
+                               : !failed(status) && std::cmp_greater_equal(buffer.size(), toolCapacity);
+      if (isWhole) return utf8(what, buffer.c_str());
+    }
+    return std::nullopt;
+  }
+
+  template <typename Handle>
+  auto readEach(Array* array) const {
+    std::vector<decltype(read(static_cast<Handle*>(nullptr)))> elements;
+    for (void* const element : reading::elementsOf(array)) elements.push_back(read(static_cast<Handle*>(element)));
+    return elements;
+  }
+
+  // A null array is not an empty one: reports print "N/A" for the first and no line for the second.
+  template <typename Handle>
+  auto readAny(Array* array) const {
+    return array == nullptr ? std::nullopt : std::optional(readEach<Handle>(array));
+  }
+
+  template <typename Handle>
+  auto readControl(Scenario scenario, int32_t number) const {
+    const reading::OpenControl control(DaqCtrlBase_Create(scenario));
+    const bool isBound = control != nullptr && reading::bind(control.get(), number);
+    if (control != nullptr && !isBound) warn(nameOf(scenario) + " cannot be bound, left out");
+    return readAny<Handle>(isBound ? reading::itemsOf(scenario, control.get()) : nullptr);
+  }
+
+  static uint64_t read(const uint64_t* address) { return *address; }
+  static int32_t read(const int32_t* interrupt) { return *interrupt; }
+
+  simulator::Chip read(FirmwareItem* chip) const {
+    std::string version = utf8("version of a chip", FirmwareItem_getVersion(chip));
+    if (version.starts_with("0x")) {
+      warn("version \"" + version + "\" of a chip: written with a capital X, so that it is not a number in the rig");
+      version[1] = 'X';
+    }
+    return {.description = utf8("description of a chip", FirmwareItem_getDescription(chip)),
+            .version = versionFrom(version),
+            .notice = utf8("notice of a chip", FirmwareItem_getNotice(chip)),
+            .password = std::nullopt};
+  }
+
+  // Without codes: a library reports them only for a section that was started, and that would calibrate the device.
+  simulator::AdjustingCode read(CalibrationItem* item) const {
+    return {.name = utf8("name of an item", CalibrationItem_getName(item))};
+  }
+
+  simulator::Section read(CalibrationSection* section) const {
+    return {.description = utf8("description of a section", CalibrationSection_getDescription(section)),
+            .instruction = utf8("instruction of a section", CalibrationSection_getInstruction(section)),
+            .items = readEach<CalibrationItem>(CalibrationSection_getItems(section))};
+  }
+
+  simulator::Solution read(CalibrationSolution* solution) const {
+    return {.name = utf8("name of a solution", CalibrationSolution_getName(solution)),
+            .description = utf8("description of a solution", CalibrationSolution_getDescription(solution)),
+            .instruction = utf8("instruction of a solution", CalibrationSolution_getInstruction(solution)),
+            .sections = readEach<CalibrationSection>(CalibrationSolution_getSections(solution))};
+  }
+
+  const std::wstring& listed_;
+  DeviceCtrl* const opened_;
+};
+
+Device DeviceReader::readDevice(int32_t number) const {
+  const std::wstring own = reading::descriptionOf(opened_);
+  if (own != listed_)
+    warn("has the description " + text::escaped(own.c_str()) + " when it is open; the listed one is written");
+  Device device;
+  device.number = number;
+  device.productId = natural("product id", DeviceCtrl_getProductId(opened_));
+  device.boardId = natural("board id", DeviceCtrl_getBoardId(opened_));
+  // It cannot be read, and a rig with a board id above it is not valid.
+  device.highestBoardId = std::max(device.boardId, Device::UsualHighestBoardId);
+  // The listed one, because it is what tools match patterns with and open devices by.
+  device.description = utf8("description", listed_.c_str(), 255);
+  device.boardVersion = getString("board version", DeviceCtrl_getBoardVersion, 10);
+  device.driverVersion = getString("driver version", DeviceCtrl_getDriverVersion, 10);
+  device.location = getString("location", DeviceCtrl_getLocation, 100);
+  device.baseAddresses = readAny<uint64_t>(DeviceCtrl_getBaseAddresses(opened_));
+  device.interrupts = readAny<int32_t>(DeviceCtrl_getInterrupts(opened_));
+  device.firmware = readControl<FirmwareItem>(ScenarioFirmware, number);
+  device.calibration = readControl<CalibrationSolution>(ScenarioCalibration, number);
+  if (CvxIsFusionDevice(number) == Success) device.children = reading::childrenOf(number);
+  return device;
 }
 
 }  // namespace
 
-void reportDevice(const std::wstring& description, const std::string& message) {
+void report(const std::wstring& description, const std::string& message) {
   const std::string line = "device " + text::escaped(description.c_str()) + ": " + message;
   fprintf(stderr, "velq-sim: %s\n", text::oneLine(line).c_str());
 }
 
-std::string nameOf(Scenario scenario) {
-  return scenario == ScenarioFirmware ? "firmware control" : "calibration control";
-}
-
-std::string DeviceReader::utf8(const char* what, const std::wstring& wide, size_t longest) const {
-  if (wide.size() > longest)
-    report(std::string(what) + ": truncated to the " + std::to_string(longest) + " characters that a rig can have");
-  const std::wstring kept = wide.substr(0, longest);
-  if (const auto bytes = text::toUtf8(kept)) return *bytes;
-  report(std::string(what) + ": replaced characters that are not Unicode");
-  // One by one, because a conversion that fails does not say where.
-  std::string bytes;
-  for (const wchar_t c : kept) bytes += text::toUtf8({&c, 1}).value_or("\xEF\xBF\xBD");
-  return bytes;
-}
-
-std::string DeviceReader::utf8(const char* what, const wchar_t* wide) const {
-  if (wide == nullptr) report(std::string(what) + ": null");
-  return utf8(what, std::wstring(wide == nullptr ? NullString : wide));
-}
-
-int32_t DeviceReader::natural(const char* what, int32_t number) const {
-  if (number >= 0) return number;
-  report(std::string(what) + " " + std::to_string(number) + ": replaced by 0");
-  return 0;
-}
-
-// What a tool with the given room would show, or, so that it shows nothing on the copy either, a string without room
-// there.
-std::optional<std::string> DeviceReader::getString(const char* what, StringGetter getter, int32_t toolCapacity) const {
-  for (const int32_t capacity : {toolCapacity, reading::LargeCapacity}) {
-    // One more than the library is told, so that there is a terminator even where it writes none.
-    std::wstring buffer(static_cast<size_t>(capacity) + 1, L'\0');
-    const ErrorCode status = getter(opened_.get(), capacity, buffer.data());
-    buffer.resize(buffer.find(L'\0'));
-    const bool isWhole = capacity == toolCapacity
-                             ? status == Success
-                             : !failed(status) && std::cmp_greater_equal(buffer.size(), toolCapacity);
-    if (isWhole) return utf8(what, buffer);
+void reportMissingControls() {
+  for (const Scenario scenario : {ScenarioFirmware, ScenarioCalibration}) {
+    if (reading::OpenControl(DaqCtrlBase_Create(scenario)) == nullptr)
+      fprintf(stderr, "velq-sim: the device library cannot create a %s, left out\n", nameOf(scenario).c_str());
   }
+}
+
+std::optional<Device> readDevice(const std::wstring& description, const simulator::Rig& rig) {
+  const reading::OpenDevice opened = reading::openDevice(description);
+  const int32_t number = opened == nullptr ? -1 : DeviceCtrl_getDeviceNumber(opened.get());
+  if (opened == nullptr)
+    report(description, "cannot be opened, left out");
+  else if (number < 0)
+    report(description, "has the invalid number " + std::to_string(number) + ", left out");
+  else if (rig.find(number) != nullptr)
+    // Of several devices with one description the library can open only one by it.
+    report(description, "opens device " + std::to_string(number) + ", which is listed before; left out");
+  else
+    return DeviceReader(description, opened.get()).readDevice(number);
   return std::nullopt;
-}
-
-simulator::Chip DeviceReader::readChip(FirmwareItem* chip) const {
-  std::string version = utf8("version of a chip", FirmwareItem_getVersion(chip));
-  if (version.starts_with("0x")) {
-    report("version \"" + version + "\" of a chip: written with a capital X, so that it is not a number in the rig");
-    version[1] = 'X';
-  }
-  return {.description = utf8("description of a chip", FirmwareItem_getDescription(chip)),
-          .version = versionFrom(version),
-          .notice = utf8("notice of a chip", FirmwareItem_getNotice(chip)),
-          .password = std::nullopt};
-}
-
-template <typename Handle, typename Element>
-std::vector<Element> DeviceReader::readEach(Array* array, ElementReader<Handle, Element> readElement) const {
-  std::vector<Element> elements;
-  for (void* const element : reading::elementsOf(array))
-    elements.push_back((this->*readElement)(static_cast<Handle*>(element)));
-  return elements;
-}
-
-simulator::AdjustingCode DeviceReader::readItem(CalibrationItem* item) const {
-  // Without codes: a library reports them only for a section that was started, and that would calibrate the device.
-  return {.name = utf8("name of an item", CalibrationItem_getName(item))};
-}
-
-simulator::Section DeviceReader::readSection(CalibrationSection* section) const {
-  return {.description = utf8("description of a section", CalibrationSection_getDescription(section)),
-          .instruction = utf8("instruction of a section", CalibrationSection_getInstruction(section)),
-          .items = readEach(CalibrationSection_getItems(section), &DeviceReader::readItem)};
-}
-
-simulator::Solution DeviceReader::readSolution(CalibrationSolution* solution) const {
-  return {.name = utf8("name of a solution", CalibrationSolution_getName(solution)),
-          .description = utf8("description of a solution", CalibrationSolution_getDescription(solution)),
-          .instruction = utf8("instruction of a solution", CalibrationSolution_getInstruction(solution)),
-          .sections = readEach(CalibrationSolution_getSections(solution), &DeviceReader::readSection)};
-}
-
-template <typename Handle, typename Element>
-std::optional<std::vector<Element>> DeviceReader::readControl(Scenario scenario,
-                                                              ElementReader<Handle, Element> readElement) const {
-  const reading::OpenControl control(DaqCtrlBase_Create(scenario));
-  if (control == nullptr) return std::nullopt;
-  if (!reading::bind(control.get(), DeviceCtrl_getDeviceNumber(opened_.get()))) {
-    report(nameOf(scenario) + " cannot be bound, left out");
-    return std::nullopt;
-  }
-  Array* const items = reading::itemsOf(scenario, control.get());
-  return items == nullptr ? std::nullopt : std::optional(readEach(items, readElement));
-}
-
-std::optional<int32_t> DeviceReader::open() {
-  opened_ = reading::openDevice(listed_);
-  const int32_t number = opened_ == nullptr ? -1 : DeviceCtrl_getDeviceNumber(opened_.get());
-  if (number >= 0) return number;
-  report(opened_ == nullptr ? "cannot be opened, left out"
-                            : "has the invalid number " + std::to_string(number) + ", left out");
-  return std::nullopt;
-}
-
-Device DeviceReader::read() const {
-  DeviceCtrl* const opened = opened_.get();
-  const std::wstring own = reading::descriptionOf(opened);
-  if (own != listed_)
-    report("has the description " + text::escaped(own.c_str()) + " when it is open; the listed one is written");
-  Device device;
-  device.number = DeviceCtrl_getDeviceNumber(opened);
-  device.productId = natural("product id", DeviceCtrl_getProductId(opened));
-  device.boardId = natural("board id", DeviceCtrl_getBoardId(opened));
-  // It cannot be read, and a rig with a board id above it is not valid.
-  device.highestBoardId = std::max(device.boardId, Device::UsualHighestBoardId);
-  // The listed one, because it is what tools match patterns with and open devices by.
-  device.description = utf8("description", listed_, LongestDescription);
-  device.boardVersion = getString("board version", DeviceCtrl_getBoardVersion, 10);
-  device.driverVersion = getString("driver version", DeviceCtrl_getDriverVersion, 10);
-  device.location = getString("location", DeviceCtrl_getLocation, 100);
-  device.baseAddresses = valuesIn<uint64_t>(DeviceCtrl_getBaseAddresses(opened));
-  device.interrupts = valuesIn<int32_t>(DeviceCtrl_getInterrupts(opened));
-  device.firmware = readControl(ScenarioFirmware, &DeviceReader::readChip);
-  device.calibration = readControl(ScenarioCalibration, &DeviceReader::readSolution);
-  if (CvxIsFusionDevice(device.number) == Success) device.children = reading::childrenOf(device.number);
-  return device;
 }
 
 }  // namespace velq_sim
