@@ -96,21 +96,17 @@ uint32_t Simulation::codeInUse(int32_t number, const Item& item, uint32_t rigCod
 }
 
 ErrorCode Simulation::change(const std::function<ErrorCode(std::vector<StateChange>&)>& decide) {
-  ErrorCode status = Success;
-  std::vector<StateChange> changes;
-  try {
-    // Decided inside the transaction, so that no other process changes meanwhile what `decide` sees.
-    State::Transaction transaction(state_);
-    if (state_.refresh(contents_)) rebuildDerived();
-    if (!mismatch_.empty()) throw StateError(mismatch_);
-    status = decide(changes);
-    if (status != Success) changes.clear();
-    transaction.commit(changes);
-  } catch (const StateError& error) {
-    return reportState(error.what());
-  }
-  applyOwnChanges(changes);
-  return status;
+  return guard([&] {
+    ErrorCode status = Success;
+    applyOwnChanges(state_.change([&](std::vector<StateChange>& changes) {
+      // Only now, when no other process can change meanwhile what `decide` sees.
+      if (state_.refresh(contents_)) rebuildDerived();
+      if (!mismatch_.empty()) throw StateError(mismatch_);
+      status = decide(changes);
+      if (status != Success) changes.clear();
+    }));
+    return status;
+  });
 }
 
 ErrorCode Simulation::hold(int32_t number) {

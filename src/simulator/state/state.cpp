@@ -54,30 +54,6 @@ std::string foreignItem(int32_t device, const std::string& item) {
          "\" here) and is not used; name another file with VELQ_STATE, or delete this one";
 }
 
-State::Transaction::Transaction(State& state) : state_(state) {
-  // Not by SQLite, which would leave the file's mode to the umask, and would not create its directory.
-  state_.file_.create();
-  try {
-    state_.open();
-    // A plain BEGIN would let others write between what the caller reads and its first change.
-    state_.execute("BEGIN IMMEDIATE");
-  } catch (...) {
-    // A constructor that throws has no destructor to do it.
-    state_.close();
-    throw;
-  }
-}
-
-State::Transaction::~Transaction() {
-  // Rolls back, and lets the next call find a file that was deleted and created again meanwhile.
-  if (!isComplete_) state_.close();
-}
-
-void State::Transaction::commit(const std::vector<StateChange>& changes) {
-  state_.save(changes);
-  isComplete_ = true;
-}
-
 bool State::refresh(StateContents& contents) {
   if (!database_ && !file_.exists()) return false;
   open();
@@ -88,6 +64,24 @@ bool State::refresh(StateContents& contents) {
   if (version != seen) contents = load();
   seenVersion_ = version;
   return version != seen;
+}
+
+std::vector<StateChange> State::change(const std::function<void(std::vector<StateChange>& changes)>& decide) {
+  // Not by SQLite, which would leave the file's mode to the umask, and would not create its directory.
+  file_.create();
+  std::vector<StateChange> changes;
+  try {
+    open();
+    // A plain BEGIN would let others write between what `decide` reads and the first change.
+    execute("BEGIN IMMEDIATE");
+    decide(changes);
+    save(changes);
+  } catch (...) {
+    // Rolls back, and lets the next call find a file that was deleted and created again meanwhile.
+    close();
+    throw;
+  }
+  return changes;
 }
 
 void State::save(const std::vector<StateChange>& changes) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -38,31 +39,17 @@ std::string foreignItem(int32_t device, const std::string& item);
 /// The database.
 class State {
  public:
-  /// A change: no other process can write until it ends.
-  class Transaction {
-   public:
-    /// Creates the file when there is none, and waits up to a minute for other writers. Throws StateError.
-    explicit Transaction(State& state);
-
-    /// Saves nothing unless `commit` was called.
-    ~Transaction();
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-
-    /// Saves the changes, all or none, and ends the transaction. Throws StateError; none is saved then.
-    void commit(const std::vector<StateChange>& changes);
-
-   private:
-    State& state_;
-    bool isComplete_ = false;
-  };
-
   /// Opens nothing yet: a file that does not exist is an empty state.
   explicit State(const StateFile& file) : file_(file) {}
 
   /// Brings `contents` up to date when another process changed anything since the last call. Returns whether it did.
   /// Throws StateError.
   bool refresh(StateContents& contents);
+
+  /// Saves the changes that `decide` collects, all or none, and returns them. No other process can write meanwhile.
+  /// Creates the file when there is none, and waits up to a minute for other writers. Throws StateError, and what
+  /// `decide` throws; nothing is saved then.
+  std::vector<StateChange> change(const std::function<void(std::vector<StateChange>& changes)>& decide);
 
  private:
   void open();
