@@ -101,7 +101,7 @@ ErrorCode CalibrationSection_start(CalibrationSection* section) {
   object.started = true;
   // A section that is started again has its items calibrated again.
   if (object.items != nullptr) {
-    for (Object* const item : object.items->items) static_cast<ItemObject*>(item)->polls = 0;
+    for (const void* const item : object.items->elements) resolve<ItemObject>(item, __func__).polls = 0;
   }
   return Success;
 }

@@ -19,31 +19,23 @@ struct NodeArrayObject : ArrayObject {
   explicit NodeArrayObject(const Simulation& simulation) {
     for (const int32_t number : simulation.numbers())
       nodes.push_back(std::wstring(HeaderWords, 0) + text::fromUtf8(simulation.description(number)));
+    for (std::wstring& node : nodes) elements.push_back(node.data());
   }
-
-  size_t size() const override { return nodes.size(); }
-  // The boundary has no const: tools only read.
-  void* at(size_t index) const override { return const_cast<wchar_t*>(nodes[index].c_str()); }
 
   static constexpr size_t HeaderWords = offsetof(InstalledDeviceNode, Description) / sizeof(wchar_t);
   std::vector<std::wstring> nodes;
 };
 
-// Values of the rig, which live longer than every handle.
-template <typename Value>
-struct ValueArrayObject : ArrayObject {
-  ValueArrayObject(Object* from, const std::vector<Value>& list) : ArrayObject(from), values(list) {}
-  size_t size() const override { return values.size(); }
-  void* at(size_t index) const override { return const_cast<Value*>(&values[index]); }
-  const std::vector<Value>& values;
-};
-
+// An array of values of the rig, which live longer than every handle.
 template <typename Value>
 Array* valueArray(const DeviceCtrl* handle, const char* operation, std::optional<std::vector<Value>> Device::*values) {
   DeviceObject& device = resolve<DeviceObject>(handle, operation);
   const Device* const given = Simulation::instance().rigDevice(device.number);
   if (given == nullptr || !(given->*values)) return nullptr;
-  return handleOf<Array>(make<ValueArrayObject<Value>>(&device, *(given->*values)));
+  auto* const array = make<ArrayObject>(&device);
+  // The boundary has no const: tools only read.
+  for (const Value& value : *(given->*values)) array->elements.push_back(const_cast<Value*>(&value));
+  return handleOf<Array>(array);
 }
 
 ErrorCode fillOptional(const DeviceCtrl* handle, const char* operation, std::optional<std::string> Device::*text,
@@ -153,12 +145,14 @@ void DeviceCtrl_dispose(DeviceCtrl* device) {
   object.disposed = true;
 }
 
-int32_t Array_getLength(Array* array) { return static_cast<int32_t>(resolve<ArrayObject>(array, __func__).size()); }
+int32_t Array_getLength(Array* array) {
+  return static_cast<int32_t>(resolve<ArrayObject>(array, __func__).elements.size());
+}
 
 void* Array_getItem(Array* array, int32_t index) {
-  const ArrayObject& object = resolve<ArrayObject>(array, __func__);
+  const std::vector<void*>& elements = resolve<ArrayObject>(array, __func__).elements;
   // Null, and not what is behind the array, for a tool that ignores its length.
-  return index >= 0 && std::cmp_less(index, object.size()) ? object.at(static_cast<size_t>(index)) : nullptr;
+  return index >= 0 && std::cmp_less(index, elements.size()) ? elements[static_cast<size_t>(index)] : nullptr;
 }
 
 }  // namespace simulator

@@ -43,29 +43,19 @@ Handle* handleOf(const Object* object) {
   return object == nullptr ? nullptr : reinterpret_cast<Handle*>(object->ordinal);
 }
 
-/// An array of any kind.
+/// An array.
 struct ArrayObject : Object {
   using Object::Object;
-  virtual size_t size() const = 0;
-  virtual void* at(size_t index) const = 0;  ///< the address of an element, 0 <= index < size()
-};
-
-/// An array of handles.
-struct HandleArrayObject : ArrayObject {
-  HandleArrayObject(Object* from, std::vector<Object*> list) : ArrayObject(from), items(std::move(list)) {}
-  size_t size() const override { return items.size(); }
-  void* at(size_t index) const override { return handleOf<void>(items[index]); }
-  const std::vector<Object*> items;
+  std::vector<void*> elements;  ///< handles, or the addresses of values; complete before a tool gets the array
 };
 
 /// The array of one object of `Kind` for each element of `list`, which `parent` returns. It is created once and stored
 /// in `array`.
 template <typename Kind, typename Parent, typename Element>
-Automation::Velq::Array* handleArray(Parent& parent, HandleArrayObject*& array, const std::vector<Element>& list) {
+Automation::Velq::Array* handleArray(Parent& parent, ArrayObject*& array, const std::vector<Element>& list) {
   if (array == nullptr) {
-    std::vector<Object*> objects;
-    for (size_t i = 0; i < list.size(); ++i) objects.push_back(make<Kind>(&parent, list[i], i));
-    array = make<HandleArrayObject>(&parent, std::move(objects));
+    array = make<ArrayObject>(&parent);
+    for (size_t i = 0; i < list.size(); ++i) array->elements.push_back(handleOf<void>(make<Kind>(&parent, list[i], i)));
   }
   return handleOf<Automation::Velq::Array>(array);
 }
@@ -88,8 +78,8 @@ struct ControlObject : Object {
 
   const Automation::Velq::Scenario scenario;
   Automation::Velq::AccessMode mode = Automation::Velq::AccessDevice;
-  DeviceObject* device = nullptr;      ///< null until one is bound
-  HandleArrayObject* items = nullptr;  ///< chips or solutions of `device`; null until they are read
+  DeviceObject* device = nullptr;  ///< null until one is bound
+  ArrayObject* items = nullptr;    ///< chips or solutions of `device`; null until they are read
 
  private:
   std::set<int32_t> heldDevices_;
@@ -118,7 +108,7 @@ struct SolutionObject : Object {
   const DeviceObject& device;
   const Solution& solution;
   const size_t index;  ///< among the device's solutions
-  HandleArrayObject* sections = nullptr;
+  ArrayObject* sections = nullptr;
   std::vector<StateChange> newCodes;  ///< calibrated or restored, not yet in use
   bool backupPrepared = false;        ///< by step 0
 };
@@ -130,7 +120,7 @@ struct SectionObject : Object {
   SolutionObject& solution;
   const Section& section;
   const size_t index;  ///< in its solution
-  HandleArrayObject* items = nullptr;
+  ArrayObject* items = nullptr;
   bool started = false;
 };
 
