@@ -92,13 +92,15 @@ class Builder final : public nlohmann::json_sax<Json> {
 
   // The last value or key as a JSON pointer.
   std::string place() const {
-    std::string place;
+    Json::json_pointer place;
     for (const Level& level : levels_) {
       if (level.container->empty()) break;
-      place += "/" + (level.container->is_array() ? std::to_string(level.container->size() - 1)
-                                                  : pointerPart(level.member.key()));
+      if (level.container->is_array())
+        place /= level.container->size() - 1;
+      else
+        place /= level.member.key();
     }
-    return place;
+    return place.to_string();
   }
 
   [[noreturn]] void fail(const char* problem) const { throw RigError(place() + ": " + problem); }
