@@ -30,34 +30,29 @@ void index(Rig& rig) {
   }
 }
 
-// Rejects fusion devices whose children cannot form one.
-class FusionCheck {
- public:
-  explicit FusionCheck(const Rig& rig) : rig_(rig) {
-    for (size_t i = 0; i < rig.devices.size(); ++i) {
-      if (rig.devices[i].children) checkChildren(*rig.devices[i].children, placeOf(i) + "/children");
-    }
+// Rejects children that cannot form a fusion device. `taken` are the children of the fusion devices before.
+void checkChildren(const Rig& rig, const std::vector<int32_t>& children, const std::string& place,
+                   std::set<int32_t>& taken) {
+  if (children.empty() || children.size() > Automation::Velq::MostFusionChildren)
+    throw RigError(place + ": expected 1 to 256 children");
+  for (size_t i = 0; i < children.size(); ++i) {
+    const std::string childPlace = place + "/" + std::to_string(i) + ": expected ";
+    const Device* const child = rig.find(children[i]);
+    if (child == nullptr) throw RigError(childPlace + "the number of a device that is listed");
+    if (child->children) throw RigError(childPlace + "a device that is not a fusion device");
+    if (!taken.insert(child->number).second)
+      throw RigError(childPlace + "a device that belongs to no other fusion device");
+    if (child->productId.value_or(0) != rig.find(children.front())->productId.value_or(0))
+      throw RigError(childPlace + "a device with the product id of the first child");
   }
+}
 
- private:
-  void checkChildren(const std::vector<int32_t>& children, const std::string& place) {
-    if (children.empty() || children.size() > Automation::Velq::MostFusionChildren)
-      throw RigError(place + ": expected 1 to 256 children");
-    for (size_t i = 0; i < children.size(); ++i) {
-      const std::string childPlace = place + "/" + std::to_string(i) + ": expected ";
-      const Device* const child = rig_.find(children[i]);
-      if (child == nullptr) throw RigError(childPlace + "the number of a device that is listed");
-      if (child->children) throw RigError(childPlace + "a device that is not a fusion device");
-      if (!taken_.insert(child->number).second)
-        throw RigError(childPlace + "a device that belongs to no other fusion device");
-      if (child->productId.value_or(0) != rig_.find(children.front())->productId.value_or(0))
-        throw RigError(childPlace + "a device with the product id of the first child");
-    }
+void checkGroups(const Rig& rig) {
+  std::set<int32_t> taken;
+  for (size_t i = 0; i < rig.devices.size(); ++i) {
+    if (rig.devices[i].children) checkChildren(rig, *rig.devices[i].children, placeOf(i) + "/children", taken);
   }
-
-  const Rig& rig_;
-  std::set<int32_t> taken_;  ///< children of any group
-};
+}
 
 std::string readFile(const std::string& path) {
   const base::Descriptor file(path, O_RDONLY);
@@ -102,7 +97,7 @@ Rig readRig(std::string_view text) {
   });
   // What devices have to do with each other is known only with all of them.
   index(rig);
-  FusionCheck{rig};
+  checkGroups(rig);
   return rig;
 }
 
