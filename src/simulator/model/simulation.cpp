@@ -29,13 +29,11 @@ Simulation::Simulation(const std::string& rigPath, const StatePlace& statePlace)
 
 bool Simulation::refresh() {
   if (!hasRig_) return false;
-  try {
+  const ErrorCode status = guard([&] {
     if (state_.refresh(contents_)) rebuildDerived();
-  } catch (const StateError& error) {
-    reportState(error.what());
-    return false;
-  }
-  return mismatch_.empty();
+    return Success;
+  });
+  return status == Success && mismatch_.empty();
 }
 
 std::vector<int32_t> Simulation::numbers() const {
