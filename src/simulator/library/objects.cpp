@@ -36,15 +36,19 @@ void ControlObject::releaseAll() {
   heldDevices_.clear();
 }
 
-Object* findObject(const void* handle) {
-  const auto ordinal = reinterpret_cast<uintptr_t>(handle);
-  return ordinal != 0 && ordinal <= allObjects().size() ? allObjects()[ordinal - 1].get() : nullptr;
-}
-
 // Ends the process: a wrong handle is a fault of the tool, and a real library could corrupt its memory.
 void failHandle(const char* operation, const char* problem) {
   fprintf(stderr, "velq-sim: %s: %s\n", operation, problem);
   std::abort();
+}
+
+Object& liveObject(const void* handle, const char* operation) {
+  const auto ordinal = reinterpret_cast<uintptr_t>(handle);
+  if (ordinal == 0) failHandle(operation, "null handle");
+  if (ordinal > allObjects().size()) failHandle(operation, "foreign handle");
+  Object& object = *allObjects()[ordinal - 1];
+  if (!object.isAlive()) failHandle(operation, "handle that was disposed of");
+  return object;
 }
 
 }  // namespace simulator

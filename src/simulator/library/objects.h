@@ -134,20 +134,16 @@ struct ItemObject : Object {
   size_t polls = 0;    ///< since the section was started
 };
 
-/// The object of `handle`; null for a foreign handle.
-Object* findObject(const void* handle);
-
 /// One line on standard error, then abort().
 [[noreturn]] void failHandle(const char* operation, const char* problem);
 
-/// The live object of the wanted kind behind a handle; aborts with one line that names `operation` for any other
-/// handle.
+/// The live object behind a handle; aborts with one line that names `operation` for any other handle.
+Object& liveObject(const void* handle, const char* operation);
+
+/// The same, of the wanted kind.
 template <typename Kind>
 Kind& resolve(const void* handle, const char* operation) {
-  Object* const object = findObject(handle);
-  if (object == nullptr) failHandle(operation, handle == nullptr ? "null handle" : "foreign handle");
-  if (!object->isAlive()) failHandle(operation, "handle that was disposed of");
-  auto* const wanted = dynamic_cast<Kind*>(object);
+  auto* const wanted = dynamic_cast<Kind*>(&liveObject(handle, operation));
   if (wanted == nullptr) failHandle(operation, "handle of the wrong kind");
   return *wanted;
 }
