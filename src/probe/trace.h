@@ -19,14 +19,22 @@ std::string show(const velq::DeviceInformation* device);
 std::string show(const int32_t* values, int64_t count);
 std::string showCodes(const uint32_t* codes);
 
+/// Values that are shown without their neighbours: a string, a status, a number or a handle.
+inline std::string show(HandleNames&, const wchar_t* text) { return text::escaped(text); }
+inline std::string show(HandleNames&, velq::ErrorCode status) { return text::hexadecimal(status); }
+inline std::string show(HandleNames&, velq::Scenario scenario) { return text::hexadecimal(scenario); }
+inline std::string show(HandleNames&, int32_t number) { return std::to_string(number); }
+template <typename Handle>
+std::string show(HandleNames& names, Handle* handle) {
+  return names.nameOf(handle, kindName<Handle>());
+}
+
 /// Shows argument `Index` of a call, as it is after the call.
 template <size_t Index, typename Arguments>
 std::string showArgument(HandleNames& names, const Arguments& arguments) {
   using Type = std::tuple_element_t<Index, Arguments>;
   const auto value = std::get<Index>(arguments);
-  if constexpr (std::is_same_v<Type, const wchar_t*>) {
-    return text::escaped(value);
-  } else if constexpr (std::is_same_v<Type, wchar_t*>) {
+  if constexpr (std::is_same_v<Type, wchar_t*>) {
     return text::escaped(value, static_cast<size_t>(std::max(0, std::get<Index - 1>(arguments))));
   } else if constexpr (std::is_convertible_v<Type, const velq::DeviceInformation*>) {
     return show(value);
@@ -43,12 +51,8 @@ std::string showArgument(HandleNames& names, const Arguments& arguments) {
     static_assert(Index == 3 && std::is_same_v<std::tuple_element_t<0, Arguments>, velq::CalibrationItem*>,
                   "only the codes of CalibrationItem_getState are known to be 15");
     return showCodes(value);
-  } else if constexpr (std::is_pointer_v<Type>) {
-    return names.nameOf(value, kindName<std::remove_pointer_t<Type>>());
-  } else if constexpr (std::is_same_v<Type, velq::Scenario>) {
-    return text::hexadecimal(value);
   } else {
-    return std::to_string(value);
+    return show(names, value);
   }
 }
 
@@ -69,16 +73,9 @@ std::string showResult(HandleNames& names, const Result& result, const std::tupl
   if constexpr (std::is_same_v<Result, void*>) {
     // Of an untyped element only array and index are known; its kind is known with its first use as a handle.
     if (result == nullptr) return "null";
-    return names.nameOf(std::get<0>(arguments), kindName<velq::Array>()) + "[" +
-           std::to_string(std::get<1>(arguments)) + "]";
-  } else if constexpr (std::is_same_v<Result, const wchar_t*>) {
-    return text::escaped(result);
-  } else if constexpr (std::is_pointer_v<Result>) {
-    return names.nameOf(result, kindName<std::remove_pointer_t<Result>>());
-  } else if constexpr (std::is_same_v<Result, velq::ErrorCode>) {
-    return text::hexadecimal(result);
+    return show(names, std::get<0>(arguments)) + "[" + std::to_string(std::get<1>(arguments)) + "]";
   } else {
-    return std::to_string(result);
+    return show(names, result);
   }
 }
 
