@@ -4,6 +4,7 @@
 #include <velq/library.h>
 
 #include <cstddef>
+#include <iterator>
 #include <string_view>
 #include <type_traits>
 
@@ -14,10 +15,7 @@ enum class Operation : size_t {
 #define VELQ_FUNCTION(result, name, parameters, arguments) name,
 #define VELQ_OBJECT(result, name, parameters, arguments) name,
 #include <velq/operations.def>
-  Count
 };
-
-inline constexpr size_t OperationCount = static_cast<size_t>(Operation::Count);
 
 /// What an operation returns.
 enum class AnswerKind { Nothing, Number, Pointer };
@@ -35,15 +33,15 @@ struct OperationFacts {
   AnswerKind answer;
 };
 
-namespace detail {
-inline constexpr OperationFacts Facts[OperationCount] = {
+/// All operations, in the same order.
+inline constexpr OperationFacts Facts[] = {
 #define VELQ_FUNCTION(result, name, parameters, arguments) {#name, kindOf(&Automation::Velq::FunctionTable::name)},
 #define VELQ_OBJECT(result, name, parameters, arguments) {#name, kindOf(&Automation::Velq::ObjectTable::name)},
 #include <velq/operations.def>
 };
-}  // namespace detail
 
-/// The facts of an operation, `Count` excepted.
-constexpr const OperationFacts& factsOf(Operation operation) { return detail::Facts[static_cast<size_t>(operation)]; }
+inline constexpr size_t OperationCount = std::size(Facts);
+
+constexpr const OperationFacts& factsOf(Operation operation) { return Facts[static_cast<size_t>(operation)]; }
 
 }  // namespace probe
