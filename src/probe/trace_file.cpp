@@ -13,15 +13,6 @@ namespace probe {
 
 namespace {
 
-// Without O_NONBLOCK opening a pipe that no process reads would block the tool; with it kept, lines would be lost when
-// a pipe is read slowly. A trace has the passwords of overwrites in it, so it is private, and no link of another user
-// in a shared directory redirects it.
-base::Descriptor openToAppend(const std::string& path) {
-  base::Descriptor file(path, O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0600);
-  if (file.isOpen()) fcntl(file.number(), F_SETFL, O_APPEND);
-  return file;
-}
-
 // A pipe whose reader is gone and a file at the limit of its size raise a signal that would end the process.
 class SignalsHeld {
  public:
@@ -57,12 +48,15 @@ int writeWithoutSignal(int descriptor, std::string_view bytes) {
 
 TraceFile::TraceFile(const std::string& path) : path_(path) {
   if (path.empty()) return;
-  file_ = openToAppend(path);
+  // A trace has the passwords of overwrites in it, so it is private, and no link of another user in a shared directory
+  // redirects it. Without O_NONBLOCK opening a pipe that no process reads would block the tool.
+  file_ = base::Descriptor(path, O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0600);
   if (!isOpen()) giveUp("cannot be opened", errno);
+  // With O_NONBLOCK kept, lines would be lost when a pipe is read slowly.
+  if (isOpen()) fcntl(file_.number(), F_SETFL, O_APPEND);
 }
 
 void TraceFile::write(std::string line) {
-  if (!isOpen()) return;
   const int error = writeWithoutSignal(descriptor(), line += '\n');
   if (error != 0) giveUp("cannot be written", error);
 }

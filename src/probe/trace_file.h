@@ -23,7 +23,7 @@ class TraceFile {
   /// Of an open file; 3 or above.
   int descriptor() const { return file_.number(); }
 
-  /// Appends `line` and a line end.
+  /// Appends `line` and a line end to an open file.
   void write(std::string line);
 
  private:
