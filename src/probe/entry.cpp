@@ -90,7 +90,7 @@ struct Hook<Field, Which> {
       // Without a fault, which no list can have for such an operation. Written before the call, which makes the handles
       // in `arguments` invalid.
       write(arguments, "");
-      forget(parameters...);
+      (theProbe.names.forget(parameters), ...);
       (nextTable<Table>().*Field)(parameters...);
     } else {
       const Result result = fault != nullptr ? injected(*fault) : (nextTable<Table>().*Field)(parameters...);
@@ -110,8 +110,6 @@ struct Hook<Field, Which> {
     else
       return static_cast<Result>(fault.answer);
   }
-
-  static void forget(const void* handle) { theProbe.names.forget(handle); }
 
   // Handles that an object returned are invalid with it.
   static void adopt(const void*) {}
