@@ -8,18 +8,19 @@
 
 namespace simulator {
 
-void* Sqlite::load() {
-  // By its versioned name: the other comes with development files. Local: a tool may have an SQLite of its own.
-  void* const library = dlopen("libsqlite3.so.0", RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr) throw StateError(std::string("cannot be used: ") + dlerror());
-  return library;
-}
+namespace {
 
-void* Sqlite::find(const char* function) const {
-  void* const found = dlsym(library_, function);
+void* checked(void* found) {
   if (found == nullptr) throw StateError(std::string("cannot be used: ") + dlerror());
   return found;
 }
+
+}  // namespace
+
+// By its versioned name: the other comes with development files. Local: a tool may have an SQLite of its own.
+void* Sqlite::load() { return checked(dlopen("libsqlite3.so.0", RTLD_NOW | RTLD_LOCAL)); }
+
+void* Sqlite::find(const char* function) const { return checked(dlsym(library_, function)); }
 
 const Sqlite& sqlite() {
   static const Sqlite functions;
