@@ -26,17 +26,13 @@ std::string textColumn(sqlite3_stmt* statement, int column) {
   return std::string(text);
 }
 
-StateValue valueColumn(sqlite3_stmt* statement, int column) {
-  if (sqlite().column_type(statement, column) == SQLITE_INTEGER) return sqlite().column_int64(statement, column);
-  return textColumn(statement, column);
-}
-
 StateChange changeIn(sqlite3_stmt* row) {
   const int32_t device = sqlite().column_int(row, 0);
   const std::string name = textColumn(row, 1);
   const std::optional<Item> item = parseItem(name);
   if (!item) throw StateError(foreignItem(device, name));
-  return {device, *item, valueColumn(row, 2)};
+  if (sqlite().column_type(row, 2) == SQLITE_INTEGER) return {device, *item, sqlite().column_int64(row, 2)};
+  return {device, *item, textColumn(row, 2)};
 }
 
 }  // namespace
