@@ -71,7 +71,7 @@ size_t JsonValue::length() const {
   return value_.size();
 }
 
-JsonValue JsonValue::element(size_t index) const { return {value_[index], *this, index}; }
+JsonValue JsonValue::element(size_t index) const { return {value_[index], *this, "", index}; }
 
 bool JsonValue::isPlainString() const {
   return value_.is_string() && !value_.get_ref<const std::string&>().starts_with("0x");

@@ -25,11 +25,9 @@ class JsonValue {
   /// A value at the JSON pointer `place`.
   JsonValue(const nlohmann::json& value, std::string_view place) : value_(value), name_(place) {}
 
-  /// A member of `parent`, or an element.
-  JsonValue(const nlohmann::json& value, const JsonValue& parent, std::string_view key)
-      : value_(value), parent_(&parent), name_(key) {}
-  JsonValue(const nlohmann::json& value, const JsonValue& parent, size_t index)
-      : value_(value), parent_(&parent), index_(index) {}
+  /// A member of `parent`, or, with an empty key, an element.
+  JsonValue(const nlohmann::json& value, const JsonValue& parent, std::string_view key, size_t index = 0)
+      : value_(value), parent_(&parent), name_(key), index_(index) {}
 
   /// An integer, or a string "0x..." in hexadecimal, from `lowest` to `highest`. Throws RigError, as all functions
   /// here.
@@ -55,7 +53,13 @@ class JsonValue {
 
   /// A list, its elements read by `read`.
   template <typename Read>
-  auto list(Read read) const -> std::vector<std::invoke_result_t<Read, const JsonValue&>>;
+  auto list(Read read) const {
+    const size_t count = length();
+    std::vector<std::invoke_result_t<Read, const JsonValue&>> elements;
+    elements.reserve(count);
+    for (size_t i = 0; i < count; ++i) elements.push_back(read(element(i)));
+    return elements;
+  }
 
   /// Whether this is a string, and not a number in hexadecimal.
   bool isPlainString() const;
@@ -101,14 +105,5 @@ class JsonFields {
   std::vector<std::string_view> known_;
   size_t present_ = 0;  ///< how many of those are there
 };
-
-template <typename Read>
-auto JsonValue::list(Read read) const -> std::vector<std::invoke_result_t<Read, const JsonValue&>> {
-  const size_t count = length();
-  std::vector<std::invoke_result_t<Read, const JsonValue&>> elements;
-  elements.reserve(count);
-  for (size_t i = 0; i < count; ++i) elements.push_back(read(element(i)));
-  return elements;
-}
 
 }  // namespace simulator
