@@ -10,23 +10,22 @@ using namespace Automation::Velq;
 
 namespace {
 
-int32_t deviceNumber(const SolutionObject& solution) { return solution.device.number; }
-
 Item stateItem(const ItemObject& item) {
-  return calibrationItem(item.section.solution.index, item.section.index, item.index);
+  const SectionObject& section = item.owner;
+  return calibrationItem(section.owner.index, section.index, item.index);
 }
 
 // Stores the code of a finished walk until the tool makes it current; a later walk of the same item replaces it.
 void propose(SolutionObject& solution, const Item& item, uint32_t code) {
   std::erase_if(solution.newCodes, [&](const StateChange& change) { return change.item == item; });
-  solution.newCodes.push_back({deviceNumber(solution), item, int64_t{code}});
+  solution.newCodes.push_back({solution.device.number, item, int64_t{code}});
 }
 
 // All of the backup replaces what was calibrated, so that no mixture of both becomes current.
 void proposeBackup(SolutionObject& solution) {
   solution.newCodes.clear();
-  for (size_t k = 0; k < solution.solution.sections.size(); ++k) {
-    const auto& items = solution.solution.sections[k].items;
+  for (size_t k = 0; k < solution.inRig.sections.size(); ++k) {
+    const auto& items = solution.inRig.sections[k].items;
     for (size_t j = 0; j < items.size(); ++j) propose(solution, calibrationItem(solution.index, k, j), items[j].backup);
   }
 }
@@ -36,7 +35,7 @@ ErrorCode saveCodes(const SolutionObject& solution, const std::vector<StateChang
   Simulation& simulation = Simulation::instance();
   return simulation.change([&](std::vector<StateChange>& changes) {
     changes = codes;
-    return simulation.checkFree(deviceNumber(solution));
+    return simulation.checkFree(solution.device.number);
   });
 }
 
@@ -53,20 +52,20 @@ Array* CalibrationCtrl_getSolutions(CalibrationCtrl* control) {
 }
 
 const wchar_t* CalibrationSolution_getName(CalibrationSolution* solution) {
-  return internedWide(resolve<SolutionObject>(solution, __func__).solution.name);
+  return internedWide(resolve<SolutionObject>(solution, __func__).inRig.name);
 }
 
 const wchar_t* CalibrationSolution_getDescription(CalibrationSolution* solution) {
-  return internedWide(resolve<SolutionObject>(solution, __func__).solution.description);
+  return internedWide(resolve<SolutionObject>(solution, __func__).inRig.description);
 }
 
 const wchar_t* CalibrationSolution_getInstruction(CalibrationSolution* solution) {
-  return internedWide(resolve<SolutionObject>(solution, __func__).solution.instruction);
+  return internedWide(resolve<SolutionObject>(solution, __func__).inRig.instruction);
 }
 
 Array* CalibrationSolution_getSections(CalibrationSolution* solution) {
   SolutionObject& object = resolve<SolutionObject>(solution, __func__);
-  return handleArray<SectionObject>(object, object.sections, object.solution.sections);
+  return handleArray<SectionObject>(object, object.sections, object.inRig.sections);
 }
 
 ErrorCode CalibrationSolution_updateAsCurrent(CalibrationSolution* solution) {
@@ -86,17 +85,17 @@ ErrorCode CalibrationSolution_loadGoldenBackup(CalibrationSolution* solution, in
 }
 
 const wchar_t* CalibrationSection_getDescription(CalibrationSection* section) {
-  return internedWide(resolve<SectionObject>(section, __func__).section.description);
+  return internedWide(resolve<SectionObject>(section, __func__).inRig.description);
 }
 
 const wchar_t* CalibrationSection_getInstruction(CalibrationSection* section) {
-  return internedWide(resolve<SectionObject>(section, __func__).section.instruction);
+  return internedWide(resolve<SectionObject>(section, __func__).inRig.instruction);
 }
 
 ErrorCode CalibrationSection_start(CalibrationSection* section) {
   SectionObject& object = resolve<SectionObject>(section, __func__);
-  if (const ErrorCode status = object.solution.control.hold(deviceNumber(object.solution)); status != Success)
-    return status;
+  const SolutionObject& solution = object.owner;
+  if (const ErrorCode status = solution.owner.hold(solution.device.number); status != Success) return status;
   // Held until the control is disposed of: the new codes can become current as late as that.
   object.started = true;
   // A section that is started again has its items calibrated again.
@@ -108,29 +107,30 @@ ErrorCode CalibrationSection_start(CalibrationSection* section) {
 
 Array* CalibrationSection_getItems(CalibrationSection* section) {
   SectionObject& object = resolve<SectionObject>(section, __func__);
-  return handleArray<ItemObject>(object, object.items, object.section.items);
+  return handleArray<ItemObject>(object, object.items, object.inRig.items);
 }
 
 const wchar_t* CalibrationItem_getName(CalibrationItem* item) {
-  return internedWide(resolve<ItemObject>(item, __func__).code.name);
+  return internedWide(resolve<ItemObject>(item, __func__).inRig.name);
 }
 
 CalibrationState CalibrationItem_getState(CalibrationItem* item, int64_t* value, int32_t* detail, uint32_t* codes) {
   ItemObject& object = resolve<ItemObject>(item, __func__);
-  const AdjustingCode& code = object.code;
+  SectionObject& section = object.owner;
+  const AdjustingCode& code = object.inRig;
   const size_t position = std::min(object.polls, code.walk.size() - 1);
   // Tools show the first code only. All else is for those who read a trace.
-  codes[1] = Simulation::instance().codeInUse(deviceNumber(object.section.solution), stateItem(object), code.inUse);
+  codes[1] = Simulation::instance().codeInUse(section.owner.device.number, stateItem(object), code.inUse);
   codes[2] = code.backup;
   // Tools poll after a start that was refused, too, and would poll for ever.
-  if (!object.section.started) return CalibrationFailed;
+  if (!section.started) return CalibrationFailed;
   ++object.polls;
   *value = static_cast<int64_t>(object.polls);
   *detail = static_cast<int32_t>(code.walk.size());
   codes[0] = code.walk[position];
   if (position + 1 < code.walk.size()) return CalibrationRunning;
   if (code.fails) return CalibrationFailed;
-  propose(object.section.solution, stateItem(object), code.walk.back());
+  propose(section.owner, stateItem(object), code.walk.back());
   return CalibrationDone;
 }
 

@@ -46,7 +46,7 @@ Array* FirmwareCtrls_getFirmwares(FirmwareCtrls* control) {
 }
 
 const wchar_t* FirmwareItem_getDescription(FirmwareItem* item) {
-  return internedWide(resolve<ChipObject>(item, __func__).chip.description);
+  return internedWide(resolve<ChipObject>(item, __func__).inRig.description);
 }
 
 const wchar_t* FirmwareItem_getVersion(FirmwareItem* item) {
@@ -55,7 +55,7 @@ const wchar_t* FirmwareItem_getVersion(FirmwareItem* item) {
 }
 
 const wchar_t* FirmwareItem_getNotice(FirmwareItem* item) {
-  return internedWide(resolve<ChipObject>(item, __func__).chip.notice);
+  return internedWide(resolve<ChipObject>(item, __func__).inRig.notice);
 }
 
 ErrorCode FirmwareItem_confirmNotice(FirmwareItem* item) {
@@ -86,9 +86,9 @@ ErrorCode FirmwareItem_start(FirmwareItem* item, int32_t /*mode*/, const wchar_t
   ChipObject& chip = resolve<ChipObject>(item, __func__);
   // The notice is part of the procedure: a tool that skips it is refused.
   if (!chip.loadedVersion || !chip.noticeConfirmed) return ErrorWrongOrder;
-  if (!isPassword(chip.chip, password)) return ErrorRefused;
+  if (!isPassword(chip.inRig, password)) return ErrorRefused;
   // Held until the control is disposed of: a tool that stops polling does not say so.
-  if (const ErrorCode status = chip.control.hold(chip.device.number); status != Success) return status;
+  if (const ErrorCode status = chip.owner.hold(chip.device.number); status != Success) return status;
   chip.started = true;
   chip.finished = false;
   chip.polls = 0;
@@ -98,7 +98,7 @@ ErrorCode FirmwareItem_start(FirmwareItem* item, int32_t /*mode*/, const wchar_t
 int32_t FirmwareItem_getProgress(FirmwareItem* item) {
   ChipObject& chip = resolve<ChipObject>(item, __func__);
   if (!chip.started) return ProgressNothingLoaded;
-  const std::vector<int32_t>& progress = chip.chip.progress;
+  const std::vector<int32_t>& progress = chip.inRig.progress;
   const int32_t value = progress[std::min(chip.polls, progress.size() - 1)];
   // The version is saved before 100 is returned, because tools report success then.
   if (value >= ProgressDone && !chip.finished && !(chip.finished = saveVersion(chip))) return ProgressAborted;

@@ -85,14 +85,20 @@ struct ControlObject : Object {
   std::set<int32_t> heldDevices_;
 };
 
+/// An element of a list in the rig, whose array `Owner` returned.
+template <typename Owner, typename Element>
+struct ElementObject : Object {
+  ElementObject(Owner* from, const Element& element, size_t position)
+      : Object(from), owner(*from), inRig(element), index(position) {}
+  Owner& owner;
+  const Element& inRig;
+  const size_t index;  ///< in the list
+};
+
 /// A chip, and how far an overwrite of it has come: notice confirmed, file loaded, started, polled, finished.
-struct ChipObject : Object {
-  ChipObject(ControlObject* from, const Chip& inRig, size_t position)
-      : Object(from), control(*from), device(*from->device), chip(inRig), index(position) {}
-  ControlObject& control;
-  const DeviceObject& device;
-  const Chip& chip;
-  const size_t index;                     ///< among the device's chips
+struct ChipObject : ElementObject<ControlObject, Chip> {
+  using ElementObject::ElementObject;
+  const DeviceObject& device = *owner.device;
   std::optional<uint16_t> loadedVersion;  ///< of the file; nothing until one is loaded
   bool noticeConfirmed = false;
   bool started = false;
@@ -101,37 +107,25 @@ struct ChipObject : Object {
 };
 
 /// A calibration solution, and the codes that its sections produced.
-struct SolutionObject : Object {
-  SolutionObject(ControlObject* from, const Solution& inRig, size_t position)
-      : Object(from), control(*from), device(*from->device), solution(inRig), index(position) {}
-  ControlObject& control;
-  const DeviceObject& device;
-  const Solution& solution;
-  const size_t index;  ///< among the device's solutions
+struct SolutionObject : ElementObject<ControlObject, Solution> {
+  using ElementObject::ElementObject;
+  const DeviceObject& device = *owner.device;
   ArrayObject* sections = nullptr;
   std::vector<StateChange> newCodes;  ///< calibrated or restored, not yet in use
   bool backupPrepared = false;        ///< by step 0
 };
 
 /// A section of a solution.
-struct SectionObject : Object {
-  SectionObject(SolutionObject* from, const Section& inRig, size_t position)
-      : Object(from), solution(*from), section(inRig), index(position) {}
-  SolutionObject& solution;
-  const Section& section;
-  const size_t index;  ///< in its solution
+struct SectionObject : ElementObject<SolutionObject, Section> {
+  using ElementObject::ElementObject;
   ArrayObject* items = nullptr;
   bool started = false;
 };
 
 /// A calibration item of a section.
-struct ItemObject : Object {
-  ItemObject(SectionObject* from, const AdjustingCode& inRig, size_t position)
-      : Object(from), section(*from), code(inRig), index(position) {}
-  SectionObject& section;
-  const AdjustingCode& code;
-  const size_t index;  ///< in its section
-  size_t polls = 0;    ///< since the section was started
+struct ItemObject : ElementObject<SectionObject, AdjustingCode> {
+  using ElementObject::ElementObject;
+  size_t polls = 0;  ///< since the section was started
 };
 
 /// One line on standard error, then abort().
