@@ -131,8 +131,8 @@ CvxFusionDeviceGetChildren#11=0xE0000001|fusion-children: children: status 0xe00
 CvxFusionDeviceGetChildren#12=0|fusion-children: lists 2 children in the room for 1, device "Pair"
 DaqCtrlBase_setSelectedDevice=0|control-unknown: is bound to a device that is not there, status 0x00000000, firmware
 DaqCtrlBase_getSelectedDevice=0|control-unbound: returns the record of a device although it is not bound, status 0x00000000
-DaqCtrlBase_getDevice=null|control-binding: has no device although it is bound, firmware control, device
-DaqCtrlBase_getDevice#2=null|control-binding: has another device when requested again, firmware control, device
+DaqCtrlBase_getDevice=null|control-binding: has no device although it is bound, device "QA-3216,BID#0", firmware
+DaqCtrlBase_getDevice#2=null|control-binding: has another device when requested again, device "QA-3216,BID#0", firmware
 DaqCtrlBase_getSelectedDevice#1=0xE0000001|control-binding: status 0xe0000001 for the record of the bound device
 FirmwareItem_getVersion#2=null|firmware: version differs when requested again, device "QA-3216,BID#0", chip 0
 FirmwareItem_loadFile=0|firmware: status 0x00000000 for a firmware file that does not exist
@@ -147,7 +147,7 @@ DeviceCtrl_getBoardId#31=9|devices-side-by-side: device 0: board id is 9, not 0,
 DeviceCtrl_getBoardId#32=9|devices-side-by-side: device 0: board id is 9, not 0, after another device was disposed of
 DeviceCtrl_setDescription#2=0|write-description: device 0: description is "QA-3216,BID#0", not "velq-compliance 1"
 DeviceCtrl_setDescription#12=0|write-description: takes "QD-0096,BID#2", device "QA-3216,BID#0"
-DeviceCtrl_setBoardId=0|write-board-id: device 0: board id is 0, not 1, after a change of the board id to 1 with
+DeviceCtrl_setBoardId=0|write-board-id: device 0: board id is 0, not 1, device "Minimal board", after a change of the board id
 CvxFusionDeviceCreate=0xE0000001|write-fusion: is refused with status 0xe0000001, after which tools go on with
 CvxFusionDeviceCreate=0|write-fusion: gets the number 0, fusion device of [0, 2147483647]
 CvxFusionDeviceAddChildren=0|write-fusion: adds [2147483647], fusion device 256
@@ -155,9 +155,9 @@ CvxFusionDeviceAddChildren=0xE0000001|write-fusion: adds [7] with status 0xe0000
 CvxFusionDeviceAddChildren#7=0|write-fusion: adds [7] with status 0x00000000, but the check returns 0xe0000027, fusion
 CvxFusionDeviceRemoveChildren=0|write-fusion: removes [2147483647], fusion device 256
 CvxFusionDeviceRemoveChildren#5=0xE0000001|write-fusion: does not remove [0], status 0xe0000001, fusion device 256
-CvxFusionDeviceRemoveChildren#10=0|write-fusion: has the children [6, 7, 8], not [7], fusion device 256 after
+CvxFusionDeviceRemoveChildren#10=0|write-fusion: has the children [6, 7, 8], not [7], fusion device 256, after
 CvxFusionDeviceRemoveChildren#11=0|write-fusion: is a fusion device without a child, fusion device 256
-several: check adds|write-fusion: has the children [6, 7], not [6], fusion device 256 after a look whether it
+several: check adds|write-fusion: has the children [6, 7], not [6], fusion device 256, after a look whether it
 several: no single child|write-fusion: can be grouped at once, but not one after the other, devices [6, 7]
 several: hidden device|open-unknown: opens a device that is not there, DeviceCtrl_Create(5, null)
 constructor|load: ends the process with SIGABRT during dlopen()
@@ -204,47 +204,47 @@ reading changes|reads-change-nothing: description of device 0 in the list is "x"
 any device|open-unknown: opens a device that is not there, DeviceCtrl_Create(-2147483648, null)
 no fusion mode|open-by-description: cannot be opened with AccessFusion, device "Minimal board"
 changing list|device-list: 1 devices or their descriptions differ from the 1 devices of the call before, list of
-no names|device-list: an empty description, device "" in the list of installed devices
+no names|device-list: an empty description, list of installed devices, device ""
 moving addresses|returned-stays: device 0: base addresses reads elsewhere: 0 , not 0 , after all other operations
-long name|device-list: 64 characters, more than the 63 that a record holds, device
+long name|device-list: 64 characters, more than the 63 that a record holds, list of installed devices, device
 counting addresses|array-base-addresses: other values after other calls, device "Minimal board"
 bad end|first-look: ends the process with SIGABRT during exit()
 silent end|load: ends the process before the tool's output is written, during exit()
-shared items|returned-stays: firmware control of device 0: list of every chip reads other handles, not as before, after
+shared items|returned-stays: firmware control of device 0: list of every chip reads elsewhere: 1 handles, not 1 handles, after
 negative number|open-unknown: opens a device that is not there, DeviceCtrl_Create(-2147483648, "Minimal board")
 alike|open-unknown: opens a device that is not there, DeviceCtrl_Create(-1, "MINIMAL BOARD")
 old name|write-description: can still be opened as "Minimal board" after a change to "velq-compliance 1", terminator not
 one list|write-description: a list that was returned before the change has changed, device "Minimal board"
 unbound device|control-unbound: has a device although it is not bound, firmware control
 unbound solutions|control-unbound: has chips or solutions although it is not bound, calibration control
-bound once|control-rebinding: has a device although it is not bound, firmware control bound again, device "Minimal
-several: first chips|control-rebinding: device 2: chip 0, description is "Bus FPGA", not nothing as for a new
-refuses what it binds|control-binding: has a device although it is not bound, firmware control, device
+bound once|control-rebinding: is refused, firmware control bound again, device 0
+several: first chips|control-rebinding: device 2: chip 0, description is "Bus FPGA", not nothing, firmware control bound again
+refuses what it binds|control-binding: has a device although it is not bound, device "Minimal board", firmware
 no group|fusion-children: has children, number 0, which is no fusion device
 no children|fusion-children: 0 children, device "Minimal board"
 stays bound|control-rebinding: has a device although it is not bound, firmware control, record of number 2147483647
-other number|control-binding: number is 1 in the record, firmware control, device "Minimal board"
-other mode|control-binding: mode is 1 in the record, firmware control, device "Minimal board"
-module index|control-binding: module index is 1 in the record, firmware control, device "Minimal board"
+other number|control-binding: number is 1 in the record, device "Minimal board", firmware control
+other mode|control-binding: mode is 1 in the record, device "Minimal board", firmware control
+module index|control-binding: module index is 1 in the record, device "Minimal board", firmware control
 old record|write-description: is described "Minimal board" in the record of a firmware control that was bound before
-long record|control-binding: writes behind the record, firmware control, device "Minimal board"
+long record|control-binding: writes behind the record, device "Minimal board", firmware control
 one text|devices-side-by-side: device 0: chip 0, notice is
 earlier texts|returned-stays: firmware control of device 0: chip 0, description reads "?", not "0", after all
 rebinding|returned-stays-after-rebinding: firmware control bound to device 0: chip 0, notice reads "1", not "0"
-address by id|write-board-id: device 0: base addresses is 1 , not 0 , after a change of the board id to 1
+address by id|write-board-id: device 0: base addresses is 1 , not 0 , device "Minimal board", after a change of the board id
 binds what it refuses|control-unknown: has a device although it is not bound, firmware control
-name by id|write-board-id: device 0: solution 0, name is "1", not "0", after a change of the
-chip by id|write-board-id: device 0: chip 0, description is "Bus FPGA", not nothing, after a change
-version by id|write-board-id: device 0: chip 0, version is "1", not "0", after a
+name by id|write-board-id: device 0: solution 0, name is "1", not "0", device "Minimal board", after a change of the
+chip by id|write-board-id: device 0: chip 0, description is "Bus FPGA", not nothing, device "Minimal board", after
+version by id|write-board-id: device 0: chip 0, version is "1", not "0", device "Minimal board", after a
 codes|calibration: writes more than 15 codes, device "Minimal board", solution 0, section 0, item 0
 cuts a description|write-description: takes "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"
 no way back|write-description: the old description is refused, status 0xe0000001, device "Minimal board"
-warns of a change|write-description: device 0: description is "velq-compliance 1", not "Minimal board", after a
+warns of a change|write-description: device 0: description is "velq-compliance 1", not "Minimal board", device "Minimal board", after a
 no id back|write-board-id: the old board id is refused, status 0xe0000001, device "Minimal board"
-needs the terminator|write-description: device 0: description is "velq-compliance ", not "velq-compliance 1", after
-says no but does|write-board-id: device 0: board id is 1, not 0, after a change of the board id to 1 with status
+needs the terminator|write-description: device 0: description is "velq-compliance ", not "velq-compliance 1", device "Minimal board"
+says no but does|write-board-id: device 0: board id is 1, not 0, device "Minimal board", after a change of the board id to 1
 forgets others|write-from-two-processes: description of device 0 in the list is "Minimal board", not
-next process|write-board-id: device 0: board id is 0, not 2147483647, in the next process after changes of the board id
+next process|write-board-id: device 0: board id is 0, not 2147483647, device "Minimal board", in the next process after
 END
 
 library=$minimal start=

@@ -34,8 +34,7 @@ def fuzz(options):
 
 def valgrind(options):
     subprocess.run([options.root / "script" / "setup", "check"], check=True)
-    subprocess.run(["cmake", "--preset", "dev", "-DQUTIL_TESTS=ON"], cwd=options.root, check=True, capture_output=True)
-    tests = build(options.root, "dev") / "tests"
+    tests = build(options.root, "dev", QUTIL_TESTS="ON") / "tests"
     with tempfile.TemporaryDirectory(prefix="qutil-valgrind-") as logs:
         suppressed = options.root / "script" / "torture-parts" / "valgrind.supp"
         wrapper = [shutil.which("valgrind"), f"--suppressions={suppressed}", f"--log-file={logs}/%p", "--error-exitcode=99"]

@@ -14,9 +14,9 @@ class Fault(Exception):
     """Something that must not happen; the message says what."""
 
 
-def build(root, preset, *targets):
-    """Builds targets of a preset; returns its build tree."""
-    subprocess.run([root / "script" / "build", preset, *targets], check=True)
+def build(root, preset, *targets, **environment):
+    """Builds targets of a preset, in an environment with additions; returns its build tree."""
+    subprocess.run([root / "script" / "build", preset, *targets], check=True, env=os.environ | environment)
     return root / "build" / preset
 
 

@@ -17,35 +17,34 @@ std::string readOne(int32_t number) {
 
 }  // namespace
 
-ChangedDevice::ChangedDevice(DeviceCtrl* device, const std::string& where, const CheckContext& context,
-                             Findings& findings)
+ChangedDevice::ChangedDevice(DeviceCtrl* device, const CheckContext& context, const Findings& here)
     : device_(device),
-      where_(where),
       context_(context),
-      findings_(findings),
+      here_(here),
       number_(DeviceCtrl_getDeviceNumber(device)),
       wanted_(context.before) {}
 
-void ChangedDevice::look(const std::string& after) {
-  const OpenDevice opened = openDevice(number_, nullptr);
-  expect(opened != nullptr, "cannot be opened after " + after);
-  if (opened != nullptr) expectWanted(factsOf(opened.get()), "after " + after);
-  expectWanted(factsOf(device_), "in the changed handle after " + after);
+void ChangedDevice::wantDescription(const std::wstring& text) {
+  wanted_[descriptionFact(number_)] = wanted_[listedFact(number_)] = show(text);
 }
 
-void ChangedDevice::lookAround(const std::string& after) {
-  const std::string there = "in the next process after " + after;
-  if (!looksAtAll()) {
+void ChangedDevice::look(const std::string& after) const {
+  const Snapshot wanted = factsAbout(number_, wanted_);
+  const OpenDevice opened = openDevice(number_, nullptr);
+  if (here_.expect(opened != nullptr, "cannot be opened after " + after))
+    expectSame(wanted, factsOf(opened.get()), here_.at("after " + after));
+  expectSame(wanted, factsOf(device_), here_.at("in the changed handle after " + after));
+}
+
+void ChangedDevice::lookAround(const std::string& after) const {
+  const Findings there = here_.at("in the next process after " + after);
+  if (looksAtAll()) {
+    expectSame(wanted_, takeSnapshot(), here_.at("after " + after));
+    expectSame(wanted_, context_.next.look(), there);
+  } else {
     look(after);
-    expectWanted(snapshotOf(context_.next.perform({{readOne, number_}})), there);
-    return;
+    expectSame(factsAbout(number_, wanted_), snapshotOf(context_.next.perform({{readOne, number_}})), there);
   }
-  const auto expectAll = [&](const Snapshot& found, const std::string& when) {
-    const std::string difference = firstDifference(wanted_, found);
-    expect(difference.empty(), difference + ", " + when);
-  };
-  expectAll(takeSnapshot(), "after " + after);
-  expectAll(context_.next.look(), there);
 }
 
 bool ChangedDevice::looksAtAll() const {
@@ -53,9 +52,12 @@ bool ChangedDevice::looksAtAll() const {
   return numbers.size() <= MostLookedAt || number_ == numbers.front() || number_ == numbers.back();
 }
 
-void ChangedDevice::expectWanted(const Snapshot& found, const std::string& when) {
-  const std::string difference = firstDifference(factsAbout(number_, wanted_), found);
-  expect(difference.empty(), difference + ", " + when);
+void changeEach(const CheckContext& context, const Findings& findings,
+                const std::function<void(ChangedDevice&)>& change) {
+  forEachDevice(findings, [&](DeviceCtrl* handle, const Findings& here) {
+    ChangedDevice device(handle, context, here);
+    change(device);
+  });
 }
 
 }  // namespace compliance

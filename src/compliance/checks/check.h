@@ -1,9 +1,13 @@
-// A check: one promise of <velq/operations.def>, tried on all devices that the library lists.
+// A check: one promise of <velq/operations.def>, tried on all devices that the library lists. With all that every
+// check uses.
 #pragma once
 
+#include <string>
+#include <vector>
+
+#include "compliance/devices/devices.h"
 #include "compliance/devices/next_process.h"
 #include "compliance/devices/snapshot.h"
-#include "compliance/library/findings.h"
 #include "compliance/library/library.h"
 
 namespace compliance {
@@ -21,12 +25,12 @@ enum class CheckAccess { Reads, Writes };
 /// One row of checks.def. Runs in a process of its own.
 struct Check {
   CheckAccess access;
-  void (*run)(const CheckContext& context, Findings& findings);
+  void (*run)(const CheckContext& context, const Findings& findings);
   const char* name;
   const char* needs;
 };
 
-#define CHECK(access, function, name, needs) void function(const CheckContext& context, Findings& findings);
+#define CHECK(access, function, name, needs) void function(const CheckContext& context, const Findings& findings);
 #include "compliance/checks/checks.def"
 
 /// All checks, in their order.

@@ -2,11 +2,8 @@
 #include <algorithm>
 #include <cwchar>
 #include <set>
-#include <string>
 
 #include "compliance/checks/check.h"
-#include "compliance/devices/devices.h"
-#include "compliance/devices/snapshot.h"
 
 namespace compliance {
 
@@ -26,84 +23,84 @@ struct GuardedRecord {
   wchar_t guard[64];
 };
 
-void expectUnbound(Scenario scenario, DaqCtrlBase* control, Findings& findings, const std::string& where) {
-  findings.expect(DaqCtrlBase_getDevice(control) == nullptr, "has a device although it is not bound", where);
-  findings.expect(itemsOf(scenario, control) == nullptr, "has chips or solutions although it is not bound", where);
+void expectUnbound(Scenario scenario, DaqCtrlBase* control, const Findings& here) {
+  here.expect(DaqCtrlBase_getDevice(control) == nullptr, "has a device although it is not bound");
+  here.expect(itemsOf(scenario, control) == nullptr, "has chips or solutions although it is not bound");
   GuardedRecord answer;
   const ErrorCode status = DaqCtrlBase_getSelectedDevice(control, &answer.record);
-  findings.expect(failed(status), "returns the record of a device although it is not bound, status " + show(status),
-                  where);
-  findings.expect(answer.isGuardIntact(), "writes behind the record", where);
+  here.expect(failed(status), "returns the record of a device although it is not bound, status " + show(status));
+  here.expect(answer.isGuardIntact(), "writes behind the record");
 }
 
-void expectNoBinding(Scenario scenario, DaqCtrlBase* control, const DeviceInformation& record, Findings& findings) {
+void expectNoBinding(Scenario scenario, DaqCtrlBase* control, const DeviceInformation& record,
+                     const Findings& findings) {
+  const Findings here = findings.at(nameOf(scenario) + ", record of number " + std::to_string(record.DeviceNumber) +
+                                    " and " + show(record.Description));
   const ErrorCode status = DaqCtrlBase_setSelectedDevice(control, &record);
-  const std::string where = nameOf(scenario) + ", record of number " + std::to_string(record.DeviceNumber) + " and " +
-                            show(record.Description);
-  findings.expect(failed(status), "is bound to a device that is not there, status " + show(status), where);
-  expectUnbound(scenario, control, findings, where);
+  here.expect(failed(status), "is bound to a device that is not there, status " + show(status));
+  expectUnbound(scenario, control, here);
 }
 
-void checkBound(DaqCtrlBase* control, const DeviceInformation& wanted, Findings& findings, const std::string& where) {
+void expectBound(DaqCtrlBase* control, const DeviceInformation& wanted, const Findings& here) {
   GuardedRecord answer;
   const ErrorCode status = DaqCtrlBase_getSelectedDevice(control, &answer.record);
-  findings.expect(!failed(status), "status " + show(status) + " for the record of the bound device", where);
-  findings.expect(answer.isGuardIntact(), "writes behind the record", where);
+  here.expect(!failed(status), "status " + show(status) + " for the record of the bound device");
+  here.expect(answer.isGuardIntact(), "writes behind the record");
   const auto expectField = [&](const char* field, int32_t found, int32_t expected) {
-    findings.expect(found == expected, field + (" is " + std::to_string(found)) + " in the record", where);
+    here.expect(found == expected, field + (" is " + std::to_string(found)) + " in the record");
   };
   expectField("number", answer.record.DeviceNumber, wanted.DeviceNumber);
   expectField("mode", answer.record.OpenMode, wanted.OpenMode);
   expectField("module index", answer.record.ModuleIndex, wanted.ModuleIndex);
-  findings.expect(answer.description() == wanted.Description,
-                  "description is " + show(answer.description()) + " in the record", where);
+  here.expect(answer.description() == wanted.Description,
+              "description is " + show(answer.description()) + " in the record");
   DeviceCtrl* const device = DaqCtrlBase_getDevice(control);
-  if (!findings.expect(device != nullptr, "has no device although it is bound", where)) return;
-  findings.expect(DaqCtrlBase_getDevice(control) == device, "has another device when requested again", where);
-  findings.expect(
-      DeviceCtrl_getDeviceNumber(device) == wanted.DeviceNumber && descriptionOf(device) == wanted.Description,
-      "has another device, " + show(descriptionOf(device)), where);
-}
-
-// A control that was bound to other devices before returns the chips or solutions that a new one does.
-void expectOwnItems(Scenario scenario, DaqCtrlBase* control, int32_t number, Findings& findings,
-                    const std::string& where) {
-  const OpenControl other = openControl(scenario, number);
-  if (other == nullptr) return;
-  const std::string difference =
-      firstDifference(itemFactsOf(scenario, other.get(), number), itemFactsOf(scenario, control, number));
-  findings.expect(difference.empty(), difference + " as for a new control", where);
+  if (!here.expect(device != nullptr, "has no device although it is bound")) return;
+  here.expect(DaqCtrlBase_getDevice(control) == device, "has another device when requested again");
+  here.expect(DeviceCtrl_getDeviceNumber(device) == wanted.DeviceNumber && descriptionOf(device) == wanted.Description,
+              "has another device, " + show(descriptionOf(device)));
 }
 
 // Binds a new control to the device and looks at it. Returns whether the library lets it be bound.
-bool tryBinding(Scenario scenario, const DeviceInformation& record, const DeviceInformation& answer, Findings& findings,
-                const std::string& where) {
+bool tryBinding(Scenario scenario, const DeviceInformation& record, const DeviceInformation& answer,
+                const Findings& here) {
   const OpenControl control(DaqCtrlBase_Create(scenario));
   if (control == nullptr) return false;
   const bool isBound = !failed(DaqCtrlBase_setSelectedDevice(control.get(), &record));
   if (isBound)
-    checkBound(control.get(), answer, findings, where);
+    expectBound(control.get(), answer, here);
   else
-    expectUnbound(scenario, control.get(), findings, where);
+    expectUnbound(scenario, control.get(), here);
   return isBound;
+}
+
+// A control that was bound to other devices before is bound, and returns chips or solutions, as a new one.
+void expectAsNew(Scenario scenario, DaqCtrlBase* control, int32_t number, bool isBound, const Findings& here) {
+  const OpenControl other = openControl(scenario, number);
+  here.expect(isBound == (other != nullptr), isBound ? "is bound, but a new control is not" : "is refused");
+  if (!isBound) return expectUnbound(scenario, control, here);
+  const OpenDevice device = openDevice(number, nullptr);
+  expectBound(control, recordFor(number, descriptionOf(device.get())), here);
+  if (other != nullptr)
+    expectSame(itemFactsOf(scenario, other.get(), number), itemFactsOf(scenario, control, number), here);
 }
 
 }  // namespace
 
-void checkUnboundControl(const CheckContext&, Findings& findings) {
+void checkUnboundControl(const CheckContext&, const Findings& findings) {
   for (const Scenario scenario : Scenarios) {
-    const OpenControl control(DaqCtrlBase_Create(scenario));
-    const OpenControl other(DaqCtrlBase_Create(scenario));
+    const Findings here = findings.at(nameOf(scenario));
+    const OpenControl control(DaqCtrlBase_Create(scenario)), other(DaqCtrlBase_Create(scenario));
     if (control == nullptr) {
-      findings.refuse(nameOf(scenario));
+      here.refuse();
       continue;
     }
-    findings.expect(control != other, "is the one that was made before", nameOf(scenario));
-    expectUnbound(scenario, control.get(), findings, nameOf(scenario));
+    here.expect(control != other, "is the one that was made before");
+    expectUnbound(scenario, control.get(), here);
   }
 }
 
-void checkControlOfUnknown(const CheckContext&, Findings& findings) {
+void checkControlOfUnknown(const CheckContext&, const Findings& findings) {
   const std::wstring known = listedDescriptions().front();
   std::set<int32_t> numbers = unusedNumbers();
   numbers.insert(-2);
@@ -117,49 +114,35 @@ void checkControlOfUnknown(const CheckContext&, Findings& findings) {
 }
 
 // By number with any description, by description, and in both modes.
-void checkBinding(const CheckContext&, Findings& findings) {
-  forEachDevice(findings, [&](DeviceCtrl* device, const std::string& place) {
+void checkBinding(const CheckContext&, const Findings& findings) {
+  forEachDevice(findings, [](DeviceCtrl* device, const Findings& place) {
     const int32_t number = DeviceCtrl_getDeviceNumber(device);
     const std::wstring description = descriptionOf(device);
     const DeviceInformation whole = recordFor(number, description);
     const DeviceInformation forFusion = recordFor(number, description, AccessFusion);
     for (const Scenario scenario : Scenarios) {
-      const std::string where = nameOf(scenario) + ", " + place;
-      const bool isTaken = tryBinding(scenario, whole, whole, findings, where);
-      if (!isTaken) findings.refuse(where);
+      const Findings here = place.at(nameOf(scenario));
+      const bool isTaken = tryBinding(scenario, whole, whole, here);
+      if (!isTaken) here.refuse();
       for (const DeviceInformation& record :
            {recordFor(-1, description), recordFor(number, L""), recordFor(number, UnknownDescription)})
-        findings.expect(tryBinding(scenario, record, whole, findings, where) == isTaken,
-                        "is bound by number and description, but not by number " + std::to_string(record.DeviceNumber) +
-                            " and " + show(record.Description) + ", or otherwise",
-                        where);
-      tryBinding(scenario, forFusion, forFusion, findings, where);
+        here.expect(tryBinding(scenario, record, whole, here) == isTaken,
+                    "is bound by number and description, but not by number " + std::to_string(record.DeviceNumber) +
+                        " and " + show(record.Description) + ", or otherwise");
+      tryBinding(scenario, forFusion, forFusion, here);
     }
   });
 }
 
 // A control that is bound again serves the new device, and none if it is refused.
-void checkRebinding(const CheckContext&, Findings& findings) {
-  std::vector<int32_t> numbers = listedNumbers();
-  if (!numbers.empty()) numbers.push_back(numbers.front());  // where there is one device, too
+void checkRebinding(const CheckContext&, const Findings& findings) {
   for (const Scenario scenario : Scenarios) {
-    OpenControl control;
-    for (const int32_t number : numbers) {
-      const OpenDevice opened = openDevice(number, nullptr);
-      const std::wstring description = descriptionOf(opened.get());
-      const DeviceInformation record = recordFor(number, description);
-      const std::string where = nameOf(scenario) + " bound again, " + placeOf(description);
-      if (control == nullptr) {
-        control = openControl(scenario, number);
-        if (control == nullptr) continue;
-      } else if (failed(DaqCtrlBase_setSelectedDevice(control.get(), &record))) {
-        expectUnbound(scenario, control.get(), findings, where);
-        continue;
-      }
-      checkBound(control.get(), record, findings, where);
-      expectOwnItems(scenario, control.get(), number, findings, where);
-    }
-    if (control != nullptr) expectNoBinding(scenario, control.get(), recordFor(UnknownNumber, L""), findings);
+    const auto visit = [&](DaqCtrlBase* control, int32_t number, bool isBound) {
+      const Findings here = findings.at(nameOf(scenario) + " bound again, device " + std::to_string(number));
+      expectAsNew(scenario, control, number, isBound, here);
+    };
+    if (const OpenControl control = bindToEach(scenario, visit))
+      expectNoBinding(scenario, control.get(), recordFor(UnknownNumber, L""), findings);
   }
 }
 

@@ -1,13 +1,12 @@
-// The list of installed devices: complete, stable, and every description in it opens one device.
+// The list of installed devices: complete, stable; what is in it can be opened by description and by number, and
+// nothing else can.
+#include <cwctype>
 #include <map>
-#include <string>
-#include <vector>
+#include <set>
 
 #include "base/descriptor.h"
 #include "compliance/checks/check.h"
 #include "compliance/checks/rules.h"
-#include "compliance/devices/devices.h"
-#include "compliance/devices/snapshot.h"
 #include "compliance/process/guardian.h"
 
 namespace compliance {
@@ -16,39 +15,96 @@ using namespace Automation::Velq;
 
 namespace {
 
-constexpr const char* TheList = "list of installed devices";
+void expectUnknown(int32_t number, const wchar_t* description, const Findings& findings) {
+  findings.at("DeviceCtrl_Create(" + std::to_string(number) + ", " + show(description) + ")")
+      .expect(openDevice(number, description) == nullptr, "opens a device that is not there");
+}
+
+// Descriptions near one that is there.
+std::vector<std::wstring> variationsOf(const std::wstring& description) {
+  std::wstring upper = description, lower = description;
+  for (wchar_t& c : upper) c = static_cast<wchar_t>(std::towupper(static_cast<wint_t>(c)));
+  for (wchar_t& c : lower) c = static_cast<wchar_t>(std::towlower(static_cast<wint_t>(c)));
+  const std::wstring shorter = description.substr(0, description.size() - 1);
+  return {upper, lower, description + L"x", L" " + description, description + L" ", shorter};
+}
 
 }  // namespace
 
-void checkList(const CheckContext&, Findings& findings) {
+void checkList(const CheckContext&, const Findings& findings) {
+  const Findings here = findings.at("list of installed devices");
   Array* const devices = DeviceCtrl_getInstalledDevices();
-  if (!findings.expect(devices != nullptr, "null", TheList) || !expectStable(devices, findings, TheList)) return;
+  if (!here.expect(devices != nullptr, "null") || !expectStable(devices, here)) return;
   const std::vector<std::wstring> descriptions = descriptionsIn(devices);
-  findings.expect(!descriptions.empty(), "no device to check", TheList);
-  expectDistinctDevices(findings);
+  here.expect(!descriptions.empty(), "no device to check");
+  expectDistinctDevices(here);
   const auto count = [](size_t size) { return std::to_string(size) + " devices"; };
   const std::vector<std::wstring> again = listedDescriptions();
-  findings.expect(again == descriptions,
-                  count(again.size()) + " or their descriptions differ from the " + count(descriptions.size()) +
-                      " of the call before",
-                  TheList);
-  findings.expect(descriptionsIn(devices) == descriptions, "changes when a new one is requested", TheList);
+  here.expect(again == descriptions, count(again.size()) + " or their descriptions differ from the " +
+                                         count(descriptions.size()) + " of the call before");
+  here.expect(descriptionsIn(devices) == descriptions, "changes when a new one is requested");
 }
 
-void checkOpening(const CheckContext&, Findings& findings) {
-  std::map<int32_t, std::string> places;
-  forEachDevice(findings, [&](DeviceCtrl* device, const std::string& where) {
+void checkOpening(const CheckContext&, const Findings& findings) {
+  std::map<int32_t, Findings> places;
+  forEachDevice(findings, [&](DeviceCtrl* device, const Findings& here) {
     const int32_t number = DeviceCtrl_getDeviceNumber(device);
-    findings.expect(number >= 0, "has the number " + std::to_string(number), where);
-    const auto [first, isNew] = places.emplace(number, where);
-    findings.expect(isNew, "has the number " + std::to_string(number) + " of " + first->second, where);
+    const std::string what = "has the number " + std::to_string(number);
+    here.expect(number >= 0, what);
+    const auto [first, isNew] = places.emplace(number, here);
+    here.expect(isNew, what + " of " + first->second.where());
   });
 }
 
 // The checker keeps it: for the last of the checks that read, and to restore what those that write leave altered.
-void lookFirst(const CheckContext&, Findings& findings) {
+void lookFirst(const CheckContext&, const Findings& findings) {
   const bool isSent = base::writeAll(ResultDescriptor, textOf(takeSnapshot()));
-  findings.expect(isSent, "closes or changes what it did not open", "in the process of the check");
+  findings.at("in the process of the check").expect(isSent, "closes or changes what it did not open");
+}
+
+void checkOpeningByDescription(const CheckContext&, const Findings& findings) {
+  forEachDevice(findings, [](DeviceCtrl* device, const Findings& here) {
+    const std::wstring description = descriptionOf(device);
+    const std::string what = "is described " + show(description) + " when opened";
+    if (!here.expect(placeOf(description) == here.where(), what)) return;
+    const OpenDevice again = openDevice(-1, description.c_str(), AccessFusion);
+    if (here.expect(again != nullptr, "cannot be opened with AccessFusion"))
+      here.expect(DeviceCtrl_getDeviceNumber(again.get()) == DeviceCtrl_getDeviceNumber(device),
+                  "is another device with AccessFusion");
+  });
+}
+
+void checkOpeningByNumber(const CheckContext&, const Findings& findings) {
+  const std::vector<std::wstring> listed = listedDescriptions();
+  forEachDevice(findings, [&](DeviceCtrl* device, const Findings& here) {
+    const int32_t number = DeviceCtrl_getDeviceNumber(device);
+    // The description counts only where the number is -1.
+    for (const wchar_t* const description : {static_cast<const wchar_t*>(nullptr), L"", UnknownDescription,
+                                             listed.front().c_str(), listed.back().c_str()}) {
+      const std::string call = "number " + std::to_string(number) + " with description " + show(description);
+      const OpenDevice opened = openDevice(number, description);
+      if (!here.expect(opened != nullptr, call + " does not open it")) continue;
+      const std::wstring answer = descriptionOf(opened.get());
+      here.expect(DeviceCtrl_getDeviceNumber(opened.get()) == number && placeOf(answer) == here.where(),
+                  call + " opens " + show(answer));
+    }
+  });
+}
+
+void checkUnknownDevice(const CheckContext&, const Findings& findings) {
+  const std::vector<std::wstring> listed = listedDescriptions();
+  std::set<int32_t> numbers = unusedNumbers();
+  numbers.insert({-2, INT32_MIN});
+  for (const int32_t number : numbers)
+    for (const wchar_t* const description : {static_cast<const wchar_t*>(nullptr), L"", listed.front().c_str()})
+      expectUnknown(number, description, findings);
+  // Without a number and without a description that any device has.
+  for (const wchar_t* const description : {static_cast<const wchar_t*>(nullptr), L"", UnknownDescription})
+    expectUnknown(-1, description, findings);
+  const std::set<std::wstring> taken(listed.begin(), listed.end());
+  for (const std::wstring& description : listed)
+    for (const std::wstring& other : variationsOf(description))
+      if (!taken.contains(other)) expectUnknown(-1, other.c_str(), findings);
 }
 
 }  // namespace compliance

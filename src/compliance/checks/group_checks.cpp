@@ -1,14 +1,9 @@
 // Creating, extending and dissolving fusion devices, in the ways that users do.
 #include <algorithm>
-#include <optional>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include "compliance/checks/check.h"
 #include "compliance/checks/groups.h"
 #include "compliance/checks/rules.h"
-#include "compliance/devices/devices.h"
 
 namespace compliance {
 
@@ -31,24 +26,23 @@ void tryRefusals(Groups& groups, int32_t number, int32_t own) {
 }
 
 // As tools do after the creation: without the terminator in the count.
-void tryRename(Groups& groups, int32_t number, Findings& findings) {
+void tryRename(Groups& groups, int32_t number) {
   const std::wstring name = L"velq-compliance group";
   const OpenDevice device = openDevice(number, nullptr, AccessFusion);
   if (device == nullptr) return;
   const std::wstring before = descriptionOf(device.get());
-  const ErrorCode status = DeviceCtrl_setDescription(device.get(), static_cast<int32_t>(name.size()), name.c_str());
+  const ErrorCode status = setDescription(device.get(), name, false);
   const std::wstring& wanted = status == Success ? name : before;
-  findings.expect(descriptionOf(device.get()) == wanted && openDevice(wanted) != nullptr,
-                  "is not described " + show(wanted) + " after a change with status " + show(status), placeOf(number));
-  groups.setDescription(number, wanted);
+  groups.at(number).expect(descriptionOf(device.get()) == wanted && openDevice(wanted) != nullptr,
+                           "is not described " + show(wanted) + " after a change with status " + show(status));
+  groups.wantDescription(number, wanted);
 }
 
 // A change of a child, here to what it has already, leaves the group as it is.
 void tryChangesOf(int32_t child, Groups& groups) {
   const OpenDevice device = openDevice(child, nullptr);
   if (device == nullptr) return;
-  const std::wstring description = descriptionOf(device.get());
-  DeviceCtrl_setDescription(device.get(), static_cast<int32_t>(description.size()) + 1, description.c_str());
+  setDescription(device.get(), descriptionOf(device.get()));
   groups.look("a change of the description of its child");
   DeviceCtrl_setBoardId(device.get(), DeviceCtrl_getBoardId(device.get()));
   groups.look("a change of the board id of its child");
@@ -68,15 +62,15 @@ std::optional<int32_t> extend(Groups& groups, int32_t number, int32_t own, const
 }
 
 // A group of one device has just got the partner, and ends here.
-void tryWithPartner(Groups& groups, int32_t number, int32_t own, int32_t partner, Findings& findings) {
+void tryWithPartner(Groups& groups, int32_t number, int32_t own, int32_t partner, const Findings& findings) {
   groups.lookAtAll("the extension of a group");
   tryChangesOf(partner, groups);
-  expectListedChildren(number, findings, placeOf(number));
+  expectListedChildren(number, groups.at(number));
   groups.remove(number, {partner});
   groups.expectNotAdded(number, {partner, UnknownNumber});
   const std::optional<int32_t> other = groups.create({partner});
-  if (findings.expect(other.has_value(), "can be a child beside another, but not alone",
-                      "device " + std::to_string(partner))) {
+  if (findings.at("device " + std::to_string(partner))
+          .expect(other.has_value(), "can be a child beside another, but not alone")) {
     groups.expectNotAdded(number, {partner});
     groups.expectNotAdded(number, {*other});
     groups.expectNotRemoved(number, {partner});
@@ -90,21 +84,22 @@ void tryWithPartner(Groups& groups, int32_t number, int32_t own, int32_t partner
   }
   const Children both{own, partner};
   const std::optional<int32_t> pair = groups.create(both);
-  if (findings.expect(pair.has_value(), "can be grouped one after the other, but not at once", "devices " + show(both)))
+  if (findings.at("devices " + show(both))
+          .expect(pair.has_value(), "can be grouped one after the other, but not at once"))
     groups.remove(*pair, both);
 }
 
-void examine(Groups& groups, int32_t number, int32_t own, Findings& findings) {
+void examine(Groups& groups, int32_t number, int32_t own, const Findings& findings) {
   groups.lookAtAll("the creation of a group");
-  expectListedChildren(number, findings, placeOf(number));
+  expectListedChildren(number, groups.at(number));
   expectDistinctDevices(findings);
   tryRefusals(groups, number, own);
-  tryRename(groups, number, findings);
+  tryRename(groups, number);
   tryChangesOf(own, groups);
 }
 
 // Each device alone, and the first two that can be grouped. Returns whether there are such.
-bool tryOneAfterTheOther(Groups& groups, Findings& findings) {
+bool tryOneAfterTheOther(Groups& groups, const Findings& findings) {
   bool isExamined = false, isPaired = false;
   for (const int32_t device : groups.devices()) {
     groups.expectNoGroupOf({device, UnknownNumber});
@@ -122,22 +117,22 @@ bool tryOneAfterTheOther(Groups& groups, Findings& findings) {
   return isPaired;
 }
 
-void tryAtOnce(Groups& groups, Findings& findings) {
+void tryAtOnce(Groups& groups, const Findings& findings) {
   const size_t count = std::min(groups.devices().size(), MostTried);
   for (size_t i = 0; i < count; ++i)
     for (size_t k = i + 1; k < count; ++k) {
       const Children pair{groups.devices()[i], groups.devices()[k]};
       const std::optional<int32_t> number = groups.create(pair);
       if (!number) continue;
-      findings.expect(false, "can be grouped at once, but not one after the other", "devices " + show(pair));
+      findings.at("devices " + show(pair)).expect(false, "can be grouped at once, but not one after the other");
       return groups.remove(*number, pair);
     }
-  findings.refuse("fusion devices of two devices");
+  findings.at("fusion devices of two devices").refuse();
 }
 
 }  // namespace
 
-void checkGroups(const CheckContext& context, Findings& findings) {
+void checkGroups(const CheckContext& context, const Findings& findings) {
   Groups groups(context, findings);
   Array* const list = DeviceCtrl_getInstalledDevices();
   const std::vector<std::wstring> listedBefore = descriptionsIn(list);
@@ -147,8 +142,8 @@ void checkGroups(const CheckContext& context, Findings& findings) {
   for (const int32_t number : unusedNumbers()) groups.expectNoGroupOf({number});
   groups.expectNoGroupOf({-1});
   groups.lookAtAll("the end of all groups");
-  findings.expect(descriptionsIn(list) == listedBefore, "reads otherwise",
-                  "a list that was returned before all groups");
+  findings.at("a list that was returned before all groups")
+      .expect(descriptionsIn(list) == listedBefore, "reads otherwise");
 }
 
 }  // namespace compliance

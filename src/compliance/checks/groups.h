@@ -1,16 +1,11 @@
 // Fusion devices while they are created, changed and dissolved.
 #pragma once
 
-#include <cstdint>
 #include <map>
 #include <optional>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "compliance/checks/check.h"
-#include "compliance/devices/devices.h"
-#include "compliance/devices/snapshot.h"
 
 namespace compliance {
 
@@ -20,7 +15,7 @@ using Children = std::vector<int32_t>;
 /// otherwise.
 class Groups {
  public:
-  Groups(const CheckContext& context, Findings& findings);
+  Groups(const CheckContext& context, const Findings& findings) : context_(context), findings_(findings) {}
 
   /// Dissolves those that are left.
   ~Groups();
@@ -50,26 +45,32 @@ class Groups {
   void expectNotRemoved(int32_t number, const Children& removed);
 
   /// A group has another description from now on.
-  void setDescription(int32_t number, const std::wstring& description) { descriptions_[number] = description; }
+  void wantDescription(int32_t number, const std::wstring& text) { groups_[number].description = text; }
+
+  /// At the group of this number.
+  Findings at(int32_t number) const { return findings_.at("fusion device " + std::to_string(number)); }
 
   /// Looks at the groups, and that there are no others.
   void look(const std::string& after);
 
   /// Looks at all devices, in this process and in the next.
-  void lookAtAll(const std::string& after);
+  void lookAtAll(const std::string& after) const;
 
  private:
-  void expectAsWanted(Snapshot found, const std::string& when);
+  struct Group {
+    std::set<int32_t> children;
+    std::wstring description;  ///< as first seen, or as wanted
+
+    Children sortedChildren() const { return {children.begin(), children.end()}; }
+  };
+
+  void expectAsWanted(Snapshot found, const std::string& when) const;
 
   const CheckContext& context_;
-  Findings& findings_;
+  const Findings& findings_;
   const Children devices_ = listedNumbers();
-  std::map<int32_t, std::set<int32_t>> groups_;
-  std::map<int32_t, std::wstring> descriptions_;  ///< of those, as first seen or set
-  std::set<int32_t> used_;                        ///< numbers that groups have had
+  std::map<int32_t, Group> groups_;
+  std::set<int32_t> used_;  ///< numbers that groups have had
 };
-
-/// "fusion device 256"
-inline std::string placeOf(int32_t number) { return "fusion device " + std::to_string(number); }
 
 }  // namespace compliance

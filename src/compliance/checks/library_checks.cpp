@@ -1,7 +1,5 @@
 // The file, its one symbol, and the tables behind it.
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 #include "base/demangled.h"
 #include "compliance/checks/check.h"
@@ -9,42 +7,36 @@
 
 namespace compliance {
 
-namespace {
-
-using namespace Automation::Velq;
-
-constexpr const char* Entry = "CvxQuellisLibInitialize";
-
-}  // namespace
-
-void checkLoading(const CheckContext& context, Findings& findings) {
+void checkLoading(const CheckContext& context, const Findings& findings) {
   try {
     context.library.load();
   } catch (const std::runtime_error& error) {
-    findings.expect(false, error.what(), "in the words of the loader");
+    findings.at("in the words of the loader").expect(false, error.what());
   }
 }
 
-void checkExports(const CheckContext& context, Findings& findings) {
+void checkExports(const CheckContext& context, const Findings& findings) {
   try {
     for (const std::string& name : exportedSymbols(context.library.path()))
-      findings.expect(name == Entry, "exports " + base::demangled(name.c_str()), "which a version script keeps inside");
+      findings.at("which a version script keeps inside")
+          .expect(name == Library::Entry, "exports " + base::demangled(name.c_str()));
   } catch (const std::runtime_error& error) {
-    findings.expect(false, error.what(), "so nothing finds the entry in it");
+    findings.at("so nothing finds the entry in it").expect(false, error.what());
   }
 }
 
-void checkTables(const CheckContext& context, Findings& findings) {
-  const LibraryTable* const tables = context.library.tables();
-  if (!findings.expect(tables != nullptr, "null", std::string("result of ") + Entry)) return;
-  if (findings.expect(tables->functions != nullptr, "null", "LibraryTable::functions")) {
-#define VELQ_FUNCTION(result, name, parameters, arguments) \
-  findings.expect(tables->functions->name != nullptr, "null", "FunctionTable::" #name);
+void checkTables(const CheckContext& context, const Findings& findings) {
+  const auto isThere = [&](auto* part, const std::string& name) {
+    return findings.at(name).expect(part != nullptr, "null");
+  };
+  const Automation::Velq::LibraryTable* const tables = context.library.tables();
+  if (!isThere(tables, std::string("result of ") + Library::Entry)) return;
+  if (isThere(tables->functions, "LibraryTable::functions")) {
+#define VELQ_FUNCTION(result, name, parameters, arguments) isThere(tables->functions->name, "FunctionTable::" #name);
 #include <velq/operations.def>
   }
-  if (findings.expect(tables->objects != nullptr, "null", "LibraryTable::objects")) {
-#define VELQ_OBJECT(result, name, parameters, arguments) \
-  findings.expect(tables->objects->name != nullptr, "null", "ObjectTable::" #name);
+  if (isThere(tables->objects, "LibraryTable::objects")) {
+#define VELQ_OBJECT(result, name, parameters, arguments) isThere(tables->objects->name, "ObjectTable::" #name);
 #include <velq/operations.def>
   }
 }

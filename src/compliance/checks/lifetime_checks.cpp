@@ -1,13 +1,10 @@
 // What stays as it is while other devices and controls are open, asked, and disposed of.
 #include <functional>
-#include <memory>
-#include <string>
-#include <vector>
+#include <type_traits>
+#include <utility>
 
 #include "compliance/checks/check.h"
-#include "compliance/devices/devices.h"
 #include "compliance/devices/items.h"
-#include "compliance/devices/snapshot.h"
 
 namespace compliance {
 
@@ -27,24 +24,23 @@ std::vector<OpenDevice> openSome() {
   return devices;
 }
 
-void expectFacts(DeviceCtrl* device, const Snapshot& wanted, Findings& findings, const std::string& when) {
-  const std::string difference = firstDifference(wanted, factsOf(device));
-  findings.expect(difference.empty(), difference, when);
+// All that each of those devices returns, alone, and in other ways of opening it.
+std::vector<Snapshot> factsOfSome(const Findings& findings) {
+  std::vector<Snapshot> alone;
+  for (const OpenDevice& device : openSome()) {
+    const int32_t number = DeviceCtrl_getDeviceNumber(device.get());
+    alone.push_back(factsOf(openDevice(number, nullptr).get()));
+    if (const OpenDevice fusing = openDevice(number, nullptr, AccessFusion))
+      expectSame(alone.back(), factsOf(fusing.get()), findings.at("when opened with AccessFusion"));
+    for (const Scenario scenario : Scenarios)
+      if (const OpenControl control = openControl(scenario, number))
+        expectSame(alone.back(), factsOf(DaqCtrlBase_getDevice(control.get())),
+                   findings.at("as the device of a " + nameOf(scenario)));
+  }
+  return alone;
 }
 
-void expectBoundFacts(int32_t number, const Snapshot& wanted, Findings& findings) {
-  for (const Scenario scenario : Scenarios)
-    if (const OpenControl control = openControl(scenario, number))
-      expectFacts(DaqCtrlBase_getDevice(control.get()), wanted, findings, "as the device of a " + nameOf(scenario));
-}
-
-// Something that the library returned, and how it reads.
-struct Kept {
-  std::string what;
-  std::function<std::string()> read;
-  std::string value;
-};
-
+// Things that the library returned, and how they read.
 class KeptThings {
  public:
   void keep(const std::string& what, std::function<std::string()> read) {
@@ -56,38 +52,40 @@ class KeptThings {
     keep(what, [text] { return show(text); });
   }
 
+  // Of handles, whose Value is void, nothing but where they lie.
   template <typename Value>
-  void keepValues(const std::string& what, Array* array) {
+  void keepArray(const std::string& what, Array* array) {
     if (array == nullptr) return;
-    const std::vector<void*> elements = elementsOf(array);
-    keep(what, [=] {
+    keep(what, [array, elements = elementsOf(array)] {
       std::string text = elementsOf(array) == elements ? "" : "elsewhere: ";
-      for (const void* const element : elements) text += std::to_string(*static_cast<const Value*>(element)) + " ";
+      if constexpr (std::is_void_v<Value>)
+        text += std::to_string(elements.size()) + " handles";
+      else
+        for (const void* const element : elements) text += std::to_string(*static_cast<const Value*>(element)) + " ";
       return text;
     });
   }
 
-  // Of handles nothing but where they lie.
-  void keepHandles(const std::string& what, Array* array) {
-    if (array == nullptr) return;
-    const std::vector<void*> elements = elementsOf(array);
-    keep(what, [=] { return std::string(elementsOf(array) == elements ? "as before" : "other handles"); });
-  }
-
-  void expectAll(Findings& findings, const std::string& when) const {
-    for (const Kept& thing : things_) {
-      const std::string now = thing.read();
-      findings.expect(now == thing.value, thing.what + " reads " + now + ", not " + thing.value, when);
+  void expectAll(const Findings& here) const {
+    for (const auto& [what, read, value] : things_) {
+      const std::string now = read();
+      here.expect(now == value, what + " reads " + now + ", not " + value);
     }
   }
 
  private:
-  std::vector<Kept> things_;
+  struct Thing {
+    std::string what;
+    std::function<std::string()> read;
+    std::string value;
+  };
+
+  std::vector<Thing> things_;
 };
 
 void keepItems(KeptThings& things, Scenario scenario, DaqCtrlBase* control, const std::string& where) {
   const auto keepArray = [&](Array* array, const std::string& kind, const std::string& place) {
-    things.keepHandles(where + ": " + place + (place.empty() ? "" : ", ") + "list of every " + kind, array);
+    things.keepArray<void>(where + ": " + place + (place.empty() ? "" : ", ") + "list of every " + kind, array);
     return true;
   };
   const auto keepString = [&](const auto& get, const char* what, const std::string& place) {
@@ -115,80 +113,64 @@ std::vector<OpenControl> keepControls(KeptThings& things, const std::vector<Open
 
 }  // namespace
 
-void checkSideBySide(const CheckContext&, Findings& findings) {
-  std::vector<Snapshot> alone;
-  for (const OpenDevice& device : openSome()) {
-    const OpenDevice only = openDevice(DeviceCtrl_getDeviceNumber(device.get()), nullptr);
-    alone.push_back(factsOf(only.get()));
-    const int32_t number = DeviceCtrl_getDeviceNumber(device.get());
-    if (const OpenDevice fusing = openDevice(number, nullptr, AccessFusion))
-      expectFacts(fusing.get(), alone.back(), findings, "when opened with AccessFusion");
-    expectBoundFacts(number, alone.back(), findings);
-  }
-  std::vector<OpenDevice> devices = openSome();
-  std::vector<OpenDevice> twins = openSome();
-  if (!findings.expect(devices.size() == alone.size() && twins.size() == alone.size(),
-                       "cannot all be opened while others are open", "listed devices"))
+void checkSideBySide(const CheckContext&, const Findings& findings) {
+  const std::vector<Snapshot> alone = factsOfSome(findings);
+  std::vector<OpenDevice> devices = openSome(), twins = openSome();
+  if (!findings.at("listed devices")
+           .expect(devices.size() == alone.size() && twins.size() == alone.size(),
+                   "cannot all be opened while others are open"))
     return;
+  const auto expectFacts = [&](size_t i, const char* when) {
+    expectSame(alone[i], factsOf(devices[i].get()), findings.at(when));
+  };
   // Backwards, so that the device that was opened last is not the one that is read first.
-  for (size_t i = devices.size(); i-- > 0;)
-    expectFacts(devices[i].get(), alone[i], findings, "while other devices are open");
+  for (size_t i = devices.size(); i-- > 0;) expectFacts(i, "while other devices are open");
   for (size_t i = 0; i < devices.size(); ++i) {
     twins[i].reset();
-    expectFacts(devices[i].get(), alone[i], findings, "after another opening of it was disposed of");
+    expectFacts(i, "after another opening of it was disposed of");
     if (i > 0) devices[i - 1].reset();
-    expectFacts(devices[i].get(), alone[i], findings, "after another device was disposed of");
+    expectFacts(i, "after another device was disposed of");
   }
 }
 
-void checkReturned(const CheckContext&, Findings& findings) {
+void checkReturned(const CheckContext&, const Findings& findings) {
   KeptThings ofDevices, ofControls;
   std::vector<OpenDevice> devices = openSome();
   for (const OpenDevice& device : devices) {
     const std::string where = "device " + std::to_string(DeviceCtrl_getDeviceNumber(device.get()));
-    ofDevices.keepValues<uint64_t>(where + ": base addresses", DeviceCtrl_getBaseAddresses(device.get()));
-    ofDevices.keepValues<int32_t>(where + ": interrupts", DeviceCtrl_getInterrupts(device.get()));
+    ofDevices.keepArray<uint64_t>(where + ": base addresses", DeviceCtrl_getBaseAddresses(device.get()));
+    ofDevices.keepArray<int32_t>(where + ": interrupts", DeviceCtrl_getInterrupts(device.get()));
   }
   Array* const list = DeviceCtrl_getInstalledDevices();
   const std::vector<std::wstring> listed = descriptionsIn(list);
   std::vector<OpenControl> controls = keepControls(ofControls, devices);
   takeSnapshot();
-  ofDevices.expectAll(findings, "after all other operations");
-  ofControls.expectAll(findings, "after all other operations");
+  const Findings afterwards = findings.at("after all other operations");
+  ofDevices.expectAll(afterwards);
+  ofControls.expectAll(afterwards);
   devices.clear();
   takeSnapshot();
-  ofControls.expectAll(findings, "after the opened devices were disposed of");
-  findings.expect(descriptionsIn(list) == listed, "the list of installed devices reads otherwise",
-                  "after all other operations");
+  ofControls.expectAll(findings.at("after the opened devices were disposed of"));
+  afterwards.expect(descriptionsIn(list) == listed, "the list of installed devices reads otherwise");
 }
 
 // What a control returned before it is bound again stays as it is.
-void checkReturnedBefore(const CheckContext&, Findings& findings) {
-  std::vector<int32_t> numbers = listedNumbers();
-  if (!numbers.empty()) numbers.push_back(numbers.front());  // where there is one device, too
+void checkReturnedBefore(const CheckContext&, const Findings& findings) {
   for (const Scenario scenario : Scenarios) {
-    OpenControl control;
     KeptThings things;
-    for (const int32_t number : numbers) {
-      const DeviceInformation record = recordFor(number, L"");
-      if (control == nullptr)
-        control = openControl(scenario, number);
-      else
-        DaqCtrlBase_setSelectedDevice(control.get(), &record);
-      if (control == nullptr) continue;
-      const std::string where = nameOf(scenario) + " bound to device " + std::to_string(number);
-      keepItems(things, scenario, control.get(), where);
-      things.expectAll(findings, "after the control was bound to device " + std::to_string(number));
-    }
+    bindToEach(scenario, [&](DaqCtrlBase* control, int32_t number, bool) {
+      const std::string device = "bound to device " + std::to_string(number);
+      keepItems(things, scenario, control, nameOf(scenario) + " " + device);
+      things.expectAll(findings.at("after the control was " + device));
+    });
   }
 }
 
 // Since the first of all, and also in the next process.
-void checkUnchanged(const CheckContext& context, Findings& findings) {
-  const std::string difference = firstDifference(context.before, takeSnapshot());
-  findings.expect(difference.empty(), difference, "although nothing was done but reading");
-  const std::string next = firstDifference(context.before, context.next.look());
-  findings.expect(next.empty(), next, "in the next process, although nothing was done but reading");
+void checkUnchanged(const CheckContext& context, const Findings& findings) {
+  expectSame(context.before, takeSnapshot(), findings.at("although nothing was done but reading"));
+  expectSame(context.before, context.next.look(),
+             findings.at("in the next process, although nothing was done but reading"));
 }
 
 }  // namespace compliance

@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <set>
 #include <utility>
-#include <vector>
-
-#include "compliance/devices/devices.h"
 
 namespace compliance {
 
@@ -34,72 +31,70 @@ struct Listing {
   ErrorCode status;
 };
 
-void checkChildren(int32_t number, const Listing& listing, Findings& findings, const std::string& where) {
+void checkChildren(int32_t number, const Listing& listing, const Findings& here) {
   std::set<int32_t> distinct;
   for (int32_t i = 0; i < listing.count; ++i) {
     const int32_t child = listing.children[static_cast<size_t>(i)];
     const std::string name = "child " + std::to_string(child);
-    findings.expect(openDevice(child, nullptr) != nullptr, name + " cannot be opened", where);
-    findings.expect(distinct.insert(child).second, name + " is listed twice", where);
-    findings.expect(CvxIsFusionDevice(child) != Success, name + " is a fusion device", where);
-    findings.expect(CvxFusionDeviceCheckChildren(number, 1, &child) != Success, name + " would be added again", where);
+    here.expect(openDevice(child, nullptr) != nullptr, name + " cannot be opened");
+    here.expect(distinct.insert(child).second, name + " is listed twice");
+    here.expect(CvxIsFusionDevice(child) != Success, name + " is a fusion device");
+    here.expect(CvxFusionDeviceCheckChildren(number, 1, &child) != Success, name + " would be added again");
   }
 }
 
 }  // namespace
 
-bool expectStable(Array* array, Findings& findings, const std::string& where) {
+bool expectStable(Array* array, const Findings& here) {
   if (array == nullptr) return true;
   const int32_t length = Array_getLength(array);
   const std::string count = std::to_string(length);
-  if (!findings.expect(length >= 0 && length <= MostElements, "length " + count, where)) return false;
+  if (!here.expect(length >= 0 && length <= MostElements, "length " + count)) return false;
   const int32_t again = Array_getLength(array);
-  if (!findings.expect(again == length, "length " + count + ", and " + std::to_string(again) + " when requested again",
-                       where))
+  if (!here.expect(again == length, "length " + count + ", and " + std::to_string(again) + " when requested again"))
     return false;
   const std::vector<void*> elements = elementsOf(array);
-  return findings.expect(std::cmp_equal(elements.size(), length),
-                         "element " + std::to_string(elements.size()) + " of " + count + " is null", where) &&
-         findings.expect(elementsOf(array) == elements, "other addresses when requested again", where) &&
-         findings.expect(Array_getLength(array) == length, "another length after its elements were read", where);
+  return here.expect(std::cmp_equal(elements.size(), length),
+                     "element " + std::to_string(elements.size()) + " of " + count + " is null") &&
+         here.expect(elementsOf(array) == elements, "other addresses when requested again") &&
+         here.expect(Array_getLength(array) == length, "another length after its elements were read");
 }
 
-void expectDistinctDevices(Findings& findings) {
+void expectDistinctDevices(const Findings& here) {
   std::set<std::wstring> seen;
   for (const std::wstring& description : listedDescriptions()) {
-    const std::string where = placeOf(description) + " in the list of installed devices";
-    findings.expect(!description.empty(), "an empty description", where);
-    findings.expect(description.size() < DescriptionCapacity,
-                    std::to_string(description.size()) + " characters, more than the 63 that a record holds", where);
-    findings.expect(seen.insert(description).second, "two devices of one description", where);
+    const Findings there = here.at(placeOf(description));
+    there.expect(!description.empty(), "an empty description");
+    there.expect(description.size() < DescriptionCapacity,
+                 std::to_string(description.size()) + " characters, more than the 63 that a record holds");
+    there.expect(seen.insert(description).second, "two devices of one description");
   }
 }
 
-void expectListedChildren(int32_t number, Findings& findings, const std::string& where) {
+void expectListedChildren(int32_t number, const Findings& here) {
   const Listing listing(number, MostFusionChildren);
-  if (!findings.expect(listing.status == Success, "children: status " + show(listing.status), where)) return;
+  if (!here.expect(listing.status == Success, "children: status " + show(listing.status))) return;
   const std::string count = std::to_string(listing.count);
-  if (!findings.expect(listing.count > 0 && listing.count <= MostFusionChildren, count + " children", where)) return;
-  findings.expect(listing.isUntouchedFrom(listing.count), "writes behind the " + count + " children that it counts",
-                  where);
-  checkChildren(number, listing, findings, where);
-  findings.expect(CvxFusionDeviceCheckChildren(number, 1, &UnknownNumber) != Success,
-                  "would add a child that is not there", where);
+  if (!here.expect(listing.count > 0 && listing.count <= MostFusionChildren, count + " children")) return;
+  here.expect(listing.isUntouchedFrom(listing.count), "writes behind the " + count + " children that it counts");
+  checkChildren(number, listing, here);
+  here.expect(CvxFusionDeviceCheckChildren(number, 1, &UnknownNumber) != Success,
+              "would add a child that is not there");
   if (listing.count == 1) return;
   const Listing tooFew(number, 1);
-  findings.expect(tooFew.status != Success, "lists " + count + " children in the room for 1", where);
-  findings.expect(tooFew.isUntouchedFrom(1), "writes more children than there is room for", where);
+  here.expect(tooFew.status != Success, "lists " + count + " children in the room for 1");
+  here.expect(tooFew.isUntouchedFrom(1), "writes more children than there is room for");
 }
 
-void expectNoFusionDevice(int32_t number, Findings& findings) {
-  const std::string where = "number " + std::to_string(number) + ", which is no fusion device";
-  findings.expect(CvxIsFusionDevice(number) != Success, "is reported as a fusion device", where);
+void expectNoFusionDevice(int32_t number, const Findings& findings) {
+  const Findings here = findings.at("number " + std::to_string(number) + ", which is no fusion device");
+  here.expect(CvxIsFusionDevice(number) != Success, "is reported as a fusion device");
   for (const int32_t capacity : {1, MostFusionChildren}) {
     const Listing listing(number, capacity);
-    findings.expect(listing.status != Success, "has children", where);
-    findings.expect(listing.isUntouchedFrom(capacity), "writes more children than there is room for", where);
+    here.expect(listing.status != Success, "has children");
+    here.expect(listing.isUntouchedFrom(capacity), "writes more children than there is room for");
   }
-  findings.expect(CvxFusionDeviceCheckChildren(number, 1, &UnknownNumber) != Success, "would add a child", where);
+  here.expect(CvxFusionDeviceCheckChildren(number, 1, &UnknownNumber) != Success, "would add a child");
 }
 
 }  // namespace compliance

@@ -3,13 +3,8 @@
 
 #include <chrono>
 #include <functional>
-#include <string>
-#include <vector>
 
 #include "compliance/checks/changed_device.h"
-#include "compliance/checks/check.h"
-#include "compliance/devices/devices.h"
-#include "compliance/devices/snapshot.h"
 
 namespace compliance {
 
@@ -24,15 +19,12 @@ constexpr int FewestRounds = 5;
 constexpr std::chrono::milliseconds ShortestTime{500};
 
 constexpr const char* Refused = "refused";
-constexpr const char* Unopened = "the device itself, ";
 
 std::wstring nameFor(int32_t number, int state) {
   return L"velq-compliance " + std::to_wstring(number) + L" " + std::to_wstring(state);
 }
 
-ErrorCode rename(DeviceCtrl* device, const std::wstring& name) {
-  return DeviceCtrl_setDescription(device, static_cast<int32_t>(name.size()) + 1, name.c_str());
-}
+int32_t otherThan(int32_t id) { return id == 0 ? 1 : 0; }
 
 // Changes one item of the device to its states 1 and 0 in turn, and looks each time whether it is there: no other
 // process changes this item. Returns what was lost; "refused" when a change was; nothing otherwise, with the item in
@@ -48,36 +40,52 @@ std::string changeOften(const std::function<bool(int state)>& change, const std:
   return "";
 }
 
-int32_t otherThan(int32_t id) { return id == 0 ? 1 : 0; }
-
 // The tasks of other processes.
+
+std::string withDevice(int32_t number, const std::function<std::string(DeviceCtrl* device)>& task) {
+  const OpenDevice device = openDevice(number, nullptr);
+  return device == nullptr ? "the device itself, " : task(device.get());
+}
 
 // Ends the process at once: a change that is done is persistent without any other call.
 std::string renameThere(int32_t number) {
-  const OpenDevice device = openDevice(number, nullptr);
-  if (device != nullptr && rename(device.get(), nameFor(number, 1)) == Success) _exit(0);
-  return Refused;
+  return withDevice(number, [=](DeviceCtrl* device) -> std::string {
+    if (setDescription(device, nameFor(number, 1)) == Success) _exit(0);
+    return Refused;
+  });
 }
 
 std::string renumberThere(int32_t number) {
-  const OpenDevice device = openDevice(number, nullptr);
-  if (device == nullptr) return Refused;
-  const int32_t id = otherThan(DeviceCtrl_getBoardId(device.get()));
-  return failed(DeviceCtrl_setBoardId(device.get(), id)) ? Refused : "";
+  return withDevice(number, [](DeviceCtrl* device) {
+    const int32_t id = otherThan(DeviceCtrl_getBoardId(device));
+    return failed(DeviceCtrl_setBoardId(device, id)) ? Refused : "";
+  });
 }
 
 std::string renameOften(int32_t number) {
-  const OpenDevice device = openDevice(number, nullptr);
-  if (device == nullptr) return Unopened;
-  return changeOften([&](int state) { return rename(device.get(), nameFor(number, state)) == Success; },
-                     [&](int state) { return descriptionOf(device.get()) == nameFor(number, state); });
+  return withDevice(number, [=](DeviceCtrl* device) {
+    return changeOften([=](int state) { return setDescription(device, nameFor(number, state)) == Success; },
+                       [=](int state) { return descriptionOf(device) == nameFor(number, state); });
+  });
 }
 
 std::string renumberOften(int32_t number) {
-  const OpenDevice device = openDevice(number, nullptr);
-  if (device == nullptr) return Unopened;
-  return changeOften([&](int state) { return !failed(DeviceCtrl_setBoardId(device.get(), state)); },
-                     [&](int state) { return DeviceCtrl_getBoardId(device.get()) == state; });
+  return withDevice(number, [](DeviceCtrl* device) {
+    return changeOften([=](int state) { return !failed(DeviceCtrl_setBoardId(device, state)); },
+                       [=](int state) { return DeviceCtrl_getBoardId(device) == state; });
+  });
+}
+
+// A fusion device of this one; not every device can be its child.
+std::string regroupOften(int32_t number) {
+  int32_t group = 0;
+  const auto change = [&](int state) {
+    return (state == 0 ? CvxFusionDeviceRemoveChildren(group, 1, &number)
+                       : CvxFusionDeviceCreate(1, &number, &group)) == Success;
+  };
+  const auto isThere = [&](int state) { return childrenOf(group).size() == static_cast<size_t>(state); };
+  const std::string lost = changeOften(change, isThere);
+  return lost == Refused ? "" : lost;
 }
 
 // Reads all the time: what is there before a change, or after it.
@@ -92,81 +100,75 @@ std::string readOften(int32_t number) {
   return "";
 }
 
-// One device that two processes change, or several.
+// One device that several processes change, and how it was before.
 class SharedDevice {
  public:
-  SharedDevice(ChangedDevice& device, const NextProcess& next)
-      : device_(device),
-        next_(next),
-        description_(descriptionOf(device.handle())),
-        id_(DeviceCtrl_getBoardId(device.handle())) {}
+  SharedDevice(ChangedDevice& device, const NextProcess& next) : device_(device), next_(next) {}
 
   // Another process changes one item and this one the other, with a handle that was open before. Returns whether the
   // library supports both.
   bool tryInTurn() {
     if (next_.perform({{renameThere, device_.number()}}) == Refused) return false;
-    wantDescription(nameFor(device_.number(), 1));
+    device_.wantDescription(nameFor(device_.number(), 1));
     device_.look("another process has renamed it");
-    if (failed(DeviceCtrl_setBoardId(device_.handle(), otherThan(id_)))) return restore(), false;
-    wantId(otherThan(id_));
+    if (!renumber(otherThan(id_))) return restore(), false;
     device_.lookAround("another process has renamed it and this one has set its board id");
     if (next_.perform({{renumberThere, device_.number()}}) == Refused) return restore(), false;
-    wantId(otherThan(otherThan(id_)));
+    device_.wantBoardId(otherThan(otherThan(id_)));
     device_.look("another process has set its board id");
-    restoreDescription();
+    rename();
     device_.lookAround("another process has set its board id and this one has renamed it");
     return true;
   }
 
   void tryAtOnce() {
     const int32_t number = device_.number();
-    std::string lost = next_.perform({{renameOften, number}, {renumberOften, number}, {readOften, number}});
+    std::string lost = next_.perform({{renameOften, number}, {renumberOften, number}, {readOften, number}}) +
+                       next_.perform({{renumberOften, number}, {regroupOften, number}});
     bool isRefused = false;
     for (size_t place = 0; (place = lost.find(Refused)) != std::string::npos; isRefused = true)
       lost.erase(place, std::char_traits<char>::length(Refused));
-    device_.expect(lost.empty(), "loses " + lost + "while other processes change it");
+    device_.findings().expect(lost.empty(), "loses " + lost + "while other processes change it");
     // What is left of their changes is unknown then.
-    if (isRefused) return device_.refuse();
-    wantDescription(nameFor(number, 0));
-    wantId(0);
-    device_.lookAround("two processes have changed it at once");
+    if (isRefused) return device_.findings().refuse();
+    device_.wantDescription(nameFor(number, 0));
+    device_.wantBoardId(0);
+    device_.lookAround("several processes have changed it at once");
   }
 
   void restore() {
-    restoreDescription();
-    if (!failed(DeviceCtrl_setBoardId(device_.handle(), id_))) wantId(id_);
+    rename();
+    renumber(id_);
     device_.lookAround("what several processes have changed was restored");
   }
 
  private:
-  void wantDescription(const std::wstring& text) {
-    device_.want(descriptionFact(device_.number()), show(text));
-    device_.want(listedFact(device_.number()), show(text));
+  void rename() {
+    if (setDescription(device_.handle(), description_) == Success) device_.wantDescription(description_);
   }
 
-  void wantId(int32_t id) { device_.want(boardIdFact(device_.number()), std::to_string(id)); }
-
-  void restoreDescription() {
-    if (rename(device_.handle(), description_) == Success) wantDescription(description_);
+  bool renumber(int32_t id) {
+    if (failed(DeviceCtrl_setBoardId(device_.handle(), id))) return false;
+    device_.wantBoardId(id);
+    return true;
   }
 
   ChangedDevice& device_;
   const NextProcess& next_;
-  const std::wstring description_;
-  const int32_t id_;
+  const std::wstring description_ = descriptionOf(device_.handle());
+  const int32_t id_ = DeviceCtrl_getBoardId(device_.handle());
 };
 
 }  // namespace
 
-void checkSharing(const CheckContext& context, Findings& findings) {
+void checkSharing(const CheckContext& context, const Findings& findings) {
   bool isTried = false;
-  forEachDevice(findings, [&](DeviceCtrl* handle, const std::string& where) {
+  changeEach(context, findings, [&](ChangedDevice& device) {
     if (isTried) return;
-    ChangedDevice device(handle, where, context, findings);
     SharedDevice shared(device, context.next);
     // The first device that takes both changes shows how the library shares them all.
     isTried = shared.tryInTurn();
-    if (!isTried) return device.refuse();
+    if (!isTried) return device.findings().refuse();
     shared.tryAtOnce();
     shared.restore();
   });

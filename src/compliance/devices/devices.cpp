@@ -28,12 +28,28 @@ std::set<int32_t> unusedNumbers() {
   return numbers;
 }
 
-void forEachDevice(Findings& findings, const std::function<void(DeviceCtrl*, const std::string&)>& visit) {
+ErrorCode setDescription(DeviceCtrl* device, const std::wstring& text, bool countsTerminator) {
+  return DeviceCtrl_setDescription(device, static_cast<int32_t>(text.size()) + countsTerminator, text.c_str());
+}
+
+void forEachDevice(const Findings& findings, const std::function<void(DeviceCtrl*, const Findings&)>& visit) {
   for (const std::wstring& description : listedDescriptions()) {
-    const std::string where = placeOf(description);
+    const Findings here = findings.at(placeOf(description));
     const OpenDevice device = openDevice(description);
-    if (findings.expect(device != nullptr, "cannot be opened by its description", where)) visit(device.get(), where);
+    if (here.expect(device != nullptr, "cannot be opened by its description")) visit(device.get(), here);
   }
+}
+
+OpenControl bindToEach(Scenario scenario, const std::function<void(DaqCtrlBase*, int32_t, bool)>& visit) {
+  std::vector<int32_t> numbers = listedNumbers();
+  if (!numbers.empty()) numbers.push_back(numbers.front());  // where there is one device, too
+  OpenControl control;
+  for (const int32_t number : numbers) {
+    const bool isNew = control == nullptr;
+    if (isNew) control = openControl(scenario, number);
+    if (control != nullptr) visit(control.get(), number, isNew || reading::bind(control.get(), number));
+  }
+  return control;
 }
 
 std::string show(const std::vector<int32_t>& numbers) {

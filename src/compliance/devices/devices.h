@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "compliance/library/findings.h"
+#include "compliance/process/report.h"
 #include "reading/devices.h"
 #include "text/escaped.h"
 
@@ -47,10 +47,28 @@ std::vector<int32_t> childrenOf(int32_t fusionNumber);
 /// Numbers that no listed device has: all around those that are listed, and far from them.
 std::set<int32_t> unusedNumbers();
 
-/// Opens every listed device by its description, and visits it with a name for messages. One that does not open is a
-/// finding.
-void forEachDevice(Findings& findings,
-                   const std::function<void(Automation::Velq::DeviceCtrl* device, const std::string& where)>& visit);
+/// Changes the description. Tools count the terminator when they rename, and do not when they create a fusion device.
+Automation::Velq::ErrorCode setDescription(Automation::Velq::DeviceCtrl* device, const std::wstring& text,
+                                           bool countsTerminator = true);
+
+/// The operations that take children of a fusion device.
+using ChildrenOperation = decltype(&Automation::Velq::CvxFusionDeviceAddChildren);
+
+/// Calls such an operation.
+inline Automation::Velq::ErrorCode callWith(const std::vector<int32_t>& children, ChildrenOperation operation,
+                                            int32_t fusionNumber) {
+  return operation(fusionNumber, static_cast<int32_t>(children.size()), children.data());
+}
+
+/// Opens every listed device by its description, and visits it. One that does not open is a finding.
+void forEachDevice(const Findings& findings,
+                   const std::function<void(Automation::Velq::DeviceCtrl* device, const Findings& here)>& visit);
+
+/// Binds a control to each listed device in turn, to the first once more at the end, and visits it each time. Returns
+/// it; null when the library binds none.
+OpenControl bindToEach(
+    Automation::Velq::Scenario scenario,
+    const std::function<void(Automation::Velq::DaqCtrlBase* control, int32_t number, bool isBound)>& visit);
 
 /// As reports show them.
 inline std::string show(Automation::Velq::ErrorCode status) { return text::hexadecimal(status); }

@@ -37,7 +37,7 @@ void addItems(Snapshot& facts, Scenario scenario, int32_t number) {
     facts.merge(itemFactsOf(scenario, control.get(), number));
 }
 
-const std::string& valueOr(const Snapshot& snapshot, const std::string& fact, const std::string& otherwise) {
+std::string valueOr(const Snapshot& snapshot, const std::string& fact, const char* otherwise) {
   const auto found = snapshot.find(fact);
   return found == snapshot.end() ? otherwise : found->second;
 }
@@ -108,22 +108,20 @@ Snapshot without(int32_t number, Snapshot snapshot) {
   return snapshot;
 }
 
-std::vector<Difference> differences(const Snapshot& wanted, const Snapshot& found) {
+std::map<std::string, Difference> differences(const Snapshot& wanted, const Snapshot& found) {
   Snapshot all = wanted;
   all.insert(found.begin(), found.end());
-  std::vector<Difference> different;
+  std::map<std::string, Difference> different;
   for (const auto& [fact, value] : all) {
-    const std::string nothing = "nothing";
-    const std::string& right = valueOr(wanted, fact, nothing);
-    const std::string& left = valueOr(found, fact, nothing);
-    if (left != right) different.push_back({fact, right, left});
+    const Difference values{valueOr(wanted, fact, "nothing"), valueOr(found, fact, "nothing")};
+    if (values.wanted != values.found) different[fact] = values;
   }
   return different;
 }
 
-std::string firstDifference(const Snapshot& wanted, const Snapshot& found) {
-  const std::vector<Difference> all = differences(wanted, found);
-  return all.empty() ? "" : all[0].fact + " is " + all[0].found + ", not " + all[0].wanted;
+void expectSame(const Snapshot& wanted, const Snapshot& found, const Findings& here) {
+  for (const auto& [fact, values] : differences(wanted, found))
+    here.expect(false, fact + " is " + values.found + ", not " + values.wanted);
 }
 
 std::vector<int32_t> numbersIn(const Snapshot& snapshot) {

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "compliance/process/report.h"
+
 namespace compliance {
 
 /// Values as texts, each by the fact's name, such as "device 3: board id".
@@ -37,18 +39,17 @@ Snapshot factsAbout(int32_t number, Snapshot snapshot);
 /// What is left of a snapshot without a device, and without the order of the list.
 Snapshot without(int32_t number, Snapshot snapshot);
 
-/// A fact that is not as wanted. A value that is not there is "nothing".
+/// What a fact was wanted to be and is; "nothing" where there is none.
 struct Difference {
-  std::string fact;
   std::string wanted;
   std::string found;
 };
 
 /// All facts that are not as wanted.
-std::vector<Difference> differences(const Snapshot& wanted, const Snapshot& found);
+std::map<std::string, Difference> differences(const Snapshot& wanted, const Snapshot& found);
 
-/// "FACT is VALUE, not VALUE" for the first of them; empty when there is none.
-std::string firstDifference(const Snapshot& wanted, const Snapshot& found);
+/// Expects all facts to be as wanted.
+void expectSame(const Snapshot& wanted, const Snapshot& found, const Findings& here);
 
 /// The numbers of the devices in a snapshot, in the order of the list.
 std::vector<int32_t> numbersIn(const Snapshot& snapshot);

@@ -9,26 +9,19 @@
 
 namespace compliance {
 
-namespace {
-
-constexpr const char* EntryName = "CvxQuellisLibInitialize";
-
-}  // namespace
-
 Library::Library(const std::string& path, Report& report) : path_(std::filesystem::absolute(path)), report_(report) {}
 
 void Library::load() {
-  prepareToCatch();
-  watchProcess();
+  startWatching(report_);
   // Global, so that a preloaded probe finds the library behind itself.
-  void* const handle = callWatched("dlopen()", report_, [&] { return dlopen(path_.c_str(), RTLD_NOW | RTLD_GLOBAL); });
+  void* const handle = callWatched("dlopen()", [&] { return dlopen(path_.c_str(), RTLD_NOW | RTLD_GLOBAL); });
   if (handle == nullptr) throw std::runtime_error(dlerror());
-  if (dlsym(handle, EntryName) == nullptr) throw std::runtime_error(path_ + ": does not export " + EntryName);
-  void* const first = dlsym(RTLD_DEFAULT, EntryName);
+  if (dlsym(handle, Entry) == nullptr) throw std::runtime_error(path_ + ": does not export " + Entry);
+  void* const first = dlsym(RTLD_DEFAULT, Entry);
   Dl_info place{};
   if (dladdr(first, &place) != 0 && place.dli_fname != path_) report_.layer.set(place.dli_fname);
-  tables_ = callWatched(EntryName, report_, reinterpret_cast<decltype(&CvxQuellisLibInitialize)>(first));
-  watch(tables_, report_);
+  tables_ = callWatched(Entry, reinterpret_cast<decltype(&CvxQuellisLibInitialize)>(first));
+  watch(tables_);
 }
 
 }  // namespace compliance

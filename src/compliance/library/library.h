@@ -13,6 +13,9 @@ namespace compliance {
 /// preloaded probe, is called in its place. There is one in a process.
 class Library {
  public:
+  /// The one symbol that a library exports.
+  static constexpr const char* Entry = "CvxQuellisLibInitialize";
+
   /// Loads nothing yet. `report` hears of every call.
   Library(const std::string& path, Report& report);
 

@@ -45,51 +45,49 @@ size_t descriptor(int number) {
   return fstat(number, &file) == 0 ? combined(file.st_ino, static_cast<size_t>(fcntl(number, F_GETFL))) : 0;
 }
 
-size_t standardInput() {
-  return combined(descriptor(STDIN_FILENO), static_cast<size_t>(lseek(STDIN_FILENO, 0, SEEK_CUR)));
-}
-
-// Whether another file can be opened.
-size_t hasFreeDescriptor() {
-  const int number = dup(STDIN_FILENO);
-  if (number >= 0) close(number);
-  return number >= 0 || errno != EMFILE;
-}
-
-// The locale of the process, and that of the thread, which takes precedence.
-size_t localeInUse() {
-  return combined(hashOf(std::setlocale(LC_ALL, nullptr)), reinterpret_cast<size_t>(uselocale(locale_t())));
-}
-
-size_t workingDirectory() {
-  char path[PATH_MAX];
-  return hashOf(getcwd(path, sizeof path));
-}
-
-size_t environment() {
-  size_t hash = 0;
-  for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable)
-    hash = combined(hash, hashOf(*variable));
-  return hash;
-}
-
-size_t fileModeMask() {
-  const mode_t mask = umask(0);
-  umask(mask);
-  return mask;
-}
-
-size_t blockedSignals() {
-  sigset_t blocked{};
-  sigprocmask(SIG_BLOCK, nullptr, &blocked);
-  return hashOf(&blocked, sizeof blocked);
-}
-
-size_t isTimerRunning() {
-  itimerval timer{};
-  getitimer(ITIMER_REAL, &timer);
-  return timerisset(&timer.it_value);
-}
+// What a library may do to its process, and a value that is another one afterwards.
+constexpr std::pair<const char*, size_t (*)()> Aspects[] = {
+    {"reads, closes or changes standard input",
+     [] { return combined(descriptor(STDIN_FILENO), static_cast<size_t>(lseek(STDIN_FILENO, 0, SEEK_CUR))); }},
+    {"closes or changes standard output", [] { return descriptor(STDOUT_FILENO); }},
+    {"uses up all file descriptors",
+     [] {
+       const int number = dup(STDIN_FILENO);
+       if (number >= 0) close(number);
+       return size_t{number >= 0 || errno != EMFILE};
+     }},
+    // That of the process, and that of the thread, which takes precedence.
+    {"sets the locale",
+     [] { return combined(hashOf(std::setlocale(LC_ALL, nullptr)), reinterpret_cast<size_t>(uselocale(locale_t()))); }},
+    {"changes the working directory",
+     [] {
+       char path[PATH_MAX];
+       return hashOf(getcwd(path, sizeof path));
+     }},
+    {"changes the environment",
+     [] {
+       size_t hash = 0;
+       for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable)
+         hash = combined(hash, hashOf(*variable));
+       return hash;
+     }},
+    {"changes the umask",
+     [] {
+       const mode_t mask = umask(0);
+       umask(mask);
+       return size_t{mask};
+     }},
+    {"changes which signals are blocked",
+     [] {
+       sigset_t blocked{};
+       sigprocmask(SIG_BLOCK, nullptr, &blocked);
+       return hashOf(&blocked, sizeof blocked);
+     }},
+    {"starts a timer", [] {
+       itimerval timer{};
+       getitimer(ITIMER_REAL, &timer);
+       return size_t{timerisset(&timer.it_value)};
+     }}};
 
 size_t actionOf(int signal) {
   struct sigaction action {};
@@ -101,17 +99,9 @@ size_t actionOf(int signal) {
 
 Surroundings::Surroundings() {
   replaceStandardInput();
-  watch("reads, closes or changes standard input", standardInput);
-  watch("closes or changes standard output", [] { return descriptor(STDOUT_FILENO); });
+  for (const auto& [change, read] : Aspects) watch(change, read);
   for (int number = STDERR_FILENO + 1; number <= LastOfTheChecker; ++number)
     if (descriptor(number) != 0) watch("closes or changes what it did not open", [=] { return descriptor(number); });
-  watch("uses up all file descriptors", hasFreeDescriptor);
-  watch("sets the locale", localeInUse);
-  watch("changes the working directory", workingDirectory);
-  watch("changes the environment", environment);
-  watch("changes the umask", fileModeMask);
-  watch("changes which signals are blocked", blockedSignals);
-  watch("starts a timer", isTimerRunning);
   for (const int signal : Signals)
     watch(std::string("takes over SIG") + sigabbrev_np(signal), [signal] { return actionOf(signal); });
 }

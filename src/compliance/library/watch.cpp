@@ -20,8 +20,8 @@ namespace {
 using namespace Automation::Velq;
 
 // The watched functions have no room for arguments of ours.
-const LibraryTable* library = nullptr;
-Report* reported = nullptr;
+const LibraryTable* watchedLibrary = nullptr;
+Report* report = nullptr;
 
 const Surroundings& surroundings() {
   static const Surroundings atStart;
@@ -46,9 +46,9 @@ bool isChange(std::string_view operation) {
 
 FunctionTable watchedFunctions() {
   FunctionTable table{};
-#define VELQ_FUNCTION(result, name, parameters, arguments)                                    \
-  table.name = [] parameters -> result {                                                      \
-    return callWatched(#name, *reported, [&] { return library->functions->name arguments; }); \
+#define VELQ_FUNCTION(result, name, parameters, arguments)                                \
+  table.name = [] parameters -> result {                                                  \
+    return callWatched(#name, [&] { return watchedLibrary->functions->name arguments; }); \
   };
 #include <velq/operations.def>
   return table;
@@ -56,9 +56,9 @@ FunctionTable watchedFunctions() {
 
 ObjectTable watchedObjects() {
   ObjectTable table{};
-#define VELQ_OBJECT(result, name, parameters, arguments)                                    \
-  table.name = [] parameters -> result {                                                    \
-    return callWatched(#name, *reported, [&] { return library->objects->name arguments; }); \
+#define VELQ_OBJECT(result, name, parameters, arguments)                                \
+  table.name = [] parameters -> result {                                                \
+    return callWatched(#name, [&] { return watchedLibrary->objects->name arguments; }); \
   };
 #include <velq/operations.def>
   return table;
@@ -66,45 +66,49 @@ ObjectTable watchedObjects() {
 
 }  // namespace
 
-Call::~Call() {
-  const int64_t duration = std::chrono::nanoseconds(Clock::now() - begin_).count();
-  if (duration > report_.slowest) {
-    report_.slowest = duration;
-    report_.slowestOperation.set(name_);
-  }
-  if (report_.disturbance.isEmpty())
-    if (const std::string what = disturbance(); !what.empty()) report_.disturbance.set(what + ", during " + name_);
-  if (isChange(name_)) report_.change.set(name_);
-  report_.isCalling = false;
-  ++report_.calls;
-}
-
-void endWithException(Report& report) {
-  const std::type_info* const type = abi::__cxa_current_exception_type();
-  const std::string name = type == nullptr ? "what is no C++ exception" : base::demangled(type->name());
-  try {
-    throw;
-  } catch (const std::exception& exception) {
-    report.thrown.set(name + ": " + exception.what());
-  } catch (...) {
-    report.thrown.set(name);
-  }
-  _exit(0);
-}
-
-void watchProcess() { surroundings(); }
-
-void prepareToCatch() {
+void startWatching(Report& ofProcess) {
+  report = &ofProcess;
+  surroundings();
+  // The unwinder of this program sets itself up with the first exception that it raises, and would abort without.
   try {
     throw 0;
   } catch (int) {
   }
 }
 
-void watch(const LibraryTable* tables, Report& report) {
-  library = tables;
-  reported = &report;
+Call::Call(const char* name) : name_(name) {
+  report->operation.set(name);
+  report->isCalling = true;
 }
+
+Call::~Call() {
+  const int64_t duration = std::chrono::nanoseconds(Clock::now() - begin_).count();
+  if (duration > report->slowest) {
+    report->slowest = duration;
+    report->slowestOperation.set(name_);
+  }
+  if (report->disturbance.isEmpty())
+    if (const std::string what = disturbance(); !what.empty()) report->disturbance.set(what + ", during " + name_);
+  if (isChange(name_)) report->change.set(name_);
+  report->isCalling = false;
+  ++report->calls;
+}
+
+void endWithException() {
+  const std::type_info* const type = abi::__cxa_current_exception_type();
+  const std::string name = type == nullptr ? "what is no C++ exception" : base::demangled(type->name());
+  report->isCalling = true;
+  try {
+    throw;
+  } catch (const std::exception& exception) {
+    report->thrown.set(name + ": " + exception.what());
+  } catch (...) {
+    report->thrown.set(name);
+  }
+  _exit(0);
+}
+
+void watch(const LibraryTable* tables) { watchedLibrary = tables; }
 
 const LibraryTable* watchedTables() {
   // Static, for the tool's side of the boundary asks for the tables once and calls them until the process ends.

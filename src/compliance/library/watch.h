@@ -9,14 +9,15 @@
 
 namespace compliance {
 
-/// Notes in the report that `name` is being called; at the end of the call, also how long it took, and what the library
-/// has done to the process meanwhile that is not its business.
+/// Notes from now on in `report` what is called and what is done to the process; to be called before the library is
+/// loaded. From now on this program can also catch what a library throws that has a C++ runtime of its own.
+void startWatching(Report& report);
+
+/// Notes that `name` is being called; at the end of the call, also how long it took, and what the library has done to
+/// the process meanwhile that is not its business.
 class Call {
  public:
-  Call(const char* name, Report& report) : name_(name), report_(report) {
-    report.operation.set(name);
-    report.isCalling = true;
-  }
+  explicit Call(const char* name);
   ~Call();
   Call(const Call&) = delete;
   Call& operator=(const Call&) = delete;
@@ -25,39 +26,27 @@ class Call {
   using Clock = std::chrono::steady_clock;
 
   const char* name_;
-  Report& report_;
   const Clock::time_point begin_ = Clock::now();
 };
 
+/// Notes the exception that is being handled, and ends the process.
+[[noreturn]] void endWithException();
+
 /// Calls `operation` under its name. An exception that it lets out is noted and ends the process.
 template <typename Operation>
-auto callWatched(const char* name, Report& report, const Operation& operation);
+auto callWatched(const char* name, const Operation& operation) {
+  try {
+    const Call call(name);
+    return operation();
+  } catch (...) {
+    endWithException();
+  }
+}
 
-/// Notes from now on what is done to the process; to be called before the library is loaded.
-void watchProcess();
-
-/// Lets this program catch what a library throws that has a C++ runtime of its own: the unwinder of this one sets
-/// itself up with the first exception that it raises, and would abort without.
-void prepareToCatch();
-
-/// Watches these tables from now on, which have to be complete, and reports to `report`.
-void watch(const Automation::Velq::LibraryTable* tables, Report& report);
+/// Watches these tables from now on, which have to be complete.
+void watch(const Automation::Velq::LibraryTable* tables);
 
 /// The tables to call in place of those that are watched.
 const Automation::Velq::LibraryTable* watchedTables();
-
-/// Notes the exception that is being handled, and ends the process.
-[[noreturn]] void endWithException(Report& report);
-
-template <typename Operation>
-auto callWatched(const char* name, Report& report, const Operation& operation) {
-  try {
-    const Call call(name, report);
-    return operation();
-  } catch (...) {
-    report.isCalling = true;
-    endWithException(report);
-  }
-}
 
 }  // namespace compliance

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace compliance {
 
@@ -37,6 +38,34 @@ struct Report {
   SharedText<500> thrown;       ///< the type of an exception that `operation` let out, and its message
   SharedText<200> disturbance;  ///< of the process: what was done, and during which call
   SharedText<4096> layer;       ///< the file that answers, where it is not the library's
+};
+
+/// What a check finds at a place. The first of each kind is saved, and the number of all.
+class Findings {
+ public:
+  explicit Findings(Report& report, std::string where = "") : report_(report), where_(std::move(where)) {}
+
+  /// At a place within this one.
+  Findings at(const std::string& place) const {
+    return Findings(report_, where_.empty() ? place : where_ + ", " + place);
+  }
+
+  const std::string& where() const { return where_; }
+
+  /// Notes that `what` was found unless the promise holds. Returns `holds`.
+  bool expect(bool holds, const std::string& what) const {
+    if (!holds && report_.findings++ == 0) report_.finding.set(what + ", " + where_);
+    return holds;
+  }
+
+  /// Notes that the library refuses what was to be tried, as it may.
+  void refuse() const {
+    if (report_.refusals++ == 0) report_.refusal.set(where_);
+  }
+
+ private:
+  Report& report_;
+  std::string where_;
 };
 
 }  // namespace compliance

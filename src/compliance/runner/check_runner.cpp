@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <map>
 #include <new>
 #include <sstream>
 #include <stdexcept>
@@ -41,18 +40,11 @@ void perform(const Check& check, const std::string& path, Report& report, const 
     if (*check.needs != 0) library.load();
     check.run({library, next, before}, findings);
   } catch (const std::exception& error) {
-    findings.expect(false, error.what(), "in the checker");
+    findings.at("in the checker").expect(false, error.what());
   }
   report.isFinished = true;
   report.operation.set("exit()");
   report.isCalling = true;
-}
-
-// Within a process of its own.
-void restoreIn(const std::string& path, Report& report, const Snapshot& before) {
-  Library library(path, report);
-  library.load();
-  restoreDevices(before, [](const std::string& line) { base::writeAll(ResultDescriptor, line + "\n"); });
 }
 
 std::string endingOf(int status) {
@@ -167,30 +159,32 @@ std::string CheckRunner::findingOf(const Ending& ending) {
          limit;
 }
 
-void CheckRunner::restore() {
+Ending CheckRunner::runLoaded(const std::function<void()>& work) {
   // To its end, for a user, or timeout(1), may send more than one signal.
-  const Ending ending = supervisor_.run(
-      "restoring", [&] { restoreIn(path_, report_, before_); }, false);
-  std::map<std::string, Alteration> alterations;
-  std::istringstream lines(ending.result);
-  bool isDone = false;
-  for (std::string line; std::getline(lines, line);) {
-    isDone = line.empty();
-    if (const auto alteration = alterationIn(line)) alterations[alteration->difference.fact] = *alteration;
-  }
-  for (const auto& [fact, alteration] : alterations) {
-    const auto& [same, wanted, found] = alteration.difference;
-    const bool isRestored = isDone && !alteration.isLeft;
-    print(isRestored ? "# restored: " + fact + " " + wanted + ", was left at " + found
-                     : "# NOT RESTORED: " + fact + " is " + found + ", was " + wanted);
-    isAltered_ = isAltered_ || !isRestored;
-  }
-  if (isDone) return;
-  isAltered_ = true;
-  print("# NOT RESTORED: the library " + findingOf(ending));
-  if (alterations.empty())
-    for (const auto& [fact, value] : before_)
-      if (isRestorable(fact)) print("# before: " + fact + " " + value);
+  constexpr bool EndsBySignal = false;
+  return supervisor_.run(
+      "restoring",
+      [&] {
+        Library(path_, report_).load();
+        work();
+      },
+      EndsBySignal);
+}
+
+void CheckRunner::restore() {
+  const auto sendSnapshot = [] { base::writeAll(ResultDescriptor, textOf(takeSnapshot())); };
+  const std::string first = runLoaded(sendSnapshot).result;
+  runLoaded([this] { restoreDevices(before_); });
+  const Ending last = runLoaded(sendSnapshot);
+  const bool isKnown = !last.result.empty();
+  const auto left = alterations(before_, snapshotOf(isKnown ? last.result : first));
+  isAltered_ = isAltered_ || !isKnown || !left.empty();
+  if (!isKnown) print("# NOT RESTORED: the library " + findingOf(last));
+  for (const auto& [fact, values] : left)
+    print("# NOT RESTORED: " + fact + " is " + values.found + ", was " + values.wanted);
+  if (first.empty()) return;
+  for (const auto& [fact, values] : alterations(before_, snapshotOf(first)))
+    if (!left.contains(fact)) print("# restored: " + fact + " " + values.wanted + ", was left at " + values.found);
 }
 
 std::string CheckRunner::numbered(const char* result, const char* name) const {

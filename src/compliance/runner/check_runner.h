@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <set>
 #include <string>
 
@@ -46,6 +47,8 @@ class CheckRunner {
   std::string findingOf(const Ending& ending);
   void noteDisturbance(const Ending& ending);
   void noteSlowest();
+  /// In a process of its own that has loaded the library.
+  Ending runLoaded(const std::function<void()>& work);
   void restore();
   std::string numbered(const char* result, const char* name) const;
   void report(const char* name, const Verdict& verdict);

@@ -1,0 +1,142 @@
+// Changes of descriptions and board ids: done or refused, never in between, persistent, and restored.
+#include <algorithm>
+
+#include "compliance/checks/changed_device.h"
+
+namespace compliance {
+
+using namespace Automation::Velq;
+
+namespace {
+
+struct Candidate {
+  std::wstring text;
+  bool isImpossible;  ///< has to be refused
+};
+
+// Of one and more characters, of one to four bytes each in UTF-8, with leading, double and trailing spaces, and around
+// the longest that is allowed.
+std::vector<Candidate> candidatesFor(const std::wstring& own) {
+  std::vector<Candidate> candidates = {{own, false},
+                                       {L"velq-compliance 1", false},
+                                       {L"velq-compliance 2", false},
+                                       {L"v", false},
+                                       {L"velq \u00e9\u03a9\u4e2d\U0001F50C", false},
+                                       {L"  velq  compliance,#0 ", false},
+                                       {std::wstring(62, L'v'), false},
+                                       {std::wstring(63, L'w'), false},
+                                       {L"", true},
+                                       {std::wstring(64, L'x'), true},
+                                       {std::wstring(300, L'y'), true}};
+  // One neighbour shows as much as all of them.
+  const std::vector<std::wstring> listed = listedDescriptions();
+  const auto taken = std::find_if(listed.begin(), listed.end(), [&](const auto& text) { return text != own; });
+  if (taken != listed.end()) candidates.push_back({*taken, true});
+  return candidates;
+}
+
+// Returns whether the library has taken it; `present` is the description before, and then the new one.
+bool tryDescription(ChangedDevice& device, std::wstring& present, const Candidate& candidate, bool countsTerminator) {
+  const ErrorCode status = setDescription(device.handle(), candidate.text, countsTerminator);
+  const std::string change = "a change to " + show(candidate.text) +
+                             (countsTerminator ? "" : ", terminator not counted") + ", with status " + show(status);
+  device.findings().expect(status != Success || !candidate.isImpossible, "takes " + show(candidate.text));
+  const bool isTaken = status == Success && !candidate.isImpossible;
+  if (isTaken) device.wantDescription(candidate.text);
+  device.look(change);
+  if (!isTaken) return false;
+  const OpenDevice opened = openDevice(candidate.text);
+  device.findings().expect(opened != nullptr && DeviceCtrl_getDeviceNumber(opened.get()) == device.number(),
+                           "cannot be opened as " + show(candidate.text) + " after " + change);
+  device.findings().expect(present == candidate.text || openDevice(present) == nullptr,
+                           "can still be opened as " + show(present) + " after " + change);
+  present = candidate.text;
+  return true;
+}
+
+// Of a control that was bound before the change.
+void expectRecord(const ChangedDevice& device, Scenario scenario, DaqCtrlBase* control) {
+  if (control == nullptr) return;
+  DeviceInformation record{};
+  DaqCtrlBase_getSelectedDevice(control, &record);
+  record.Description[DescriptionCapacity - 1] = 0;
+  device.findings().expect(record.Description == descriptionOf(device.handle()),
+                           "is described " + show(record.Description) + " in the record of a " + nameOf(scenario) +
+                               " that was bound before the change");
+}
+
+void changeDescriptions(ChangedDevice& device) {
+  const std::wstring own = descriptionOf(device.handle());
+  Array* const listedBefore = DeviceCtrl_getInstalledDevices();
+  const std::vector<std::wstring> before = descriptionsIn(listedBefore);
+  const OpenDevice openedBefore = openDevice(device.number(), nullptr);
+  const OpenControl firmware = openControl(ScenarioFirmware, device.number());
+  const OpenControl calibration = openControl(ScenarioCalibration, device.number());
+  const Findings& here = device.findings();
+
+  std::wstring present = own;
+  int taken = 0;
+  bool countsTerminator = true;
+  for (const Candidate& candidate : candidatesFor(own)) {
+    taken += tryDescription(device, present, candidate, countsTerminator);
+    countsTerminator = !countsTerminator;
+  }
+  if (taken == 0) return here.refuse();
+  device.lookAround("changes of the description");
+  expectRecord(device, ScenarioFirmware, firmware.get());
+  expectRecord(device, ScenarioCalibration, calibration.get());
+  const std::wstring elsewhere = descriptionOf(openedBefore.get());
+  here.expect(elsewhere == descriptionOf(device.handle()),
+              "is described " + show(elsewhere) + " in a handle that was open before the change");
+  here.expect(descriptionsIn(listedBefore) == before, "a list that was returned before the change has changed");
+  const ErrorCode status = setDescription(device.handle(), own);
+  here.expect(status == Success, "the old description is refused, status " + show(status));
+  device.wantDescription(own);
+  device.lookAround("the old description was restored");
+}
+
+// Around where a board's highest id may lie, which is the board's own affair.
+constexpr int32_t Candidates[] = {0,  1,  2,  3,   4,   6,     7,         8,  14,       15,
+                                  16, 31, 32, 255, 256, 65536, INT32_MAX, -1, INT32_MIN};
+
+// Returns whether the library has taken it.
+bool tryBoardId(ChangedDevice& device, int32_t id) {
+  const ErrorCode status = DeviceCtrl_setBoardId(device.handle(), id);
+  const std::string shown = std::to_string(id);
+  device.findings().expect(failed(status) || id >= 0, "takes the board id " + shown);
+  const bool isTaken = !failed(status) && id >= 0;
+  if (isTaken) device.wantBoardId(id);
+  device.look("a change of the board id to " + shown + " with status " + show(status));
+  return isTaken;
+}
+
+void changeBoardIds(ChangedDevice& device) {
+  const int32_t own = DeviceCtrl_getBoardId(device.handle());
+  const OpenDevice openedBefore = openDevice(device.number(), nullptr);
+  // First its own id, which every board that has settable ids takes.
+  int taken = tryBoardId(device, own);
+  for (const int32_t id : Candidates) taken += tryBoardId(device, id);
+  if (taken == 0) return device.findings().refuse();
+  const int32_t elsewhere = DeviceCtrl_getBoardId(openedBefore.get());
+  device.findings().expect(
+      elsewhere == DeviceCtrl_getBoardId(device.handle()),
+      "has the board id " + std::to_string(elsewhere) + " in a handle that was open before the change");
+  device.lookAround("changes of the board id");
+  if (own < 0) return;
+  const ErrorCode status = DeviceCtrl_setBoardId(device.handle(), own);
+  device.findings().expect(!failed(status), "the old board id is refused, status " + show(status));
+  device.wantBoardId(own);
+  device.lookAround("the old board id was restored");
+}
+
+}  // namespace
+
+void checkDescriptionChanges(const CheckContext& context, const Findings& findings) {
+  changeEach(context, findings, changeDescriptions);
+}
+
+void checkBoardIdChanges(const CheckContext& context, const Findings& findings) {
+  changeEach(context, findings, changeBoardIds);
+}
+
+}  // namespace compliance
