@@ -294,7 +294,7 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"keeps a lock", setId<[](int32_t id) { return keepId(id), id == 3 ? openBoard(O_RDWR) : 0, Success; }>},
     {"crashes in a rename", setText<[](auto* device, int32_t count, auto* text) {
        const ErrorCode status = setDescription(device, count, text);
-       return text[0] == 'w' ? raise(SIGSEGV) : 0, status;
+       return text[0] == 'l' ? raise(SIGSEGV) : 0, status;
      }>},
     {"several: crashes in a group", [](auto&) {
        functions.CvxFusionDeviceAddChildren = [](int32_t number, int32_t count, const int32_t* children) {

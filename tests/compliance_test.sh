@@ -161,7 +161,7 @@ several: check adds|write-fusion: has the children [6, 7], not [6], fusion devic
 several: no single child|write-fusion: can be grouped at once, but not one after the other, devices [6, 7]
 several: hidden device|open-unknown: opens a device that is not there, DeviceCtrl_Create(5, null)
 constructor|load: ends the process with SIGABRT during dlopen()
-destructor|load: ends the process with SIGABRT during exit()
+destructor|process-left-alone: ends the process with SIGABRT during exit()
 last words|process-left-alone: writes to standard output
 exit|first-look: ends the process with status 0 during DeviceCtrl_getProductId
 signal|first-look: ends the process with SIGSEGV during DeviceCtrl_getProductId
@@ -208,8 +208,8 @@ no names|device-list: an empty description, list of installed devices, device ""
 moving addresses|returned-stays: device 0: base addresses reads elsewhere: 0 , not 0 , after all other operations
 long name|device-list: 64 characters, more than the 63 that a record holds, list of installed devices, device
 counting addresses|array-base-addresses: other values after other calls, device "Minimal board"
-bad end|first-look: ends the process with SIGABRT during exit()
-silent end|load: ends the process before the tool's output is written, during exit()
+bad end|process-left-alone: ends the process with SIGABRT during exit()
+silent end|process-left-alone: ends the process before the tool's output is written, during exit()
 shared items|returned-stays: firmware control of device 0: list of every chip reads elsewhere: 1 handles, not 1 handles, after
 negative number|open-unknown: opens a device that is not there, DeviceCtrl_Create(-2147483648, "Minimal board")
 alike|open-unknown: opens a device that is not there, DeviceCtrl_Create(-1, "MINIMAL BOARD")
@@ -237,7 +237,7 @@ name by id|write-board-id: device 0: solution 0, name is "1", not "0", device "M
 chip by id|write-board-id: device 0: chip 0, description is "Bus FPGA", not nothing, device "Minimal board", after
 version by id|write-board-id: device 0: chip 0, version is "1", not "0", device "Minimal board", after a
 codes|calibration: writes more than 15 codes, device "Minimal board", solution 0, section 0, item 0
-cuts a description|write-description: takes "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"
+cuts a description|write-description: takes "mmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmm"
 no way back|write-description: the old description is refused, status 0xe0000001, device "Minimal board"
 warns of a change|write-description: device 0: description is "velq-compliance 1", not "Minimal board", device "Minimal board", after a
 no id back|write-board-id: the old board id is refused, status 0xe0000001, device "Minimal board"

@@ -9,48 +9,48 @@ using namespace Automation::Velq;
 
 namespace {
 
-struct Candidate {
-  std::wstring text;
-  bool isImpossible;  ///< has to be refused
-};
-
 // Of one and more characters, of one to four bytes each in UTF-8, with leading, double and trailing spaces, and around
-// the longest that is allowed.
-std::vector<Candidate> candidatesFor(const std::wstring& own) {
-  std::vector<Candidate> candidates = {{own, false},
-                                       {L"velq-compliance 1", false},
-                                       {L"velq-compliance 2", false},
-                                       {L"v", false},
-                                       {L"velq \u00e9\u03a9\u4e2d\U0001F50C", false},
-                                       {L"  velq  compliance,#0 ", false},
-                                       {std::wstring(62, L'v'), false},
-                                       {std::wstring(63, L'w'), false},
-                                       {L"", true},
-                                       {std::wstring(64, L'x'), true},
-                                       {std::wstring(300, L'y'), true}};
-  // One neighbour shows as much as all of them.
+// the longest that is allowed; and that of a neighbour, which shows as much as all of them.
+std::vector<std::wstring> candidatesFor(const std::wstring& own) {
+  std::vector<std::wstring> candidates = {own,
+                                          L"velq-compliance 1",
+                                          L"velq-compliance 2",
+                                          L"v",
+                                          L"velq \u00e9\u03a9\u4e2d\U0001F50C",
+                                          L"  velq  compliance,#0 "};
+  // Each of another letter, so that it shows when one is cut.
+  for (const int length : {62, 63, 0, 64, 300})
+    candidates.emplace_back(length, static_cast<wchar_t>(L'a' + length % 26));
   const std::vector<std::wstring> listed = listedDescriptions();
   const auto taken = std::find_if(listed.begin(), listed.end(), [&](const auto& text) { return text != own; });
-  if (taken != listed.end()) candidates.push_back({*taken, true});
+  if (taken != listed.end()) candidates.push_back(*taken);
   return candidates;
 }
 
+// Whether it has to be refused: it is empty, longer than a record takes, or that of another device.
+bool isImpossible(const std::wstring& text, int32_t number) {
+  const OpenDevice device = openDevice(text);
+  return text.empty() || text.size() >= DescriptionCapacity ||
+         (device != nullptr && DeviceCtrl_getDeviceNumber(device.get()) != number);
+}
+
 // Returns whether the library has taken it; `present` is the description before, and then the new one.
-bool tryDescription(ChangedDevice& device, std::wstring& present, const Candidate& candidate, bool countsTerminator) {
-  const ErrorCode status = setDescription(device.handle(), candidate.text, countsTerminator);
-  const std::string change = "a change to " + show(candidate.text) +
-                             (countsTerminator ? "" : ", terminator not counted") + ", with status " + show(status);
-  device.findings().expect(status != Success || !candidate.isImpossible, "takes " + show(candidate.text));
-  const bool isTaken = status == Success && !candidate.isImpossible;
-  if (isTaken) device.wantDescription(candidate.text);
+bool tryDescription(ChangedDevice& device, std::wstring& present, const std::wstring& text, bool countsTerminator) {
+  const bool isPossible = !isImpossible(text, device.number());
+  const ErrorCode status = setDescription(device.handle(), text, countsTerminator);
+  const std::string change = "a change to " + show(text) + (countsTerminator ? "" : ", terminator not counted") +
+                             ", with status " + show(status);
+  device.findings().expect(status != Success || isPossible, "takes " + show(text));
+  const bool isTaken = status == Success && isPossible;
+  if (isTaken) device.wantDescription(text);
   device.look(change);
   if (!isTaken) return false;
-  const OpenDevice opened = openDevice(candidate.text);
+  const OpenDevice opened = openDevice(text);
   device.findings().expect(opened != nullptr && DeviceCtrl_getDeviceNumber(opened.get()) == device.number(),
-                           "cannot be opened as " + show(candidate.text) + " after " + change);
-  device.findings().expect(present == candidate.text || openDevice(present) == nullptr,
+                           "cannot be opened as " + show(text) + " after " + change);
+  device.findings().expect(present == text || openDevice(present) == nullptr,
                            "can still be opened as " + show(present) + " after " + change);
-  present = candidate.text;
+  present = text;
   return true;
 }
 
@@ -77,8 +77,8 @@ void changeDescriptions(ChangedDevice& device) {
   std::wstring present = own;
   int taken = 0;
   bool countsTerminator = true;
-  for (const Candidate& candidate : candidatesFor(own)) {
-    taken += tryDescription(device, present, candidate, countsTerminator);
+  for (const std::wstring& text : candidatesFor(own)) {
+    taken += tryDescription(device, present, text, countsTerminator);
     countsTerminator = !countsTerminator;
   }
   if (taken == 0) return here.refuse();

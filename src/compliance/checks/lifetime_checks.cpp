@@ -48,10 +48,6 @@ class KeptThings {
     things_.push_back({what, std::move(read), value});
   }
 
-  void keepText(const std::string& what, const wchar_t* text) {
-    keep(what, [text] { return show(text); });
-  }
-
   // Of handles, whose Value is void, nothing but where they lie.
   template <typename Value>
   void keepArray(const std::string& what, Array* array) {
@@ -89,7 +85,7 @@ void keepItems(KeptThings& things, Scenario scenario, DaqCtrlBase* control, cons
     return true;
   };
   const auto keepString = [&](const auto& get, const char* what, const std::string& place) {
-    things.keepText(where + ": " + place + ", " + what, get());
+    things.keep(where + ": " + place + ", " + what, [text = get()] { return show(text); });
   };
   visitItems(scenario, control, {.array = keepArray, .string = keepString});
 }

@@ -1,8 +1,5 @@
 #include "compliance/devices/items.h"
 
-#include <utility>
-#include <vector>
-
 #include "compliance/devices/devices.h"
 
 namespace compliance {
@@ -12,13 +9,9 @@ using namespace Automation::Velq;
 namespace {
 
 template <typename Object>
-using Strings = std::vector<std::pair<const char*, const wchar_t* (*)(Object*)>>;
-
-template <typename Object>
-void visitStrings(Object* object, const Strings<Object>& strings, const std::string& place,
-                  const ItemVisitor& visitor) {
-  for (const auto& [what, getter] : strings)
-    visitor.string([object, get = getter] { return get(object); }, what, place);
+void visitString(Object* object, const char* what, const wchar_t* (*getter)(Object*), const std::string& place,
+                 const ItemVisitor& visitor) {
+  visitor.string([object, getter] { return getter(object); }, what, place);
 }
 
 template <typename Object, typename Visit>
@@ -32,32 +25,27 @@ void visitElements(Array* array, const std::string& kind, const std::string& pla
 }
 
 void visitChip(FirmwareItem* chip, const std::string& place, const ItemVisitor& visitor) {
-  visitStrings<FirmwareItem>(chip,
-                             {{"description", FirmwareItem_getDescription},
-                              {"version", FirmwareItem_getVersion},
-                              {"notice", FirmwareItem_getNotice}},
-                             place, visitor);
+  visitString(chip, "description", FirmwareItem_getDescription, place, visitor);
+  visitString(chip, "version", FirmwareItem_getVersion, place, visitor);
+  visitString(chip, "notice", FirmwareItem_getNotice, place, visitor);
   visitor.chip(chip, place);
 }
 
 void visitItem(CalibrationItem* item, const std::string& place, const ItemVisitor& visitor) {
-  visitStrings<CalibrationItem>(item, {{"name", CalibrationItem_getName}}, place, visitor);
+  visitString(item, "name", CalibrationItem_getName, place, visitor);
   visitor.item(item, place);
 }
 
 void visitSection(CalibrationSection* section, const std::string& place, const ItemVisitor& visitor) {
-  visitStrings<CalibrationSection>(
-      section, {{"description", CalibrationSection_getDescription}, {"instruction", CalibrationSection_getInstruction}},
-      place, visitor);
+  visitString(section, "description", CalibrationSection_getDescription, place, visitor);
+  visitString(section, "instruction", CalibrationSection_getInstruction, place, visitor);
   visitElements<CalibrationItem>(CalibrationSection_getItems(section), "item", place, visitor, visitItem);
 }
 
 void visitSolution(CalibrationSolution* solution, const std::string& place, const ItemVisitor& visitor) {
-  visitStrings<CalibrationSolution>(solution,
-                                    {{"name", CalibrationSolution_getName},
-                                     {"description", CalibrationSolution_getDescription},
-                                     {"instruction", CalibrationSolution_getInstruction}},
-                                    place, visitor);
+  visitString(solution, "name", CalibrationSolution_getName, place, visitor);
+  visitString(solution, "description", CalibrationSolution_getDescription, place, visitor);
+  visitString(solution, "instruction", CalibrationSolution_getInstruction, place, visitor);
   visitElements<CalibrationSection>(CalibrationSolution_getSections(solution), "section", place, visitor, visitSection);
 }
 

@@ -32,11 +32,6 @@ std::string answerOf(Array* array) {
   return text;
 }
 
-void addItems(Snapshot& facts, Scenario scenario, int32_t number) {
-  if (const OpenControl control = openControl(scenario, number))
-    facts.merge(itemFactsOf(scenario, control.get(), number));
-}
-
 std::string valueOr(const Snapshot& snapshot, const std::string& fact, const char* otherwise) {
   const auto found = snapshot.find(fact);
   return found == snapshot.end() ? otherwise : found->second;
@@ -74,7 +69,9 @@ Snapshot factsOf(DeviceCtrl* device) {
                  {prefix + "interrupts", answerOf<int32_t>(DeviceCtrl_getInterrupts(device))},
                  {prefix + "fusion status", show(CvxIsFusionDevice(number))},
                  {childrenFact(number), show(childrenOf(number))}};
-  for (const Scenario scenario : Scenarios) addItems(facts, scenario, number);
+  for (const Scenario scenario : Scenarios)
+    if (const OpenControl control = openControl(scenario, number))
+      facts.merge(itemFactsOf(scenario, control.get(), number));
   return facts;
 }
 

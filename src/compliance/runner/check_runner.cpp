@@ -106,26 +106,24 @@ std::string CheckRunner::unmetNeed(const Check& check) const {
 }
 
 Verdict CheckRunner::runOne(const Check& check) {
-  const Ending ending = supervisor_.run(check.name, [&] {
-    perform(check, path_, report_, before_);
-    if (isExitKnownBad_) _exit(0);
-  });
+  const Ending ending = supervisor_.run(check.name, [&] { perform(check, path_, report_, before_); });
   // Once, for it is the same in every process.
   if (!report_.layer.isEmpty() && passed_.empty() && failed_ == 0) print("# through " + report_.layer.get());
   interruption_ = ending.interruption;
-  noteDisturbance(ending);
+  if (disturbance_.empty()) disturbance_ = disturbanceIn(ending);
   noteSlowest();
   if (check.run == lookFirst) before_ = snapshotOf(ending.result);
   return {findingOf(ending), counted(report_.refusal.get(), report_.refusals), report_.refusals};
 }
 
-void CheckRunner::noteDisturbance(const Ending& ending) {
-  if (!disturbance_.empty()) return;
-  disturbance_ = report_.disturbance.get();
-  if (disturbance_.empty() && ending.hasOutput) disturbance_ = "writes to standard output";
-  // What a process leaves that ends early is that end's fault.
-  if (disturbance_.empty() && ending.note && ending.note->status == 0 && ending.note->leavesProcesses)
-    disturbance_ = "leaves processes behind";
+std::string CheckRunner::disturbanceIn(const Ending& ending) const {
+  if (!report_.disturbance.isEmpty()) return report_.disturbance.get();
+  if (ending.hasOutput) return "writes to standard output";
+  // What else shows at the end of a process that ends early is that end's fault.
+  if (!ending.note || !ending.problem.empty() || !report_.isFinished) return "";
+  if (ending.note->status != 0) return endingOf(ending.note->status) + " during exit()";
+  if (!ending.isFlushed) return "ends the process before the tool's output is written, during exit()";
+  return ending.note->leavesProcesses ? "leaves processes behind" : "";
 }
 
 void CheckRunner::noteSlowest() {
@@ -150,13 +148,7 @@ std::string CheckRunner::findingOf(const Ending& ending) {
   const std::string thrown = report_.thrown.get(), limit = limitBehind(*ending.note, thrown);
   if (!thrown.empty()) return "lets an exception out" + during + ": " + thrown + limit;
   if (!report_.isFinished) return endingOf(ending.note->status) + during + limit;
-  if (report_.findings > 0) return counted(report_.finding.get(), report_.findings);
-  if (isExitKnownBad_ || (ending.note->status == 0 && ending.isFlushed)) return "";
-  // Reported once; the other checks are still worth their verdicts.
-  isExitKnownBad_ = true;
-  const bool isLost = ending.note->status == 0;
-  return (isLost ? "ends the process before the tool's output is written," : endingOf(ending.note->status)) + during +
-         limit;
+  return report_.findings > 0 ? counted(report_.finding.get(), report_.findings) : "";
 }
 
 Ending CheckRunner::runLoaded(const std::function<void()>& work) {

@@ -45,7 +45,7 @@ class CheckRunner {
   std::string unmetNeed(const Check& check) const;
   Verdict runOne(const Check& check);
   std::string findingOf(const Ending& ending);
-  void noteDisturbance(const Ending& ending);
+  std::string disturbanceIn(const Ending& ending) const;
   void noteSlowest();
   /// In a process of its own that has loaded the library.
   Ending runLoaded(const std::function<void()>& work);
@@ -66,8 +66,7 @@ class CheckRunner {
   size_t refusals_ = 0;
   size_t hangs_ = 0;
   int interruption_ = 0;
-  bool isAltered_ = false;       ///< devices could not be restored
-  bool isExitKnownBad_ = false;  ///< it was reported that the process does not end well, so no further check tries
+  bool isAltered_ = false;  ///< devices could not be restored
 };
 
 }  // namespace compliance
