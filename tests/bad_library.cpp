@@ -302,6 +302,14 @@ const std::map<std::string, void (*)(Table&)> Faults = {
          return status == Success ? raise(SIGSEGV) : 0, status;
        };
      }},
+    {"several: writes an id back", [](auto&) {
+       static DeviceCtrl* const device = good.objects->DeviceCtrl_Create(0, nullptr, AccessDevice);
+       static const int32_t id = good.objects->DeviceCtrl_getBoardId(device);
+       functions.CvxFusionDeviceCreate = [](int32_t count, const int32_t* children, int32_t* number) {
+         for (int i = 0; i < 5; ++i) usleep(3000), good.objects->DeviceCtrl_setBoardId(device, id);
+         return good.functions->CvxFusionDeviceCreate(count, children, number);
+       };
+     }},
     {"writes all back", setText<[](auto*, int32_t count, auto* text) {
        Board board = readBoard();
        if (textFrom(count, text).empty() || 63 < textFrom(count, text).size()) return ErrorNotOffered;

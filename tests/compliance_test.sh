@@ -182,6 +182,7 @@ crashes in a rename|write-description: ends the process with SIGSEGV during Devi
 several: crashes in a group|write-fusion: ends the process with SIGSEGV during CvxFusionDeviceAddChildren
 hangs in a change|write-board-id: does not return within 5 s, during DeviceCtrl_setBoardId
 keeps a lock|write-board-id: does not return within 5 s, during DeviceCtrl_getBoardId; DeviceCtrl_setBoardId before
+several: writes an id back|write-from-two-processes: loses a change in round
 writes all back|write-from-two-processes: loses a change in round
 print|process-left-alone: writes to standard output, which is the tool's, during DeviceCtrl_getProductId
 locale|process-left-alone: sets the locale, during DeviceCtrl_getProductId

@@ -38,12 +38,14 @@ def valgrind(options):
     with tempfile.TemporaryDirectory(prefix="qutil-valgrind-") as logs:
         suppressed = options.root / "script" / "torture-parts" / "valgrind.supp"
         wrapper = [shutil.which("valgrind"), f"--suppressions={suppressed}", f"--log-file={logs}/%p", "--error-exitcode=99"]
-        shards = os.cpu_count()
-        environment = {**os.environ, "QUTIL_TEST_WRAPPER": " ".join(wrapper), "GTEST_TOTAL_SHARDS": str(shards)}
-        runs = [subprocess.Popen([*wrapper, tests / "unit_test", "--gtest_brief=1"])]
-        for shard in range(shards):
-            command = [tests / "tool_test", "--gtest_brief=1"]
-            runs.append(subprocess.Popen(command, env={**environment, "GTEST_SHARD_INDEX": str(shard)}))
+        environment = {**os.environ, "QUTIL_TEST_WRAPPER": " ".join(wrapper)}
+        # A unit test has a process of its own, as in CTest: what it sets lasts as long as the simulator in it.
+        listed = subprocess.check_output([tests / "unit_test", "--gtest_list_tests"], text=True)
+        runs = []
+        for command, shards in ([*wrapper, tests / "unit_test"], listed.count("\n  ")), ([tests / "tool_test"], os.cpu_count()):
+            for shard in range(shards):
+                part = {"GTEST_TOTAL_SHARDS": str(shards), "GTEST_SHARD_INDEX": str(shard)}
+                runs.append(subprocess.Popen([*command, "--gtest_brief=1"], env=environment | part))
         passed = not any([run.wait() for run in runs])
         texts = [open(entry, errors="replace").read() for entry in os.scandir(logs)]
     ended = [text for text in texts if "ERROR SUMMARY" in text]

@@ -1,8 +1,10 @@
 // Several processes that change the same device: none loses a change of another.
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
+#include <thread>
 
 #include "compliance/checks/changed_device.h"
 
@@ -17,6 +19,7 @@ using Clock = std::chrono::steady_clock;
 // Of each process at least, so that they meet.
 constexpr int FewestRounds = 5;
 constexpr std::chrono::milliseconds ShortestTime{500};
+constexpr Clock::duration ShortestPause = std::chrono::milliseconds(2);
 
 constexpr const char* Refused = "refused";
 
@@ -26,14 +29,17 @@ std::wstring nameFor(int32_t number, int state) {
 
 int32_t otherThan(int32_t id) { return id == 0 ? 1 : 0; }
 
-// Changes one item of the device to its states 1 and 0 in turn, and looks each time whether it is there: no other
-// process changes this item. Returns what was lost; "refused" when a change was; nothing otherwise, with the item in
-// state 0.
+// Changes one item of the device to its states 1 and 0 in turn, and each time opens the device a little later to look
+// whether it is there: no other process changes this item. Returns what was lost; "refused" when a change was; nothing
+// otherwise, with the item in state 0.
 std::string changeOften(const std::function<bool(int state)>& change, const std::function<bool(int state)>& isThere) {
   const Clock::time_point end = Clock::now() + ShortestTime;
   for (int round = 1; round <= FewestRounds || Clock::now() < end; ++round) {
     for (const int state : {1, 0}) {
+      const Clock::time_point begin = Clock::now();
       if (!change(state)) return Refused;
+      // Time for a change of another process, which may write back now what it had read before.
+      std::this_thread::sleep_for(std::max(ShortestPause, 3 * (Clock::now() - begin)));
       if (!isThere(state)) return "a change in round " + std::to_string(round) + ", ";
     }
   }
@@ -65,27 +71,35 @@ std::string renumberThere(int32_t number) {
 std::string renameOften(int32_t number) {
   return withDevice(number, [=](DeviceCtrl* device) {
     return changeOften([=](int state) { return setDescription(device, nameFor(number, state)) == Success; },
-                       [=](int state) { return descriptionOf(device) == nameFor(number, state); });
+                       [=](int state) { return openDevice(nameFor(number, state)) != nullptr; });
   });
 }
 
 std::string renumberOften(int32_t number) {
-  return withDevice(number, [](DeviceCtrl* device) {
+  return withDevice(number, [=](DeviceCtrl* device) {
     return changeOften([=](int state) { return !failed(DeviceCtrl_setBoardId(device, state)); },
-                       [=](int state) { return DeviceCtrl_getBoardId(device) == state; });
+                       [=](int state) {
+                         const OpenDevice opened = openDevice(number, nullptr);
+                         return opened != nullptr && DeviceCtrl_getBoardId(opened.get()) == state;
+                       });
   });
 }
 
-// A fusion device of this one; not every device can be its child.
-std::string regroupOften(int32_t number) {
+std::string regroupOften(int32_t child) {
   int32_t group = 0;
   const auto change = [&](int state) {
-    return (state == 0 ? CvxFusionDeviceRemoveChildren(group, 1, &number)
-                       : CvxFusionDeviceCreate(1, &number, &group)) == Success;
+    return (state == 0 ? CvxFusionDeviceRemoveChildren(group, 1, &child) : CvxFusionDeviceCreate(1, &child, &group)) ==
+           Success;
   };
-  const auto isThere = [&](int state) { return childrenOf(group).size() == static_cast<size_t>(state); };
-  const std::string lost = changeOften(change, isThere);
-  return lost == Refused ? "" : lost;
+  // The number of a group that has ended may be that of another process's by now.
+  return changeOften(change, [&](int state) { return state == 0 || childrenOf(group) == std::vector<int32_t>{child}; });
+}
+
+// Groups the first device that can be, and that no other process has grouped.
+std::string regroupOne(int32_t) {
+  for (const int32_t child : listedNumbers())
+    if (const std::string lost = regroupOften(child); lost != Refused) return lost;
+  return "";
 }
 
 // Reads all the time: what is there before a change, or after it.
@@ -124,7 +138,7 @@ class SharedDevice {
   void tryAtOnce() {
     const int32_t number = device_.number();
     std::string lost = next_.perform({{renameOften, number}, {renumberOften, number}, {readOften, number}}) +
-                       next_.perform({{renumberOften, number}, {regroupOften, number}});
+                       next_.perform({{renumberOften, number}, {regroupOne, 0}, {regroupOne, 0}});
     bool isRefused = false;
     for (size_t place = 0; (place = lost.find(Refused)) != std::string::npos; isRefused = true)
       lost.erase(place, std::char_traits<char>::length(Refused));
