@@ -1,6 +1,8 @@
 // What the process of a check reports to the checker, in memory that both share: so it remains when that process ends.
 #pragma once
 
+#include <sys/types.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
@@ -24,6 +26,7 @@ class SharedText {
 
 /// Empty at the beginning of a check. Several processes may write to it.
 struct Report {
+  pid_t process = 0;         ///< that does the work
   SharedText<64> operation;  ///< what is being called, or was called last
   bool isCalling = false;
   SharedText<64> change;  ///< the last call that changes devices

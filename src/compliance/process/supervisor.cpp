@@ -114,7 +114,9 @@ void Supervisor::Run::takeSignals() {
     const int number = static_cast<int>(signal->ssi_signo);
     // These are consequences of what this process does itself.
     if (number == SIGCHLD || number == SIGPIPE || number == SIGXFSZ) continue;
-    if (isDescendant(static_cast<pid_t>(signal->ssi_pid)))
+    const auto sender = static_cast<pid_t>(signal->ssi_pid);
+    // The process of the check may have ended since.
+    if (sender == supervisor_.report_.process || isDescendant(sender))
       ending_.problem = "sends " + nameOf(number) + " to the checker";
     else if (endsBySignal_)
       ending_.interruption = number;
@@ -183,7 +185,10 @@ Supervisor::Supervisor(std::chrono::seconds limit, Report& report) : limit_(limi
 Ending Supervisor::run(const std::string& name, const std::function<void()>& work, bool endsBySignal) {
   new (&report_) Report();
   Run run(*this, name, endsBySignal);
-  run.start(work);
+  run.start([&] {
+    report_.process = getpid();
+    work();
+  });
   return run.waitForEnd();
 }
 
