@@ -1,10 +1,6 @@
 #include "probe/trace.h"
 
-#include <algorithm>
 #include <iterator>
-#include <string>
-
-#include "text/escaped.h"
 
 namespace probe {
 

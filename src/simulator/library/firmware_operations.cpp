@@ -1,4 +1,4 @@
-#include <cwchar>
+#include <algorithm>
 
 #include "simulator/library/firmware_file.h"
 #include "simulator/library/objects.h"

@@ -8,7 +8,6 @@
 #include <memory>
 #include <optional>
 #include <set>
-#include <string>
 #include <vector>
 
 #include "simulator/model/simulation.h"

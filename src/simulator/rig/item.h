@@ -3,7 +3,6 @@
 
 #include <array>
 #include <compare>
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>

@@ -6,8 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "simulator/rig/json_fields.h"
-
 namespace simulator {
 
 namespace {

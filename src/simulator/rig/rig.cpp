@@ -10,7 +10,6 @@
 #include "base/descriptor.h"
 #include "simulator/rig/builtin_rig.h"
 #include "simulator/rig/json_document.h"
-#include "simulator/rig/json_fields.h"
 #include "simulator/rig/rig_device.h"
 
 namespace simulator {
