@@ -68,9 +68,9 @@ ErrorCode FirmwareItem_loadFile(FirmwareItem* item, const wchar_t* path) {
   Simulation& simulation = Simulation::instance();
   const int32_t number = chip.device.number;
   // A file cannot be replaced while it is written to the chip.
-  if (chip.started && !chip.finished) return ErrorWrongOrder;
+  if (chip.polls && !chip.finished) return ErrorWrongOrder;
   // After a failed load there is nothing to start, whether or not a file was loaded before.
-  chip.started = false;
+  chip.polls.reset();
   chip.loadedVersion.reset();
   if (const ErrorCode status = simulation.checkFree(number); status != Success) return status;
   FirmwareFile file{};
@@ -89,7 +89,6 @@ ErrorCode FirmwareItem_start(FirmwareItem* item, int32_t /*mode*/, const wchar_t
   if (!isPassword(chip.inRig, password)) return ErrorRefused;
   // Held until the control is disposed of: a tool that stops polling does not say so.
   if (const ErrorCode status = chip.owner.hold(chip.device.number); status != Success) return status;
-  chip.started = true;
   chip.finished = false;
   chip.polls = 0;
   return Success;
@@ -97,12 +96,12 @@ ErrorCode FirmwareItem_start(FirmwareItem* item, int32_t /*mode*/, const wchar_t
 
 int32_t FirmwareItem_getProgress(FirmwareItem* item) {
   ChipObject& chip = resolve<ChipObject>(item, __func__);
-  if (!chip.started) return ProgressNothingLoaded;
+  if (!chip.polls) return ProgressNothingLoaded;
   const std::vector<int32_t>& progress = chip.inRig.progress;
-  const int32_t value = progress[std::min(chip.polls, progress.size() - 1)];
+  const int32_t value = progress[std::min(*chip.polls, progress.size() - 1)];
   // The version is saved before 100 is returned, because tools report success then.
   if (value >= ProgressDone && !chip.finished && !(chip.finished = saveVersion(chip))) return ProgressAborted;
-  ++chip.polls;
+  ++*chip.polls;
   return value;
 }
 

@@ -100,9 +100,8 @@ struct ChipObject : ElementObject<ControlObject, Chip> {
   const DeviceObject& device = *owner.device;
   std::optional<uint16_t> loadedVersion;  ///< of the file; nothing until one is loaded
   bool noticeConfirmed = false;
-  bool started = false;
-  bool finished = false;  ///< the new version is saved
-  size_t polls = 0;       ///< since the start
+  std::optional<size_t> polls;  ///< since the start; nothing until it is started
+  bool finished = false;        ///< the new version is saved
 };
 
 /// A calibration solution, and the codes that its sections produced.
