@@ -15,26 +15,21 @@ Item stateItem(const ItemObject& item) {
   return calibrationItem(section.owner.index, section.index, item.index);
 }
 
-// Stores the code of a finished walk until the tool makes it current; a later walk of the same item replaces it.
-void propose(SolutionObject& solution, const Item& item, uint32_t code) {
-  std::erase_if(solution.newCodes, [&](const StateChange& change) { return change.item == item; });
-  solution.newCodes.push_back({solution.device.number, item, int64_t{code}});
-}
-
 // All of the backup replaces what was calibrated, so that no mixture of both becomes current.
 void proposeBackup(SolutionObject& solution) {
   solution.newCodes.clear();
   for (size_t k = 0; k < solution.inRig.sections.size(); ++k) {
     const auto& items = solution.inRig.sections[k].items;
-    for (size_t j = 0; j < items.size(); ++j) propose(solution, calibrationItem(solution.index, k, j), items[j].backup);
+    for (size_t j = 0; j < items.size(); ++j)
+      solution.newCodes[calibrationItem(solution.index, k, j)] = items[j].backup;
   }
 }
 
 // Saves codes as those in use; with none, finds out whether they could be saved.
-ErrorCode saveCodes(const SolutionObject& solution, const std::vector<StateChange>& codes) {
+ErrorCode saveCodes(const SolutionObject& solution, const std::map<Item, uint32_t>& codes) {
   Simulation& simulation = Simulation::instance();
   return simulation.change([&](std::vector<StateChange>& changes) {
-    changes = codes;
+    for (const auto& [item, code] : codes) changes.push_back({solution.device.number, item, int64_t{code}});
     return simulation.checkFree(solution.device.number);
   });
 }
@@ -130,7 +125,8 @@ CalibrationState CalibrationItem_getState(CalibrationItem* item, int64_t* value,
   codes[0] = code.walk[position];
   if (position + 1 < code.walk.size()) return CalibrationRunning;
   if (code.fails) return CalibrationFailed;
-  propose(section.owner, stateItem(object), code.walk.back());
+  // Not in use until the tool makes it current. A later walk of the same item replaces it.
+  section.owner.newCodes[stateItem(object)] = code.walk.back();
   return CalibrationDone;
 }
 

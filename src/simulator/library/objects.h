@@ -5,6 +5,7 @@
 
 #include <velq/types.h>
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -109,7 +110,7 @@ struct SolutionObject : ElementObject<ControlObject, Solution> {
   using ElementObject::ElementObject;
   const DeviceObject& device = *owner.device;
   ArrayObject* sections = nullptr;
-  std::vector<StateChange> newCodes;  ///< calibrated or restored, not yet in use
+  std::map<Item, uint32_t> newCodes;  ///< calibrated or restored, not yet in use
   bool backupPrepared = false;        ///< by step 0
 };
 
