@@ -33,11 +33,9 @@ class Sqlite {
   LOADED_FUNCTION(finalize);
   LOADED_FUNCTION(step);
   LOADED_FUNCTION(reset);
-  LOADED_FUNCTION(bind_int);
   LOADED_FUNCTION(bind_int64);
   LOADED_FUNCTION(bind_text);
   LOADED_FUNCTION(column_bytes);
-  LOADED_FUNCTION(column_int);
   LOADED_FUNCTION(column_int64);
   LOADED_FUNCTION(column_text);
   LOADED_FUNCTION(column_type);

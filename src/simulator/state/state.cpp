@@ -26,7 +26,7 @@ std::string textColumn(sqlite3_stmt* statement, int column) {
 }
 
 StateChange changeIn(sqlite3_stmt* row) {
-  const int32_t device = sqlite().column_int(row, 0);
+  const auto device = static_cast<int32_t>(sqlite().column_int64(row, 0));
   const std::string name = textColumn(row, 1);
   const std::optional<Item> item = parseItem(name);
   if (!item) throw StateError(foreignItem(device, name));
@@ -161,7 +161,7 @@ void State::store(const StateChange& change) {
   if (!erases && !put_) put_ = prepare("INSERT OR REPLACE INTO change VALUES (?, ?, ?)");
   sqlite3_stmt* const statement = erases ? erase.get() : put_.get();
 
-  sqlite().bind_int(statement, 1, change.device);
+  sqlite().bind_int64(statement, 1, change.device);
   const std::string item = nameOf(change.item);
   // Not copied: the strings live longer than the step, and the next use binds others.
   sqlite().bind_text(statement, 2, item.c_str(), -1, SQLITE_STATIC);
