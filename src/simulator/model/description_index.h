@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -16,13 +17,25 @@ class DescriptionIndex {
   void add(int32_t number, const std::string& description) { numbers_[description].push_back(number); }
 
   /// Reverts an `add` with the same arguments.
-  void remove(int32_t number, const std::string& description);
+  void remove(int32_t number, const std::string& description) {
+    const auto found = numbers_.find(description);
+    assert(found != numbers_.end());
+    [[maybe_unused]] const size_t count = std::erase(found->second, number);
+    assert(count == 1);
+    if (found->second.empty()) numbers_.erase(found);
+  }
 
   /// The number of the first device with exactly this description; nothing when there is none.
-  std::optional<int32_t> find(const std::string& description) const;
+  std::optional<int32_t> find(const std::string& description) const {
+    const auto found = numbers_.find(description);
+    return found == numbers_.end() ? std::nullopt : std::optional(found->second.front());
+  }
 
   /// Whether a device other than `number` has exactly this description.
-  bool isUsedByAnother(const std::string& description, int32_t number) const;
+  bool isUsedByAnother(const std::string& description, int32_t number) const {
+    const auto found = numbers_.find(description);
+    return found != numbers_.end() && found->second != std::vector{number};
+  }
 
   bool operator==(const DescriptionIndex&) const = default;
 
