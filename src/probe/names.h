@@ -17,14 +17,13 @@ namespace velq = Automation::Velq;
 /// The name for handles of this type. All scenario controls share one, that of the operation that creates them.
 template <typename Handle>
 constexpr const char* kindName() {
-  using Type = std::remove_cv_t<Handle>;
-  if constexpr (std::is_base_of_v<velq::DaqCtrlBase, Type>) return "DaqCtrlBase";
-  if constexpr (std::is_same_v<Type, velq::DeviceCtrl>) return "DeviceCtrl";
-  if constexpr (std::is_same_v<Type, velq::Array>) return "Array";
-  if constexpr (std::is_same_v<Type, velq::FirmwareItem>) return "FirmwareItem";
-  if constexpr (std::is_same_v<Type, velq::CalibrationSolution>) return "CalibrationSolution";
-  if constexpr (std::is_same_v<Type, velq::CalibrationSection>) return "CalibrationSection";
-  if constexpr (std::is_same_v<Type, velq::CalibrationItem>) return "CalibrationItem";
+  if constexpr (std::is_base_of_v<velq::DaqCtrlBase, Handle>) return "DaqCtrlBase";
+  if constexpr (std::is_same_v<Handle, velq::DeviceCtrl>) return "DeviceCtrl";
+  if constexpr (std::is_same_v<Handle, velq::Array>) return "Array";
+  if constexpr (std::is_same_v<Handle, velq::FirmwareItem>) return "FirmwareItem";
+  if constexpr (std::is_same_v<Handle, velq::CalibrationSolution>) return "CalibrationSolution";
+  if constexpr (std::is_same_v<Handle, velq::CalibrationSection>) return "CalibrationSection";
+  if constexpr (std::is_same_v<Handle, velq::CalibrationItem>) return "CalibrationItem";
 }
 
 /// The names that handles have been given in this process.
