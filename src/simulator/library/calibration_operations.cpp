@@ -37,13 +37,7 @@ ErrorCode saveCodes(const SolutionObject& solution, const std::map<Item, uint32_
 }  // namespace
 
 Array* CalibrationCtrl_getSolutions(CalibrationCtrl* control) {
-  ControlObject& object = resolve<ControlObject>(control, __func__);
-  // A tool can cast a control of either kind to this type.
-  if (object.scenario != ScenarioCalibration) failHandle(__func__, "handle of the wrong kind");
-  if (object.device == nullptr) return nullptr;
-  const Device* const device = Simulation::instance().rigDevice(object.device->number);
-  if (device == nullptr || !device->calibration) return nullptr;
-  return handleArray<SolutionObject>(object, object.items, *device->calibration);
+  return controlItems<SolutionObject>(control, __func__, ScenarioCalibration, &Device::calibration);
 }
 
 const wchar_t* CalibrationSolution_getName(CalibrationSolution* solution) {

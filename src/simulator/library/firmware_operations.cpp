@@ -36,13 +36,7 @@ bool saveVersion(ChipObject& chip) {
 }  // namespace
 
 Array* FirmwareCtrls_getFirmwares(FirmwareCtrls* control) {
-  ControlObject& object = resolve<ControlObject>(control, __func__);
-  // A tool can cast a control of either kind to this type.
-  if (object.scenario != ScenarioFirmware) failHandle(__func__, "handle of the wrong kind");
-  if (object.device == nullptr) return nullptr;
-  const Device* const device = Simulation::instance().rigDevice(object.device->number);
-  if (device == nullptr || !device->firmware) return nullptr;
-  return handleArray<ChipObject>(object, object.items, *device->firmware);
+  return controlItems<ChipObject>(control, __func__, ScenarioFirmware, &Device::firmware);
 }
 
 const wchar_t* FirmwareItem_getDescription(FirmwareItem* item) {

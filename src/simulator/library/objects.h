@@ -141,4 +141,17 @@ Kind& resolve(const void* handle, const char* operation) {
   return *wanted;
 }
 
+/// The chips or solutions of the device that a control of the wanted kind is bound to; null when there are none.
+template <typename Kind, typename Element>
+Automation::Velq::Array* controlItems(const void* handle, const char* operation, Automation::Velq::Scenario wanted,
+                                      std::optional<std::vector<Element>> Device::*elements) {
+  ControlObject& control = resolve<ControlObject>(handle, operation);
+  // A tool can cast a control of either kind to the other's type.
+  if (control.scenario != wanted) failHandle(operation, "handle of the wrong kind");
+  if (control.device == nullptr) return nullptr;
+  const Device* const device = Simulation::instance().rigDevice(control.device->number);
+  if (device == nullptr || !(device->*elements)) return nullptr;
+  return handleArray<Kind>(control, control.items, *(device->*elements));
+}
+
 }  // namespace simulator
