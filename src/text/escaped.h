@@ -15,6 +15,13 @@ inline std::string hexadecimal(uint32_t value) {
   return shown;
 }
 
+/// A character that cannot be shown as it is, by its code: "\x{..}".
+inline std::string shownCode(unsigned c) {
+  char code[13];
+  std::snprintf(code, sizeof code, "\\x{%x}", c);
+  return code;
+}
+
 /// The characters before the terminator, at most `longest`, in double quotes: printable ASCII as it is but for \" and
 /// \\, everything else as \x{..}. "null" for null.
 inline std::string escaped(const wchar_t* wide, size_t longest = SIZE_MAX) {
@@ -23,13 +30,10 @@ inline std::string escaped(const wchar_t* wide, size_t longest = SIZE_MAX) {
   for (size_t i = 0; i < longest && wide[i] != 0; ++i) {
     const auto c = static_cast<unsigned>(wide[i]);
     if (c == '"' || c == '\\') shown += '\\';
-    if (c >= 0x20 && c < 0x7F) {
+    if (c >= 0x20 && c < 0x7F)
       shown += static_cast<char>(c);
-    } else {
-      char code[13];
-      std::snprintf(code, sizeof code, "\\x{%x}", c);
-      shown += code;
-    }
+    else
+      shown += shownCode(c);
   }
   return shown + '"';
 }

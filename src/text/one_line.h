@@ -2,9 +2,10 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdio>
 #include <string>
 #include <string_view>
+
+#include "text/escaped.h"
 
 namespace text {
 
@@ -21,9 +22,7 @@ inline std::string oneLine(std::string_view bytes) {
       line += bytes[i];
       continue;
     }
-    char code[13];
-    std::snprintf(code, sizeof code, "\\x{%x}", c);
-    line += code;
+    line += shownCode(c);
   }
   return line;
 }
