@@ -11,38 +11,18 @@
 
 namespace probe {
 
-namespace {
-
-// A pipe whose reader is gone and a file at the limit of its size raise a signal that would end the process.
-class SignalsHeld {
- public:
-  SignalsHeld() {
-    sigemptyset(&held_);
-    sigaddset(&held_, SIGPIPE);
-    sigaddset(&held_, SIGXFSZ);
-    pthread_sigmask(SIG_BLOCK, &held_, &before_);
-  }
-  ~SignalsHeld() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  SignalsHeld(const SignalsHeld&) = delete;
-  SignalsHeld& operator=(const SignalsHeld&) = delete;
-
-  void drop() const {
-    // A blocked signal stays pending, and would end the process as soon as it is unblocked.
-    const timespec atOnce{};
-    sigtimedwait(&held_, nullptr, &atOnce);
-  }
-
- private:
-  sigset_t held_, before_;
-};
-
-}  // namespace
-
 int writeWithoutSignal(int descriptor, std::string_view bytes) {
-  const SignalsHeld signals;
-  if (base::writeAll(descriptor, bytes)) return 0;
-  const int error = errno;
-  signals.drop();
+  // A pipe whose reader is gone and a file at the limit of its size raise a signal that would end the process.
+  sigset_t held, before;
+  sigemptyset(&held);
+  sigaddset(&held, SIGPIPE);
+  sigaddset(&held, SIGXFSZ);
+  pthread_sigmask(SIG_BLOCK, &held, &before);
+  const int error = base::writeAll(descriptor, bytes) ? 0 : errno;
+  // A blocked signal stays pending, and would end the process as soon as it is unblocked.
+  const timespec atOnce{};
+  if (error != 0) sigtimedwait(&held, nullptr, &atOnce);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
   return error;
 }
 
