@@ -8,41 +8,22 @@
 
 namespace base {
 
-namespace {
-
-// Reserves 0, 1 and 2 while it lives. A file cannot be moved from there afterwards instead: closing any descriptor of a
-// file releases the locks that SQLite holds on it.
-class StandardNumbers {
- public:
-  StandardNumbers() {
-    int number = 0;
-    while ((number = open("/", O_PATH | O_CLOEXEC)) >= 0 && number <= STDERR_FILENO) isOurs_[number] = true;
-    areTaken_ = number >= 0;
-    if (areTaken_) close(number);
-  }
-  ~StandardNumbers() {
-    const int problem = errno;
-    for (int number = 0; number <= STDERR_FILENO; ++number) {
-      if (isOurs_[number]) close(number);
-    }
-    // The errno of the file that was not opened.
-    errno = problem;
-  }
-  StandardNumbers(const StandardNumbers&) = delete;
-  StandardNumbers& operator=(const StandardNumbers&) = delete;
-
-  bool areTaken() const { return areTaken_; }
-
- private:
-  bool isOurs_[STDERR_FILENO + 1] = {};
-  bool areTaken_ = false;
-};
-
-}  // namespace
-
 Descriptor::Descriptor(const std::string& path, int flags, mode_t mode) {
-  const StandardNumbers standard;
-  if (standard.areTaken()) number_ = uninterrupted([&] { return open(path.c_str(), flags | O_CLOEXEC, mode); });
+  // Reserves 0, 1 and 2. A file cannot be moved from there afterwards instead: closing any descriptor of a file
+  // releases the locks that SQLite holds on it.
+  bool isReserved[STDERR_FILENO + 1] = {};
+  int lowest = 0;
+  while ((lowest = open("/", O_PATH | O_CLOEXEC)) >= 0 && lowest <= STDERR_FILENO) isReserved[lowest] = true;
+  if (lowest >= 0) {
+    close(lowest);
+    number_ = uninterrupted([&] { return open(path.c_str(), flags | O_CLOEXEC, mode); });
+  }
+  // The errno of the file that was not opened.
+  const int problem = errno;
+  for (int number = 0; number <= STDERR_FILENO; ++number) {
+    if (isReserved[number]) close(number);
+  }
+  errno = problem;
 }
 
 Descriptor::Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
