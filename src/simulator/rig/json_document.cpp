@@ -90,15 +90,13 @@ class Builder final : public nlohmann::json_sax<Json> {
 
   // The last value or key as a JSON pointer.
   std::string place() const {
-    Json::json_pointer place;
+    std::string place;
     for (const Level& level : levels_) {
       if (level.container->empty()) break;
-      if (level.container->is_array())
-        place /= level.container->size() - 1;
-      else
-        place /= level.member.key();
+      place += "/" + (level.container->is_array() ? std::to_string(level.container->size() - 1)
+                                                  : pointerPart(level.member.key()));
     }
-    return place.to_string();
+    return place;
   }
 
   [[noreturn]] void fail(const char* problem) const { throw RigError(place() + ": " + problem); }

@@ -24,6 +24,13 @@ std::optional<uint64_t> hexadecimal(const nlohmann::json& value) {
 
 }  // namespace
 
+std::string pointerPart(std::string_view key) {
+  std::string part;
+  // In a JSON pointer '/' separates keys, and '~' begins an escape.
+  for (const char c : key) part += c == '~' ? "~0" : c == '/' ? "~1" : std::string(1, c);
+  return part;
+}
+
 std::string JsonValue::place() const {
   if (parent_ == nullptr) return std::string(name_);
   return parent_->place() + "/" + (name_.empty() ? std::to_string(index_) : std::string(name_));
@@ -110,8 +117,7 @@ void JsonFields::end() const {
     if (std::find(known_.begin(), known_.end(), key) != known_.end()) continue;
     std::string names;
     for (const std::string_view name : known_) names.append(names.empty() ? "" : ", ").append(name);
-    const std::string member = (nlohmann::json::json_pointer() / key).to_string();
-    throw RigError(object_.place() + member + ": unknown key; expected one of " + names);
+    throw RigError(object_.place() + "/" + pointerPart(key) + ": unknown key; expected one of " + names);
   }
 }
 

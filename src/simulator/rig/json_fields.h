@@ -19,6 +19,9 @@ struct RigError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// A key as a part of a JSON pointer.
+std::string pointerPart(std::string_view key);
+
 /// One JSON value and its place. It keeps references to the arguments of its constructor.
 class JsonValue {
  public:
