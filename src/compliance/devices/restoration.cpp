@@ -44,13 +44,13 @@ std::vector<int32_t> without(std::vector<int32_t> numbers, const std::vector<int
 }
 
 // Before the names: a new fusion device has to have its number before it is renamed.
-void restoreGroups(const Snapshot& before, const Snapshot& now) {
-  for (const int32_t number : numbersIn(now)) {
-    const std::vector<int32_t> added = without(childrenIn(now, number), childrenIn(before, number));
+void restoreGroups(const Snapshot& before) {
+  for (const int32_t number : listedNumbers()) {
+    const std::vector<int32_t> added = without(childrenOf(number), childrenIn(before, number));
     if (!added.empty()) callWith(added, CvxFusionDeviceRemoveChildren, number);
   }
   for (int32_t number : numbersIn(before)) {
-    const std::vector<int32_t> removed = without(childrenIn(before, number), childrenIn(now, number));
+    const std::vector<int32_t> removed = without(childrenIn(before, number), childrenOf(number));
     if (removed.empty()) continue;
     if (CvxIsFusionDevice(number) == Success)
       callWith(removed, CvxFusionDeviceAddChildren, number);
@@ -82,7 +82,7 @@ std::map<std::string, Difference> alterations(const Snapshot& before, const Snap
 }
 
 void restoreDevices(const Snapshot& before) {
-  restoreGroups(before, takeSnapshot());
+  restoreGroups(before);
   for (const int32_t number : numbersIn(before)) restoreDevice(before, number);
 }
 
