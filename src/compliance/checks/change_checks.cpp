@@ -54,7 +54,7 @@ bool tryDescription(ChangedDevice& device, std::wstring& present, const std::wst
   return true;
 }
 
-// Of a control that was bound before the change.
+// Of a control that was bound before the change, and that the new description binds again.
 void expectRecord(const ChangedDevice& device, Scenario scenario, DaqCtrlBase* control) {
   if (control == nullptr) return;
   DeviceInformation record{};
@@ -63,6 +63,14 @@ void expectRecord(const ChangedDevice& device, Scenario scenario, DaqCtrlBase* c
   device.findings().expect(record.Description == descriptionOf(device.handle()),
                            "is described " + show(record.Description) + " in the record of a " + nameOf(scenario) +
                                " that was bound before the change");
+  const DeviceInformation named = recordFor(-1, descriptionOf(device.handle()));
+  const ErrorCode status = DaqCtrlBase_setSelectedDevice(control, &named);
+  device.findings().expect(!failed(status), "cannot be selected by the new description, status " + show(status));
+}
+
+// The device of a control, which is as good as one that was opened, where the library makes one.
+DeviceCtrl* boundOr(const OpenControl& control, DeviceCtrl* device) {
+  return control == nullptr ? device : DaqCtrlBase_getDevice(control.get());
 }
 
 void changeDescriptions(ChangedDevice& device) {
@@ -89,7 +97,7 @@ void changeDescriptions(ChangedDevice& device) {
   here.expect(elsewhere == descriptionOf(device.handle()),
               "is described " + show(elsewhere) + " in a handle that was open before the change");
   here.expect(descriptionsIn(listedBefore) == before, "a list that was returned before the change has changed");
-  const ErrorCode status = setDescription(device.handle(), own);
+  const ErrorCode status = setDescription(boundOr(firmware, device.handle()), own);
   here.expect(status == Success, "the old description is refused, status " + show(status));
   device.wantDescription(own);
   device.lookAround("the old description was restored");
@@ -123,7 +131,8 @@ void changeBoardIds(ChangedDevice& device) {
       "has the board id " + std::to_string(elsewhere) + " in a handle that was open before the change");
   device.lookAround("changes of the board id");
   if (own < 0) return;
-  const ErrorCode status = DeviceCtrl_setBoardId(device.handle(), own);
+  const OpenControl control = openControl(ScenarioFirmware, device.number());
+  const ErrorCode status = DeviceCtrl_setBoardId(boundOr(control, device.handle()), own);
   device.findings().expect(!failed(status), "the old board id is refused, status " + show(status));
   device.wantBoardId(own);
   device.lookAround("the old board id was restored");

@@ -42,7 +42,8 @@ void forEachDevice(const Findings& findings, const std::function<void(DeviceCtrl
 
 OpenControl bindToEach(Scenario scenario, const std::function<void(DaqCtrlBase*, int32_t, bool)>& visit) {
   std::vector<int32_t> numbers = listedNumbers();
-  if (!numbers.empty()) numbers.push_back(numbers.front());  // where there is one device, too
+  // Where there is one device, too, and one after itself.
+  if (!numbers.empty()) numbers.insert(numbers.end(), 2, numbers.front());
   OpenControl control;
   for (const int32_t number : numbers) {
     const bool isNew = control == nullptr;

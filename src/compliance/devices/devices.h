@@ -64,7 +64,7 @@ inline Automation::Velq::ErrorCode callWith(const std::vector<int32_t>& children
 void forEachDevice(const Findings& findings,
                    const std::function<void(Automation::Velq::DeviceCtrl* device, const Findings& here)>& visit);
 
-/// Binds a control to each listed device in turn, to the first once more at the end, and visits it each time. Returns
+/// Binds a control to each listed device in turn, to the first twice more at the end, and visits it each time. Returns
 /// it; null when the library binds none.
 OpenControl bindToEach(
     Automation::Velq::Scenario scenario,

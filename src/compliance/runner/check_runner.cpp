@@ -83,9 +83,13 @@ CheckRunner::~CheckRunner() { munmap(&report_, sizeof report_); }
 
 void CheckRunner::run(const Check& check) {
   if (const std::string need = unmetNeed(check); !need.empty()) return skip(check, need);
-  const Verdict verdict = runOne(check);
+  Verdict verdict = runOne(check);
+  const bool writes = check.access == CheckAccess::Writes;
+  const Ending after = writes ? look() : Ending();
+  // The check has looked before it disposed of its handles and ended.
+  if (writes && verdict.finding.empty()) verdict.finding = lossIn(after);
   if (interruption_ == 0) report(check.name, verdict);
-  if (check.access == CheckAccess::Writes && !passed_.contains(check.name)) restore();
+  if (writes && !passed_.contains(check.name)) restore(after);
   if (interruption_ != 0) print("Bail out! Ended by the user");
 }
 
@@ -163,19 +167,29 @@ Ending CheckRunner::runLoaded(const std::function<void()>& work) {
       EndsBySignal);
 }
 
-void CheckRunner::restore() {
-  const auto sendSnapshot = [] { base::writeAll(ResultDescriptor, textOf(takeSnapshot())); };
-  const std::string first = runLoaded(sendSnapshot).result;
+Ending CheckRunner::look() {
+  return runLoaded([] { base::writeAll(ResultDescriptor, textOf(takeSnapshot())); });
+}
+
+std::string CheckRunner::lossIn(const Ending& look) {
+  if (look.result.empty()) return findingOf(look);
+  const auto all = differences(before_, snapshotOf(look.result));
+  if (all.empty()) return "";
+  const auto& [fact, values] = *all.begin();
+  return fact + " is " + values.found + ", not " + values.wanted + ", after the process has ended";
+}
+
+void CheckRunner::restore(const Ending& first) {
   runLoaded([this] { restoreDevices(before_); });
-  const Ending last = runLoaded(sendSnapshot);
+  const Ending last = look();
   const bool isKnown = !last.result.empty();
-  const auto left = alterations(before_, snapshotOf(isKnown ? last.result : first));
+  const auto left = alterations(before_, snapshotOf((isKnown ? last : first).result));
   isAltered_ = isAltered_ || !isKnown || !left.empty();
   if (!isKnown) print("# NOT RESTORED: the library " + findingOf(last));
   for (const auto& [fact, values] : left)
     print("# NOT RESTORED: " + fact + " is " + values.found + ", was " + values.wanted);
-  if (first.empty()) return;
-  for (const auto& [fact, values] : alterations(before_, snapshotOf(first)))
+  if (first.result.empty()) return;
+  for (const auto& [fact, values] : alterations(before_, snapshotOf(first.result)))
     if (!left.contains(fact)) print("# restored: " + fact + " " + values.wanted + ", was left at " + values.found);
 }
 

@@ -49,7 +49,11 @@ class CheckRunner {
   void noteSlowest();
   /// In a process of its own that has loaded the library.
   Ending runLoaded(const std::function<void()>& work);
-  void restore();
+  /// All that can be read; an empty result where the process has ended early.
+  Ending look();
+  /// What such a look, after a check that writes, shows to be otherwise than before; empty when nothing is.
+  std::string lossIn(const Ending& look);
+  void restore(const Ending& first);
   std::string numbered(const char* result, const char* name) const;
   void report(const char* name, const Verdict& verdict);
 
