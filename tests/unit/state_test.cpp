@@ -18,22 +18,22 @@ using namespace Automation::Velq;
 
 namespace {
 
-const std::string Path = testing::TempDir() + "qutil-state-" + std::to_string(getpid());
+const std::string StatePath = testing::TempDir() + "qutil-state-" + std::to_string(getpid());
 
 class HandleTest : public testing::Test {
  protected:
   void SetUp() override {
-    setenv("VELQ_STATE", Path.c_str(), 1);
+    setenv("VELQ_STATE", StatePath.c_str(), 1);
     GTEST_FLAG_SET(death_test_style, "threadsafe");
   }
-  void TearDown() override { std::remove(Path.c_str()); }
+  void TearDown() override { std::remove(StatePath.c_str()); }
 
   void changeElsewhere(const std::vector<simulator::StateChange>& all) {
     const auto decide = [&](std::vector<simulator::StateChange>& changes) { return changes = all, Success; };
     EXPECT_EQ(other.change(decide), Success);
   }
 
-  simulator::Simulation other{"", {Path, false}};  ///< another process's
+  simulator::Simulation other{"", {StatePath, false}};  ///< another process's
 };
 
 DaqCtrlBase* bind(Scenario scenario, int32_t number) {
@@ -77,7 +77,7 @@ TEST_F(HandleTest, MisuseIsOneLineAndAnAbort) {
 }
 
 TEST_F(HandleTest, OverwriteNeedsFileNoticeAndPasswordAndHoldsUntilItsControlGoes) {
-  const std::string file = Path + ".dfu", make = "(echo >" + file + "; dfu-suffix -p 0x7024 -d 0x300 -a " + file;
+  const std::string file = StatePath + ".dfu", make = "(echo >" + file + "; dfu-suffix -p 0x7024 -d 0x300 -a " + file;
   ASSERT_EQ(std::system((make + ") >/dev/null 2>&1").c_str()), 0);
   DaqCtrlBase* const control = bind(ScenarioFirmware, 5);
   FirmwareItem* const chip = chipOf(control, 0);
@@ -210,9 +210,9 @@ ErrorCode rename(simulator::Simulation& simulation, int32_t number, const std::s
 
 // Two views of one state, as two processes have them.
 TEST(StateTest, OthersAreSeenNeverUndoneAndHeldOff) {
-  std::remove(Path.c_str());
-  simulator::Simulation one("", {Path, false});
-  simulator::Simulation two("", {Path, false});
+  std::remove(StatePath.c_str());
+  simulator::Simulation one("", {StatePath, false});
+  simulator::Simulation two("", {StatePath, false});
   EXPECT_EQ(rename(one, 0, "first"), Success);
   EXPECT_EQ(rename(two, 1, "first"), simulator::ErrorRefused);
   EXPECT_EQ(rename(two, 1, "second"), Success);
@@ -228,7 +228,7 @@ TEST(StateTest, OthersAreSeenNeverUndoneAndHeldOff) {
   for (const int standard : {0, 1, 2}) {
     const int copy = dup(standard);
     close(standard);
-    simulator::StateFile file({Path, false});
+    simulator::StateFile file({StatePath, false});
     EXPECT_TRUE(file.hold(5));
     const bool isFree = fcntl(standard, F_GETFD) == -1;
     dup2(copy, standard);
@@ -246,7 +246,7 @@ TEST(StateTest, OthersAreSeenNeverUndoneAndHeldOff) {
     EXPECT_EQ(two.checkFree(Device), Success);
   }
   EXPECT_EQ(simulator::StateFile({"plain", false}).resolvedPath(), std::filesystem::current_path() / "plain");
-  std::remove(Path.c_str());
+  std::remove(StatePath.c_str());
 }
 
 TEST(StateTest, NothingIsObeyedThatWasNotWrittenForThisRig) {
@@ -260,18 +260,18 @@ TEST(StateTest, NothingIsObeyedThatWasNotWrittenForThisRig) {
            "UPDATE change SET device = 9, item = 'description', value = 'x'", row + "(0, 'fusion', 1)",
            row + "(0, 'fusion', 4294967296)", row + "(2, 'firmware 0', 1)", row + "(0, 'firmware 2', 1)",
            row + "(0, 'calibration 0.0.1', 1)", row + "(1, 'description', 5)", row + "(1, 'description', x'ff')"}) {
-    std::remove(Path.c_str());
-    simulator::Simulation writer("", {Path, false});
+    std::remove(StatePath.c_str());
+    simulator::Simulation writer("", {StatePath, false});
     rename(writer, 0, "first");
     sqlite3* database = nullptr;
-    simulator::sqlite().open_v2(Path.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);
+    simulator::sqlite().open_v2(StatePath.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);
     EXPECT_EQ(simulator::sqlite().exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sql;
     simulator::sqlite().close(database);
-    simulator::Simulation reader("", {Path, false});
+    simulator::Simulation reader("", {StatePath, false});
     EXPECT_EQ(reader.description(0), "QA-3216,BID#0") << sql;
     EXPECT_EQ(rename(reader, 1, "second"), simulator::ErrorNotSaved) << sql;
   }
-  std::remove(Path.c_str());
+  std::remove(StatePath.c_str());
 }
 
 }  // namespace

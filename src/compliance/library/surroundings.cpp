@@ -18,7 +18,7 @@ namespace compliance {
 namespace {
 
 // What users, shells and terminals send, and what timers and children cause.
-constexpr int Signals[] = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGCHLD, SIGTSTP};
+constexpr int WatchedSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGCHLD, SIGTSTP};
 
 // Beyond the numbers of all that is open before the library is loaded.
 constexpr int LastOfTheChecker = 10;
@@ -102,7 +102,7 @@ Surroundings::Surroundings() {
   for (const auto& [change, read] : Aspects) watch(change, read);
   for (int number = STDERR_FILENO + 1; number <= LastOfTheChecker; ++number)
     if (descriptor(number) != 0) watch("closes or changes what it did not open", [=] { return descriptor(number); });
-  for (const int signal : Signals)
+  for (const int signal : WatchedSignals)
     watch(std::string("takes over SIG") + sigabbrev_np(signal), [signal] { return actionOf(signal); });
 }
 

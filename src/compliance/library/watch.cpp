@@ -21,7 +21,7 @@ using namespace Automation::Velq;
 
 // The watched functions have no room for arguments of ours.
 const LibraryTable* watchedLibrary = nullptr;
-Report* report = nullptr;
+Report* watchedReport = nullptr;
 
 const Surroundings& surroundings() {
   static const Surroundings atStart;
@@ -66,8 +66,8 @@ ObjectTable watchedObjects() {
 
 }  // namespace
 
-void startWatching(Report& ofProcess) {
-  report = &ofProcess;
+void startWatching(Report& report) {
+  watchedReport = &report;
   surroundings();
   // The unwinder of this program sets itself up with the first exception that it raises, and would abort without.
   try {
@@ -77,33 +77,34 @@ void startWatching(Report& ofProcess) {
 }
 
 Call::Call(const char* name) : name_(name) {
-  report->operation.set(name);
-  report->isCalling = true;
+  watchedReport->operation.set(name);
+  watchedReport->isCalling = true;
 }
 
 Call::~Call() {
   const int64_t duration = std::chrono::nanoseconds(Clock::now() - begin_).count();
-  if (duration > report->slowest) {
-    report->slowest = duration;
-    report->slowestOperation.set(name_);
+  if (duration > watchedReport->slowest) {
+    watchedReport->slowest = duration;
+    watchedReport->slowestOperation.set(name_);
   }
-  if (report->disturbance.isEmpty())
-    if (const std::string what = disturbance(); !what.empty()) report->disturbance.set(what + ", during " + name_);
-  if (isChange(name_)) report->change.set(name_);
-  report->isCalling = false;
-  ++report->calls;
+  if (watchedReport->disturbance.isEmpty())
+    if (const std::string what = disturbance(); !what.empty())
+      watchedReport->disturbance.set(what + ", during " + name_);
+  if (isChange(name_)) watchedReport->change.set(name_);
+  watchedReport->isCalling = false;
+  ++watchedReport->calls;
 }
 
 void endWithException() {
   const std::type_info* const type = abi::__cxa_current_exception_type();
   const std::string name = type == nullptr ? "what is no C++ exception" : base::demangled(type->name());
-  report->isCalling = true;
+  watchedReport->isCalling = true;
   try {
     throw;
   } catch (const std::exception& exception) {
-    report->thrown.set(name + ": " + exception.what());
+    watchedReport->thrown.set(name + ": " + exception.what());
   } catch (...) {
-    report->thrown.set(name);
+    watchedReport->thrown.set(name);
   }
   _exit(0);
 }
