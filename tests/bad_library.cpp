@@ -98,6 +98,11 @@ ErrorCode keepIdAlone(int32_t id) {
 List sharedList({});
 int32_t forgottenId = 0;
 
+// Changes the board when the process ends.
+struct LastChange {
+  ~LastChange() { keepId(9); }
+};
+
 // The library without the fault: the minimal one, or another where several devices are needed.
 const LibraryTable& sound() {
   const char* const file = std::getenv("BAD_BASE");
@@ -291,6 +296,10 @@ const std::map<std::string, void (*)(Table&)> Faults = {
        return keepId(isBroken ? 3 : id), isBroken || id == 3 ? raise(SIGSEGV) : 0, Success;
      }>},
     {"hangs in a change", setId<[](int32_t id) { return keepId(id), id == 3 ? pause() : 0, Success; }>},
+    {"changes at its end", setId<[](int32_t id) {
+       static const LastChange last;
+       return id != (id & 15) ? ErrorNotOffered : keepId(id);
+     }>},
     {"keeps a lock", setId<[](int32_t id) { return keepId(id), id == 3 ? openBoard(O_RDWR) : 0, Success; }>},
     {"crashes in a rename", setText<[](auto* device, int32_t count, auto* text) {
        const ErrorCode status = setDescription(device, count, text);

@@ -181,6 +181,7 @@ leaves processes|process-left-alone: leaves processes behind
 crashes in a rename|write-description: ends the process with SIGSEGV during DeviceCtrl_setDescription
 several: crashes in a group|write-fusion: ends the process with SIGSEGV during CvxFusionDeviceAddChildren
 hangs in a change|write-board-id: does not return within 5 s, during DeviceCtrl_setBoardId
+changes at its end|write-board-id: device 0: board id is 9, not 0, after the process has ended
 keeps a lock|write-board-id: does not return within 5 s, during DeviceCtrl_getBoardId; DeviceCtrl_setBoardId before
 several: writes an id back|write-from-two-processes: loses a change in round
 writes all back|write-from-two-processes: loses a change in round

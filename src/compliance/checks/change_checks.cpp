@@ -68,9 +68,10 @@ void expectRecord(const ChangedDevice& device, Scenario scenario, DaqCtrlBase* c
   device.findings().expect(!failed(status), "cannot be selected by the new description, status " + show(status));
 }
 
-// The device of a control, which is as good as one that was opened, where the library makes one.
+// The device of a control, which is as good as one that was opened, where the library binds one.
 DeviceCtrl* boundOr(const OpenControl& control, DeviceCtrl* device) {
-  return control == nullptr ? device : DaqCtrlBase_getDevice(control.get());
+  DeviceCtrl* const bound = control == nullptr ? nullptr : DaqCtrlBase_getDevice(control.get());
+  return bound == nullptr ? device : bound;
 }
 
 void changeDescriptions(ChangedDevice& device) {

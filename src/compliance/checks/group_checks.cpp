@@ -25,17 +25,22 @@ void tryRefusals(Groups& groups, int32_t number, int32_t own) {
   groups.expectNoGroupOf({number});
 }
 
-// As tools do after the creation: without the terminator in the count.
-void tryRename(Groups& groups, int32_t number) {
-  const std::wstring name = L"velq-compliance group";
-  const OpenDevice device = openDevice(number, nullptr, AccessFusion);
-  if (device == nullptr) return;
-  const std::wstring before = descriptionOf(device.get());
-  const ErrorCode status = setDescription(device.get(), name, false);
-  const std::wstring& wanted = status == Success ? name : before;
-  groups.at(number).expect(descriptionOf(device.get()) == wanted && openDevice(wanted) != nullptr,
-                           "is not described " + show(wanted) + " after a change with status " + show(status));
-  groups.wantDescription(number, wanted);
+// As tools rename it after the creation: without the terminator in the count.
+void tryChanges(Groups& groups, int32_t number, int32_t child) {
+  const OpenDevice group = openDevice(number, nullptr, AccessFusion), other = openDevice(child, nullptr);
+  if (group == nullptr || other == nullptr) return;
+  const std::wstring own = descriptionOf(group.get()), name = L"velq-compliance group";
+  const Findings here = groups.at(number);
+  here.expect(setDescription(group.get(), descriptionOf(other.get()), false) != Success,
+              "takes its child's description");
+  here.expect(setDescription(other.get(), own) != Success, "lets its child take its description");
+  const ErrorCode status = setDescription(group.get(), name, false);
+  const std::wstring& wanted = status == Success ? name : own;
+  here.expect(descriptionOf(group.get()) == wanted && openDevice(wanted) != nullptr,
+              "is not described " + show(wanted) + " after a change with status " + show(status));
+  setDescription(group.get(), own, false);
+  DeviceCtrl_setBoardId(group.get(), DeviceCtrl_getBoardId(group.get()) + 1);
+  groups.lookAtAll("changes of a group");
 }
 
 // A change of a child, here to what it has already, leaves the group as it is.
@@ -71,6 +76,7 @@ void tryWithPartner(Groups& groups, int32_t number, int32_t own, int32_t partner
   const std::optional<int32_t> other = groups.create({partner});
   if (findings.at("device " + std::to_string(partner))
           .expect(other.has_value(), "can be a child beside another, but not alone")) {
+    expectDistinctDevices(findings);
     groups.expectNotAdded(number, {partner});
     groups.expectNotAdded(number, {*other});
     groups.expectNotRemoved(number, {partner});
@@ -94,7 +100,7 @@ void examine(Groups& groups, int32_t number, int32_t own, const Findings& findin
   expectListedChildren(number, groups.at(number));
   expectDistinctDevices(findings);
   tryRefusals(groups, number, own);
-  tryRename(groups, number);
+  tryChanges(groups, number, own);
   tryChangesOf(own, groups);
 }
 

@@ -44,9 +44,6 @@ class Groups {
   /// Tries to remove what has to be refused.
   void expectNotRemoved(int32_t number, const Children& removed);
 
-  /// A group has another description from now on.
-  void wantDescription(int32_t number, const std::wstring& text) { groups_[number].description = text; }
-
   /// At the group of this number.
   Findings at(int32_t number) const { return findings_.at("fusion device " + std::to_string(number)); }
 
@@ -59,7 +56,7 @@ class Groups {
  private:
   struct Group {
     std::set<int32_t> children;
-    std::wstring description;  ///< as first seen, or as wanted
+    std::wstring description;  ///< as first seen
 
     Children sortedChildren() const { return {children.begin(), children.end()}; }
   };
