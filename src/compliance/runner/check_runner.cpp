@@ -115,7 +115,10 @@ Verdict CheckRunner::runOne(const Check& check) {
   if (!report_.layer.isEmpty() && passed_.empty() && failed_ == 0) print("# through " + report_.layer.get());
   interruption_ = ending.interruption;
   if (disturbance_.empty()) disturbance_ = disturbanceIn(ending);
-  noteSlowest();
+  if (report_.slowest > slowest_) {
+    slowest_ = report_.slowest;
+    slowestOperation_ = report_.slowestOperation.get();
+  }
   if (check.run == lookFirst) before_ = snapshotOf(ending.result);
   return {findingOf(ending), counted(report_.refusal.get(), report_.refusals), report_.refusals};
 }
@@ -128,13 +131,6 @@ std::string CheckRunner::disturbanceIn(const Ending& ending) const {
   if (ending.note->status != 0) return endingOf(ending.note->status) + " during exit()";
   if (!ending.isFlushed) return "ends the process before the tool's output is written, during exit()";
   return ending.note->leavesProcesses ? "leaves processes behind" : "";
-}
-
-void CheckRunner::noteSlowest() {
-  const double seconds = static_cast<double>(report_.slowest.load()) / 1e9;
-  if (seconds <= slowestSeconds_) return;
-  slowestSeconds_ = seconds;
-  slowestOperation_ = report_.slowestOperation.get();
 }
 
 // A check that did not come to its end failed, however the process ended.
@@ -213,7 +209,7 @@ void CheckRunner::report(const char* name, const Verdict& verdict) {
 bool CheckRunner::finish() {
   report(ProcessCheck, {.finding = disturbance_, .refused = ""});
   char slowest[100];
-  std::snprintf(slowest, sizeof slowest, "%.3f s, %s", slowestSeconds_, slowestOperation_.c_str());
+  std::snprintf(slowest, sizeof slowest, "%.3f s, %s", static_cast<double>(slowest_) / 1e9, slowestOperation_.c_str());
   print("# slowest call: " + std::string(slowest));
   print("# " + std::to_string(passed_.size()) + " ok, " + std::to_string(failed_) + " failed, " +
         std::to_string(skipped_) + " not run, " + std::to_string(refusals_) + " refused");

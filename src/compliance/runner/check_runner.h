@@ -46,7 +46,6 @@ class CheckRunner {
   Verdict runOne(const Check& check);
   std::string findingOf(const Ending& ending);
   std::string disturbanceIn(const Ending& ending) const;
-  void noteSlowest();
   /// In a process of its own that has loaded the library.
   Ending runLoaded(const std::function<void()>& work);
   /// All that can be read; an empty result where the process has ended early.
@@ -64,7 +63,7 @@ class CheckRunner {
   std::set<std::string> passed_;
   std::string disturbance_;       ///< the first of any check
   std::string slowestOperation_;  ///< of all checks
-  double slowestSeconds_ = 0;
+  int64_t slowest_ = 0;           ///< in nanoseconds
   size_t failed_ = 0;
   size_t skipped_ = 0;
   size_t refusals_ = 0;
