@@ -45,6 +45,11 @@ OpenControl openControl(Scenario scenario, int32_t number);
 /// The chips or solutions of a control, as its scenario has it; null where the library returns none.
 Array* itemsOf(Scenario scenario, DaqCtrlBase* control);
 
+/// "firmware control"
+inline std::string nameOf(Scenario scenario) {
+  return scenario == Automation::Velq::ScenarioFirmware ? "firmware control" : "calibration control";
+}
+
 /// The descriptions in a list of devices, up to the first node that is null; empty without a list.
 std::vector<std::wstring> descriptionsIn(Array* devices);
 inline std::vector<std::wstring> listedDescriptions() {

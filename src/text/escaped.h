@@ -8,10 +8,10 @@
 
 namespace text {
 
-/// "0xe0000001"
-inline std::string hexadecimal(uint32_t value) {
-  char shown[11];
-  std::snprintf(shown, sizeof shown, "0x%08x", unsigned{value});
+/// "0xe0000001": at least `digits` digits.
+inline std::string hexadecimal(uint64_t value, int digits = 8) {
+  char shown[19];
+  std::snprintf(shown, sizeof shown, "0x%0*llx", digits, static_cast<unsigned long long>(value));
   return shown;
 }
 
