@@ -8,11 +8,10 @@
 #include <cstdio>
 #include <cstring>
 #include <set>
-#include <utility>
 
 #include "base/descriptor.h"
 #include "reading/devices.h"
-#include "simulator/rig/rig_writer.h"
+#include "simulator/rig/rig.h"
 #include "text/utf8.h"
 #include "velq_sim/device_reader.h"
 #include "velq_sim/failure.h"
@@ -21,73 +20,71 @@ namespace velq_sim {
 
 namespace {
 
-using simulator::Device;
-using simulator::Rig;
-
 // Reads the devices that the library lists.
-Rig readDevices() {
+Devices readDevices() {
   reading::Array* const list = Automation::Velq::DeviceCtrl_getInstalledDevices();
   if (list == nullptr) throw Failure(Failed, "the device library returns no list of devices");
   const std::vector<std::wstring> descriptions = reading::descriptionsIn(list);
   if (descriptions.empty()) throw Failure(Failed, "the device library lists no devices");
   reportMissingControls();
-  Rig rig;
-  for (const std::wstring& description : descriptions) {
-    std::optional<Device> device = readDevice(description, rig);
-    if (!device) continue;
-    rig.positions.emplace(device->number, rig.devices.size());
-    rig.devices.push_back(std::move(*device));
-  }
-  if (rig.devices.empty()) throw Failure(Failed, "the device library lists no device that can be read");
-  return rig;
+  Devices devices;
+  for (const std::wstring& description : descriptions) addDevice(description, devices);
+  if (devices.all.empty()) throw Failure(Failed, "the device library lists no device that can be read");
+  return devices;
 }
 
-// Why a rig cannot have the device as a child beside `siblings`; null when it can. `taken` has all children so far.
-const char* problemWithChild(const Rig& rig, int32_t number, const std::vector<int32_t>& siblings,
+void reportRepair(const Json& device, const std::string& message) {
+  report(text::fromUtf8(device["description"].get<std::string>()), message);
+}
+
+// Why a rig cannot have the device as a child; null when it can. `taken` has all children so far, `productId` is that
+// of its siblings, null for the first child.
+const char* problemWithChild(const Devices& devices, int32_t number, const Json& productId,
                              const std::set<int32_t>& taken) {
-  const Device* const child = rig.find(number);
-  if (child == nullptr) return "is not listed";
-  if (child->children) return "is a fusion device";
+  const auto child = devices.byNumber.find(number);
+  if (child == devices.byNumber.end()) return "is not listed";
+  if (child->second->contains("children")) return "is a fusion device";
   if (taken.contains(number)) return "belongs to a fusion device already";
-  if (!siblings.empty() && child->productId != rig.find(siblings.front())->productId)
+  if (!productId.is_null() && child->second->at("product_id") != productId)
     return "has another product id than the first child";
   return nullptr;
 }
 
-// Leaves out children that a rig cannot have.
-void repairChildren(Rig& rig, Device& device, std::set<int32_t>& taken) {
-  std::vector<int32_t> kept;
-  for (const int32_t number : *device.children) {
-    if (const char* const problem = problemWithChild(rig, number, kept, taken))
-      report(text::fromUtf8(device.description), "child " + std::to_string(number) + " " + problem + ", left out");
-    else
-      kept.push_back(*taken.insert(number).first);
+// Leaves out children that a rig cannot have, and the product id that a rig has because of them.
+void repairChildren(const Devices& devices, Json& device, std::set<int32_t>& taken) {
+  Json kept = Json::array(), productId;
+  for (const int32_t number : device["children"]) {
+    if (const char* const problem = problemWithChild(devices, number, productId, taken)) {
+      reportRepair(device, "child " + std::to_string(number) + " " + problem + ", left out");
+      continue;
+    }
+    productId = devices.byNumber.at(number)->at("product_id");
+    kept.push_back(*taken.insert(number).first);
   }
-  device.children = kept;
+  device["children"] = kept;
+  if (device["product_id"] == productId) device.erase("product_id");
 }
 
 // Gives the fusion devices the form that a rig has, and leaves out product ids that it has unless another is given.
-void repair(Rig& rig) {
+void repair(Devices& devices) {
   std::set<int32_t> taken;
-  for (Device& device : rig.devices) {
-    if (device.children) repairChildren(rig, device, taken);
+  for (Json& device : devices.all) {
+    if (device.contains("children")) repairChildren(devices, device, taken);
   }
   // Only now: a fusion device is no child of another, even if it has lost all of its own.
-  for (Device& device : rig.devices) {
-    if (device.children && device.children->empty()) {
-      report(text::fromUtf8(device.description),
-             "is a fusion device without children; on the copy it is a plain device");
-      device.children.reset();
+  for (Json& device : devices.all) {
+    if (device.contains("children") && device["children"].empty()) {
+      reportRepair(device, "is a fusion device without children; on the copy it is a plain device");
+      device.erase("children");
     }
-    const int32_t usual = device.children ? rig.find(device.children->front())->productId.value_or(0) : 0;
-    if (device.productId == usual) device.productId.reset();
+    if (!device.contains("children") && device["product_id"] == "0x0") device.erase("product_id");
   }
 }
 
 std::string capturedText() {
-  Rig rig = readDevices();
-  repair(rig);
-  const std::string text = simulator::textOf(rig);
+  Devices devices = readDevices();
+  repair(devices);
+  const std::string text = Json{{"devices", devices.all}}.dump(2) + "\n";
   // What is read can be a rig in each part but not as a whole, for example longer than a rig may be.
   try {
     simulator::readRig(text);

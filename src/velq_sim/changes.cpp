@@ -45,8 +45,7 @@ void showDevice(const simulator::Simulation& now, int32_t number, std::optional<
        exists ? quoted(now.description(number)) : "none");
   if (!exists) return;
   // A fusion device that a command created has neither chips nor codes.
-  static const Device Created;
-  const Device& rig = listed == nullptr ? Created : *listed;
+  const Device rig = listed == nullptr ? Device() : *listed;
   line("board id", std::to_string(rig.boardId), std::to_string(now.boardId(number)));
   for (size_t i = 0; hasItem(rig, simulator::firmwareItem(i)); ++i)
     line(nameOf(simulator::firmwareItem(i)), simulator::shown((*rig.firmware)[i].version),

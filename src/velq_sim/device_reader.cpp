@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <utility>
 
 #include "reading/devices.h"
+#include "simulator/rig/device.h"
 #include "text/escaped.h"
 #include "text/one_line.h"
 #include "text/utf8.h"
@@ -16,17 +18,22 @@ namespace {
 using namespace Automation::Velq;
 using simulator::Device;
 
-std::string nameOf(Scenario scenario) {
-  return scenario == ScenarioFirmware ? "firmware control" : "calibration control";
-}
-
-// As the notation of rigs has it: a number where the version reads like one.
-simulator::FirmwareVersion versionFrom(const std::string& shown) {
+// In the notation of rigs: a number where the version reads like one.
+std::string versionFrom(const std::string& shown) {
   unsigned major = 0, minor = 0;
   if (std::sscanf(shown.c_str(), "%2x.%2x", &major, &minor) != 2) return shown;
+  const auto number = static_cast<uint16_t>(major << 8U | minor);
   // sscanf() also accepts spaces, signs and any rest. They would be lost, so such a version stays a string.
-  const simulator::FirmwareVersion number = static_cast<uint16_t>(major << 8U | minor);
-  return simulator::shown(number) == shown ? number : shown;
+  return simulator::shown(number) == shown ? text::hexadecimal(number, 4) : shown;
+}
+
+// Leaves out null, for what a device does not have, and what a rig has unless another value is given.
+Json object(Json members) {
+  static const Json usual = {
+      {"board_id", 0}, {"highest_board_id", Device::UsualHighestBoardId}, {"notice", simulator::Chip::UsualNotice}};
+  for (auto member = members.begin(); member != members.end();)
+    member = *member == usual.value(member.key(), Json()) ? members.erase(member) : std::next(member);
+  return members;
 }
 
 // Reads an open device and what it consists of.
@@ -34,7 +41,7 @@ class DeviceReader {
  public:
   DeviceReader(const std::wstring& listed, DeviceCtrl* opened) : listed_(listed), opened_(opened) {}
 
-  Device readDevice(int32_t number) const;
+  Json readDevice(int32_t number) const;
 
  private:
   using StringGetter = ErrorCode (*)(DeviceCtrl*, int32_t, wchar_t*);
@@ -64,7 +71,7 @@ class DeviceReader {
 
   // What a tool with the given room would show, or, so that it shows nothing on the copy either, a string without room
   // there.
-  std::optional<std::string> getString(const char* what, StringGetter getter, int32_t toolCapacity) const {
+  Json getString(const char* what, StringGetter getter, int32_t toolCapacity) const {
     for (const int32_t capacity : {toolCapacity, reading::LargeCapacity}) {
       // One more than the library is told, so that there is a terminator even where it writes none.
       std::wstring buffer(static_cast<size_t>(capacity) + 1, L'\0');
@@ -75,88 +82,86 @@ class DeviceReader {
                                : !failed(status) && std::cmp_greater_equal(buffer.size(), toolCapacity);
       if (isWhole) return utf8(what, buffer.c_str());
     }
-    return std::nullopt;
+    return nullptr;
   }
 
-  template <typename Handle>
-  auto readEach(Array* array) const {
-    std::vector<decltype(read(static_cast<Handle*>(nullptr)))> elements;
-    for (void* const element : reading::elementsOf(array)) elements.push_back(read(static_cast<Handle*>(element)));
-    return elements;
+  template <typename Element>
+  Json readEach(Array* array) const {
+    Json list = Json::array();
+    for (void* const element : reading::elementsOf(array)) list.push_back(read(static_cast<Element*>(element)));
+    return list;
   }
 
   // A null array is not an empty one: reports print "N/A" for the first and no line for the second.
-  template <typename Handle>
-  auto readAny(Array* array) const {
-    return array == nullptr ? std::nullopt : std::optional(readEach<Handle>(array));
+  template <typename Element>
+  Json readAny(Array* array) const {
+    return array == nullptr ? Json() : readEach<Element>(array);
   }
 
-  template <typename Handle>
-  auto readControl(Scenario scenario, int32_t number) const {
+  template <typename Element>
+  Json readControl(Scenario scenario, int32_t number) const {
     const reading::OpenControl control(DaqCtrlBase_Create(scenario));
     const bool isBound = control != nullptr && reading::bind(control.get(), number);
-    if (control != nullptr && !isBound) warn(nameOf(scenario) + " cannot be bound, left out");
-    return readAny<Handle>(isBound ? reading::itemsOf(scenario, control.get()) : nullptr);
+    if (control != nullptr && !isBound) warn(reading::nameOf(scenario) + " cannot be bound, left out");
+    return readAny<Element>(isBound ? reading::itemsOf(scenario, control.get()) : nullptr);
   }
 
-  static uint64_t read(const uint64_t* address) { return *address; }
-  static int32_t read(const int32_t* interrupt) { return *interrupt; }
+  // As a string: JSON has no hexadecimal numbers, and in decimal people would not recognise an address.
+  static Json read(const uint64_t* address) { return text::hexadecimal(*address, 1); }
+  static Json read(const int32_t* interrupt) { return *interrupt; }
 
-  simulator::Chip read(FirmwareItem* chip) const {
+  Json read(FirmwareItem* chip) const {
     std::string version = utf8("version of a chip", FirmwareItem_getVersion(chip));
     if (version.starts_with("0x")) {
       warn("version \"" + version + "\" of a chip: written with a capital X, so that it is not a number in the rig");
       version[1] = 'X';
     }
-    return {.description = utf8("description of a chip", FirmwareItem_getDescription(chip)),
-            .version = versionFrom(version),
-            .notice = utf8("notice of a chip", FirmwareItem_getNotice(chip)),
-            .password = std::nullopt};
+    return object({{"description", utf8("description of a chip", FirmwareItem_getDescription(chip))},
+                   {"version", versionFrom(version)},
+                   {"notice", utf8("notice of a chip", FirmwareItem_getNotice(chip))}});
   }
 
   // Without codes: a library reports them only for a section that was started, and that would calibrate the device.
-  simulator::AdjustingCode read(CalibrationItem* item) const {
-    return {.name = utf8("name of an item", CalibrationItem_getName(item))};
+  Json read(CalibrationItem* item) const { return {{"name", utf8("name of an item", CalibrationItem_getName(item))}}; }
+
+  Json read(CalibrationSection* section) const {
+    return {{"description", utf8("description of a section", CalibrationSection_getDescription(section))},
+            {"instruction", utf8("instruction of a section", CalibrationSection_getInstruction(section))},
+            {"items", readEach<CalibrationItem>(CalibrationSection_getItems(section))}};
   }
 
-  simulator::Section read(CalibrationSection* section) const {
-    return {.description = utf8("description of a section", CalibrationSection_getDescription(section)),
-            .instruction = utf8("instruction of a section", CalibrationSection_getInstruction(section)),
-            .items = readEach<CalibrationItem>(CalibrationSection_getItems(section))};
-  }
-
-  simulator::Solution read(CalibrationSolution* solution) const {
-    return {.name = utf8("name of a solution", CalibrationSolution_getName(solution)),
-            .description = utf8("description of a solution", CalibrationSolution_getDescription(solution)),
-            .instruction = utf8("instruction of a solution", CalibrationSolution_getInstruction(solution)),
-            .sections = readEach<CalibrationSection>(CalibrationSolution_getSections(solution))};
+  Json read(CalibrationSolution* solution) const {
+    return {{"name", utf8("name of a solution", CalibrationSolution_getName(solution))},
+            {"description", utf8("description of a solution", CalibrationSolution_getDescription(solution))},
+            {"instruction", utf8("instruction of a solution", CalibrationSolution_getInstruction(solution))},
+            {"sections", readEach<CalibrationSection>(CalibrationSolution_getSections(solution))}};
   }
 
   const std::wstring& listed_;
   DeviceCtrl* const opened_;
 };
 
-Device DeviceReader::readDevice(int32_t number) const {
+Json DeviceReader::readDevice(int32_t number) const {
   const std::wstring own = reading::descriptionOf(opened_);
   if (own != listed_)
     warn("has the description " + text::escaped(own.c_str()) + " when it is open; the listed one is written");
-  Device device;
-  device.number = number;
-  device.productId = natural("product id", DeviceCtrl_getProductId(opened_));
-  device.boardId = natural("board id", DeviceCtrl_getBoardId(opened_));
-  // It cannot be read, and a rig with a board id above it is not valid.
-  device.highestBoardId = std::max(device.boardId, Device::UsualHighestBoardId);
-  // The listed one, because it is what tools match patterns with and open devices by.
-  device.description = utf8("description", listed_.c_str(), 255);
-  device.boardVersion = getString("board version", DeviceCtrl_getBoardVersion, 10);
-  device.driverVersion = getString("driver version", DeviceCtrl_getDriverVersion, 10);
-  device.location = getString("location", DeviceCtrl_getLocation, 100);
-  device.baseAddresses = readAny<uint64_t>(DeviceCtrl_getBaseAddresses(opened_));
-  device.interrupts = readAny<int32_t>(DeviceCtrl_getInterrupts(opened_));
-  device.firmware = readControl<FirmwareItem>(ScenarioFirmware, number);
-  device.calibration = readControl<CalibrationSolution>(ScenarioCalibration, number);
-  if (CvxIsFusionDevice(number) == Success) device.children = reading::childrenOf(number);
-  return device;
+  const int32_t productId = natural("product id", DeviceCtrl_getProductId(opened_));
+  const int32_t boardId = natural("board id", DeviceCtrl_getBoardId(opened_));
+  return object({{"number", number},
+                 // The listed one, because it is what tools match patterns with and open devices by.
+                 {"description", utf8("description", listed_.c_str(), 255)},
+                 {"product_id", text::hexadecimal(static_cast<uint64_t>(productId), 1)},
+                 {"board_id", boardId},
+                 // It cannot be read, and a rig with a board id above it is not valid.
+                 {"highest_board_id", std::max(boardId, Device::UsualHighestBoardId)},
+                 {"board_version", getString("board version", DeviceCtrl_getBoardVersion, 10)},
+                 {"driver_version", getString("driver version", DeviceCtrl_getDriverVersion, 10)},
+                 {"location", getString("location", DeviceCtrl_getLocation, 100)},
+                 {"base_addresses", readAny<uint64_t>(DeviceCtrl_getBaseAddresses(opened_))},
+                 {"interrupts", readAny<int32_t>(DeviceCtrl_getInterrupts(opened_))},
+                 {"firmware", readControl<FirmwareItem>(ScenarioFirmware, number)},
+                 {"calibration", readControl<CalibrationSolution>(ScenarioCalibration, number)},
+                 {"children", CvxIsFusionDevice(number) == Success ? Json(reading::childrenOf(number)) : Json()}});
 }
 
 }  // namespace
@@ -169,23 +174,22 @@ void report(const std::wstring& description, const std::string& message) {
 void reportMissingControls() {
   for (const Scenario scenario : {ScenarioFirmware, ScenarioCalibration}) {
     if (reading::OpenControl(DaqCtrlBase_Create(scenario)) == nullptr)
-      fprintf(stderr, "velq-sim: the device library cannot create a %s, left out\n", nameOf(scenario).c_str());
+      fprintf(stderr, "velq-sim: the device library cannot create a %s, left out\n", reading::nameOf(scenario).c_str());
   }
 }
 
-std::optional<Device> readDevice(const std::wstring& description, const simulator::Rig& rig) {
+void addDevice(const std::wstring& description, Devices& devices) {
   const reading::OpenDevice opened = reading::openDevice(description);
   const int32_t number = opened == nullptr ? -1 : DeviceCtrl_getDeviceNumber(opened.get());
   if (opened == nullptr)
     report(description, "cannot be opened, left out");
   else if (number < 0)
     report(description, "has the invalid number " + std::to_string(number) + ", left out");
-  else if (rig.find(number) != nullptr)
+  else if (devices.byNumber.contains(number))
     // Of several devices with one description the library can open only one by it.
     report(description, "opens device " + std::to_string(number) + ", which is listed before; left out");
   else
-    return DeviceReader(description, opened.get()).readDevice(number);
-  return std::nullopt;
+    devices.byNumber[number] = &devices.all.emplace_back(DeviceReader(description, opened.get()).readDevice(number));
 }
 
 }  // namespace velq_sim
