@@ -1,7 +1,7 @@
 #!/bin/bash
 # Captures and changes. Arguments: velq-sim, qutil, the probe, and the minimal, the odd and the simulator's library.
 set -u
-velq_sim=$1 qutil=$2 probe=$3 minimal=${4%/*} odd=${5%/*} simulator=${6%/*}
+rigs=$PWD/../src/simulator/rig velq_sim=$1 qutil=$2 probe=$3 minimal=${4%/*} odd=${5%/*} simulator=${6%/*}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1
@@ -36,7 +36,8 @@ same() {
 "$qutil" /dn:2 -ci:5 >out && "$qutil" '/dd:QS*' '-cd:Pump *' >out && "$qutil" /dn:0 -cali:ai.reverse >out
 "$qutil" /dd:Rig -fusion 'Pump 04,BID#1' 'Pump 04,BID#0' >out
 same "$simulator"
-[ "$(grep -c '"version": "0x0\|product_id' copy.json)" = 12 ] || fail "a version is no number, or a default is written"
+strings='(name|instruction|notice|version|location|product_id)": ".*?"|"0x\w{4,}"'
+diff <(grep -oP "$strings" "$rigs/builtin_rig.json") <(grep -oP "$strings" copy.json) || fail "not as in the rig"
 expect 0 'device 0: calibration 0.0.0 0x00000080 -> 0x0000007e
 device 0: calibration 0.1.0 0x00000080 -> 0x00000081
 device 2: description "QD-0096,BID#2" -> "QD-0096,BID#5"
@@ -86,7 +87,7 @@ velq-sim: device "Group": is a fusion device without children; on the copy it is
 END
 
 export LD_LIBRARY_PATH=$simulator
-ln -s nowhere taken
+ln -s nowhere taken && touch libvelq.so
 expect 1 'velq-sim: taken: already exists; nothing was written' "$velq_sim" --capture taken
 expect 1 'velq-sim: none/copy: No such file or directory; nothing was written' "$velq_sim" --capture none/copy
 expect 1 'velq-sim: new: File too large; nothing was written' sh -c 'ulimit -f 0; "$1" --capture new' - "$velq_sim"
@@ -94,6 +95,5 @@ expect 1 'velq-sim: standard output: No space left on device' sh -c '"$1" --capt
 export LD_PRELOAD=$probe VELQ_FAULTS=DeviceCtrl_getInstalledDevices=null
 expect 1 'velq-sim: the device library returns no list of devices' "$velq_sim" --capture new
 expect 1 'velq-sim: the device library lists no devices' env VELQ_FAULTS=Array_getLength=0 "$velq_sim" --capture new
-touch libvelq.so
 expect 1 'velq-sim: ./libvelq.so: file too short' env LD_LIBRARY_PATH=. "$velq_sim" --capture new
 [ "$(echo new*)" = 'new*' ] || fail "a file is left behind"
