@@ -31,6 +31,7 @@ using reading::elementsOf;
 using reading::itemsOf;
 using reading::LargeCapacity;
 using reading::listedDescriptions;
+using reading::nameOf;
 using reading::openControl;
 using reading::OpenControl;
 using reading::openDevice;
@@ -78,10 +79,5 @@ std::string show(const std::vector<int32_t>& numbers);
 
 /// "device "Description""
 inline std::string placeOf(const std::wstring& description) { return "device " + show(description); }
-
-/// "firmware control"
-inline std::string nameOf(Automation::Velq::Scenario scenario) {
-  return scenario == Automation::Velq::ScenarioFirmware ? "firmware control" : "calibration control";
-}
 
 }  // namespace compliance
