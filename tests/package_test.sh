@@ -14,7 +14,7 @@ fail() {
 mkdir -p "$work/one/qutil" "$work/another"
 git ls-files -z | xargs -0 cp --parents -t "$work/one/qutil"
 cp -r "$work/one/qutil" "$work/another/directory"
-# The second one without the tests, which must not show in the packages. No compiler may warn of a source on its own.
+# The second one without the tests, which must not show in the packages. The compiler may not warn.
 (cd "$work/one/qutil" && dpkg-buildpackage -us -uc) >"$work/log" 2>&1 || fail
 ! grep '[0-9]: warning: ' "$work/log" || exit 1
 (cd "$work/another/directory" && DEB_BUILD_OPTIONS=nocheck dpkg-buildpackage -us -uc -b -Pnocheck) >"$work/log" 2>&1 || fail
