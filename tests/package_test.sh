@@ -19,10 +19,11 @@ cp -r "$work/one/qutil" "$work/another/directory"
 ! grep '[0-9]: warning: ' "$work/log" || exit 1
 (cd "$work/another/directory" && DEB_BUILD_OPTIONS=nocheck dpkg-buildpackage -us -uc -b -Pnocheck) >"$work/log" 2>&1 || fail
 for package in "$work"/one/*.deb; do cmp "$package" "$work/another/${package##*/}"; done
-# Which strings lintian reads as one depends on how the compiler has cut them: an override for that may be unused.
 # debian/source has an override for Debian 12, whose lintian does not know the newest policy.
-lintian --display-info --pedantic --allow-root --suppress-tags unused-override,newer-standards-version \
-  --fail-on error,warning,info,pedantic "$work"/one/*.changes
+lintian --display-info --pedantic --allow-root --suppress-tags newer-standards-version \
+  --fail-on error,warning,pedantic "$work"/one/*.changes >"$work/log" || fail
+# Which strings lintian reads as one depends on how the compiler has cut them: an override for that may be unused.
+! grep '^I:' "$work/log" | grep -v ': unused-override ' || exit 1
 
 mmdebstrap --quiet --variant=minbase --dpkgopt=force-unsafe-io "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$work/root"
 # shellcheck disable=SC2016
