@@ -49,7 +49,7 @@ class Supervisor::Run {
   Ending waitForEnd();
 
  private:
-  bool isGoingOn() const { return ending_.problem.empty() && ending_.interruption == 0; }
+  bool isGoingOn() const { return ending_.problem.empty() && (ending_.interruption == 0 || !endsBySignal_); }
   bool takeNote();
   void takeSignals();
   void forwardMessages();
@@ -118,7 +118,7 @@ void Supervisor::Run::takeSignals() {
     // The process of the check may have ended since.
     if (sender == supervisor_.report_.process || isDescendant(sender))
       ending_.problem = "sends " + nameOf(number) + " to the checker";
-    else if (endsBySignal_)
+    else
       ending_.interruption = number;
   }
 }

@@ -20,7 +20,7 @@ struct Ending {
   bool isFlushed = false;       ///< its streams were flushed at its end, as those of every program should be
   bool isHung = false;          ///< it was ended because a call did not return
   bool hasOutput = false;       ///< it wrote to standard output
-  int interruption = 0;         ///< the signal with which the user ended the work; 0 for none
+  int interruption = 0;         ///< the signal of a user who wants to end the checks; 0 for none
 };
 
 /// Runs work in processes, one at a time. There is one in a program, which it protects from signals.

@@ -154,13 +154,13 @@ std::string CheckRunner::findingOf(const Ending& ending) {
 Ending CheckRunner::runLoaded(const std::function<void()>& work) {
   // To its end, for a user, or timeout(1), may send more than one signal.
   constexpr bool EndsBySignal = false;
-  return supervisor_.run(
-      "restoring",
-      [&] {
-        Library(path_, report_).load();
-        work();
-      },
-      EndsBySignal);
+  const auto loaded = [&] {
+    Library(path_, report_).load();
+    work();
+  };
+  const Ending ending = supervisor_.run("restoring", loaded, EndsBySignal);
+  if (interruption_ == 0) interruption_ = ending.interruption;
+  return ending;
 }
 
 Ending CheckRunner::look() {
