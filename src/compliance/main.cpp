@@ -1,17 +1,18 @@
 // velq-compliance: checks that a device library does what tools rely on.
 #include <fcntl.h>
+#include <getopt.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
+#include <stdexcept>
 #include <system_error>
 
 #include "compliance/checks/check.h"
-#include "compliance/library/exported_symbols.h"
-#include "compliance/options.h"
+#include "compliance/library/library.h"
 #include "compliance/runner/check_runner.h"
 #include "text/one_line.h"
 
@@ -37,6 +38,55 @@ cannot be written.
 
 More is in the manual: man velq-compliance
 )";
+
+// For wrong usage, and for all other reasons why no check can be run.
+constexpr int UsageStatus = 2;
+
+constexpr int MostSeconds = 3600;
+
+struct Options {
+  std::string library;
+  bool writes = false;
+  std::chrono::seconds limit{10};  // of one call
+  const char* shown = nullptr;     // in place of all else
+};
+
+// In the order of this list.
+enum Choice { Write, Timeout, ShowHelp, ShowVersion };
+constexpr option Choices[] = {{"write", no_argument, nullptr, Write},
+                              {"timeout", required_argument, nullptr, Timeout},
+                              {"help", no_argument, nullptr, ShowHelp},
+                              {"version", no_argument, nullptr, ShowVersion},
+                              {}};
+
+[[noreturn]] void refuse(const std::string& why) { throw std::invalid_argument(why + "; see velq-compliance --help"); }
+
+std::chrono::seconds secondsFrom(const std::string& given) {
+  int seconds = 0;
+  const auto [end, error] = std::from_chars(given.data(), given.data() + given.size(), seconds);
+  if (error != std::errc() || end != given.data() + given.size() || seconds < 1 || seconds > MostSeconds)
+    refuse("--timeout: \"" + given + "\" is no number of seconds from 1 to " + std::to_string(MostSeconds));
+  return std::chrono::seconds(seconds);
+}
+
+Options parseOptions(int argc, char** argv) {
+  Options options;
+  opterr = 0;
+  for (int choice = 0; (choice = getopt_long(argc, argv, ":", Choices, nullptr)) != -1;) {
+    if (choice == ':') refuse("--timeout needs a value");
+    if (choice == '?') refuse("unknown option \"" + std::string(argv[optind - 1]) + "\"");
+    options.writes |= choice == Write;
+    if (choice == Timeout) options.limit = secondsFrom(optarg);
+    if (choice == ShowHelp) options.shown = Help;
+    if (choice == ShowVersion) options.shown = "velq-compliance " VERSION "\n";
+  }
+  if (options.shown != nullptr) return options;
+  if (optind == argc) refuse("no LIBRARY given");
+  options.library = argv[optind];
+  if (optind + 1 < argc)
+    refuse("\"" + std::string(argv[optind + 1]) + "\": one LIBRARY only, \"" + options.library + "\" is given before");
+  return options;
+}
 
 int print(const char* text) {
   if (std::fputs(text, stdout) < 0 || std::fflush(stdout) != 0)
@@ -65,12 +115,9 @@ void occupyStandardNumbers() {
 // Returns the exit status; ends as the user wants when the user ends the checks.
 int runChecks(const Options& options) {
   expectSharedLibrary(options.library);
-  CheckRunner runner(options.library, options.limit);
+  CheckRunner runner(options.library, options.limit, options.writes);
   for (const Check& check : AllChecks) {
-    if (check.access == CheckAccess::Reads || options.writes)
-      runner.run(check);
-    else
-      runner.skip(check, "needs --write");
+    runner.run(check);
     if (runner.interruption() != 0) endBy(runner.interruption());
   }
   return runner.finish() ? 0 : 1;
@@ -82,8 +129,7 @@ int main(int argc, char** argv) {
   try {
     occupyStandardNumbers();
     const Options options = parseOptions(argc, argv);
-    if (options.showsHelp) return print(Help);
-    if (options.showsVersion) return print("velq-compliance " VERSION "\n");
+    if (options.shown != nullptr) return print(options.shown);
     return runChecks(options);
   } catch (const std::exception& error) {
     fprintf(stderr, "velq-compliance: %s\n", text::oneLine(error.what()).c_str());

@@ -59,8 +59,9 @@ expect 126 'velq-sim: ./rig.json: Permission denied' ./rig.json
 # The probe
 expect 2 'No Quellis device in system!(Errorlevel = 2)' --faults Array_getLength=0 qutil
 expect 0 'velq-probe: # faults never reached: 1; CvxIsFusionDevice=0' --faults 'CvxIsFusionDevice=0;' qutil
-expect 0 '0,Board' --rig rig.json --trace trace sh -c 'cd / && qutil'
-[ "$(stat -c %a trace; tail -n 1 trace)" = "600
+expect 0 '0,Board' --rig rig.json --trace trace sh -c 'cd / && qutil && qutil'
+[ "$(stat -c %a trace; grep -c DeviceCtrl_getInstalledDevices trace; tail -n 1 trace)" = "600
+2
 Array_getItem(Array#1, 0) = Array#1[0]" ] || { echo "another trace" && failures=1; }
 
 mkfifo pipe

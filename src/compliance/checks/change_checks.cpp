@@ -141,12 +141,8 @@ void changeBoardIds(ChangedDevice& device) {
 
 }  // namespace
 
-void checkDescriptionChanges(const CheckContext& context, const Findings& findings) {
-  changeEach(context, findings, changeDescriptions);
-}
+void checkDescriptionChanges(const CheckContext& context) { changeEach(context, changeDescriptions); }
 
-void checkBoardIdChanges(const CheckContext& context, const Findings& findings) {
-  changeEach(context, findings, changeBoardIds);
-}
+void checkBoardIdChanges(const CheckContext& context) { changeEach(context, changeBoardIds); }
 
 }  // namespace compliance

@@ -52,9 +52,8 @@ bool ChangedDevice::looksAtAll() const {
   return numbers.size() <= MostLookedAt || number_ == numbers.front() || number_ == numbers.back();
 }
 
-void changeEach(const CheckContext& context, const Findings& findings,
-                const std::function<void(ChangedDevice&)>& change) {
-  forEachDevice(findings, [&](DeviceCtrl* handle, const Findings& here) {
+void changeEach(const CheckContext& context, const std::function<void(ChangedDevice&)>& change) {
+  forEachDevice(context.findings, [&](DeviceCtrl* handle, const Findings& here) {
     ChangedDevice device(handle, context, here);
     change(device);
   });

@@ -39,7 +39,6 @@ class ChangedDevice {
 };
 
 /// Changes each listed device.
-void changeEach(const CheckContext& context, const Findings& findings,
-                const std::function<void(ChangedDevice& device)>& change);
+void changeEach(const CheckContext& context, const std::function<void(ChangedDevice& device)>& change);
 
 }  // namespace compliance

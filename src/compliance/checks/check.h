@@ -12,11 +12,12 @@
 
 namespace compliance {
 
-/// What there is to check.
+/// What there is to check, and where to note what is found.
 struct CheckContext {
   Library& library;
   const NextProcess& next;
   const Snapshot& before;  ///< all that could be read before the other checks; empty until then
+  const Findings& findings;
 };
 
 /// Whether a check changes devices.
@@ -25,12 +26,26 @@ enum class CheckAccess { Reads, Writes };
 /// One row of checks.def. Runs in a process of its own.
 struct Check {
   CheckAccess access;
-  void (*run)(const CheckContext& context, const Findings& findings);
+  void (*run)(const CheckContext& context);
   const char* name;
   const char* needs;
 };
 
-#define CHECK(access, function, name, needs) void function(const CheckContext& context, const Findings& findings);
+/// Expects of an array a length of 0 or more, no null element, and length and addresses that stay the same when asked
+/// for again. A null array is as good. Returns whether all of this holds, so that the elements can be looked at.
+bool expectStable(Automation::Velq::Array* array, const Findings& here);
+
+/// Expects of the list of installed devices that each has a description of its own, which a record has room for.
+void expectDistinctDevices(const Findings& here);
+
+/// Expects of a fusion device that it lists its children within the capacity, each of them once, and adds none of them
+/// again.
+void expectListedChildren(int32_t fusionNumber, const Findings& here);
+
+/// Expects that no operation takes the number for that of a fusion device.
+void expectNoFusionDevice(int32_t number, const Findings& findings);
+
+#define CHECK(access, function, name, needs) void function(const CheckContext& context);
 #include "compliance/checks/checks.def"
 
 /// All checks, in their order.

@@ -87,9 +87,9 @@ void expectAsNew(Scenario scenario, DaqCtrlBase* control, int32_t number, bool i
 
 }  // namespace
 
-void checkUnboundControl(const CheckContext&, const Findings& findings) {
+void checkUnboundControl(const CheckContext& context) {
   for (const Scenario scenario : Scenarios) {
-    const Findings here = findings.at(nameOf(scenario));
+    const Findings here = context.findings.at(nameOf(scenario));
     const OpenControl control(DaqCtrlBase_Create(scenario)), other(DaqCtrlBase_Create(scenario));
     if (control == nullptr) {
       here.refuse();
@@ -100,22 +100,23 @@ void checkUnboundControl(const CheckContext&, const Findings& findings) {
   }
 }
 
-void checkControlOfUnknown(const CheckContext&, const Findings& findings) {
+void checkControlOfUnknown(const CheckContext& context) {
   const std::wstring known = listedDescriptions().front();
   std::set<int32_t> numbers = unusedNumbers();
   numbers.insert(-2);
   for (const Scenario scenario : Scenarios) {
     const OpenControl control(DaqCtrlBase_Create(scenario));
     if (control == nullptr) continue;
-    for (const int32_t number : numbers) expectNoBinding(scenario, control.get(), recordFor(number, known), findings);
+    for (const int32_t number : numbers)
+      expectNoBinding(scenario, control.get(), recordFor(number, known), context.findings);
     for (const wchar_t* const description : {L"", UnknownDescription})
-      expectNoBinding(scenario, control.get(), recordFor(-1, description), findings);
+      expectNoBinding(scenario, control.get(), recordFor(-1, description), context.findings);
   }
 }
 
 // By number with any description, by description, and in both modes.
-void checkBinding(const CheckContext&, const Findings& findings) {
-  forEachDevice(findings, [](DeviceCtrl* device, const Findings& place) {
+void checkBinding(const CheckContext& context) {
+  forEachDevice(context.findings, [](DeviceCtrl* device, const Findings& place) {
     const int32_t number = DeviceCtrl_getDeviceNumber(device);
     const std::wstring description = descriptionOf(device);
     const DeviceInformation whole = recordFor(number, description);
@@ -135,14 +136,14 @@ void checkBinding(const CheckContext&, const Findings& findings) {
 }
 
 // A control that is bound again serves the new device, and none if it is refused.
-void checkRebinding(const CheckContext&, const Findings& findings) {
+void checkRebinding(const CheckContext& context) {
   for (const Scenario scenario : Scenarios) {
     const auto visit = [&](DaqCtrlBase* control, int32_t number, bool isBound) {
-      const Findings here = findings.at(nameOf(scenario) + " bound again, device " + std::to_string(number));
+      const Findings here = context.findings.at(nameOf(scenario) + " bound again, device " + std::to_string(number));
       expectAsNew(scenario, control, number, isBound, here);
     };
     if (const OpenControl control = bindToEach(scenario, visit))
-      expectNoBinding(scenario, control.get(), recordFor(UnknownNumber, L""), findings);
+      expectNoBinding(scenario, control.get(), recordFor(UnknownNumber, L""), context.findings);
   }
 }
 

@@ -6,7 +6,6 @@
 
 #include "base/descriptor.h"
 #include "compliance/checks/check.h"
-#include "compliance/checks/rules.h"
 #include "compliance/process/guardian.h"
 
 namespace compliance {
@@ -31,8 +30,8 @@ std::vector<std::wstring> variationsOf(const std::wstring& description) {
 
 }  // namespace
 
-void checkList(const CheckContext&, const Findings& findings) {
-  const Findings here = findings.at("list of installed devices");
+void checkList(const CheckContext& context) {
+  const Findings here = context.findings.at("list of installed devices");
   Array* const devices = DeviceCtrl_getInstalledDevices();
   if (!here.expect(devices != nullptr, "null") || !expectStable(devices, here)) return;
   const std::vector<std::wstring> descriptions = descriptionsIn(devices);
@@ -45,9 +44,9 @@ void checkList(const CheckContext&, const Findings& findings) {
   here.expect(descriptionsIn(devices) == descriptions, "changes when a new one is requested");
 }
 
-void checkOpening(const CheckContext&, const Findings& findings) {
+void checkOpening(const CheckContext& context) {
   std::map<int32_t, Findings> places;
-  forEachDevice(findings, [&](DeviceCtrl* device, const Findings& here) {
+  forEachDevice(context.findings, [&](DeviceCtrl* device, const Findings& here) {
     const int32_t number = DeviceCtrl_getDeviceNumber(device);
     const std::string what = "has the number " + std::to_string(number);
     here.expect(number >= 0, what);
@@ -57,13 +56,13 @@ void checkOpening(const CheckContext&, const Findings& findings) {
 }
 
 // The checker keeps it: for the last of the checks that read, and to restore what those that write leave altered.
-void lookFirst(const CheckContext&, const Findings& findings) {
+void lookFirst(const CheckContext& context) {
   const bool isSent = base::writeAll(ResultDescriptor, textOf(takeSnapshot()));
-  findings.at("in the process of the check").expect(isSent, "closes or changes what it did not open");
+  context.findings.at("in the process of the check").expect(isSent, "closes or changes what it did not open");
 }
 
-void checkOpeningByDescription(const CheckContext&, const Findings& findings) {
-  forEachDevice(findings, [](DeviceCtrl* device, const Findings& here) {
+void checkOpeningByDescription(const CheckContext& context) {
+  forEachDevice(context.findings, [](DeviceCtrl* device, const Findings& here) {
     const std::wstring description = descriptionOf(device);
     const std::string what = "is described " + show(description) + " when opened";
     if (!here.expect(placeOf(description) == here.where(), what)) return;
@@ -74,9 +73,9 @@ void checkOpeningByDescription(const CheckContext&, const Findings& findings) {
   });
 }
 
-void checkOpeningByNumber(const CheckContext&, const Findings& findings) {
+void checkOpeningByNumber(const CheckContext& context) {
   const std::vector<std::wstring> listed = listedDescriptions();
-  forEachDevice(findings, [&](DeviceCtrl* device, const Findings& here) {
+  forEachDevice(context.findings, [&](DeviceCtrl* device, const Findings& here) {
     const int32_t number = DeviceCtrl_getDeviceNumber(device);
     // The description counts only where the number is -1.
     for (const wchar_t* const description : {static_cast<const wchar_t*>(nullptr), L"", UnknownDescription,
@@ -91,20 +90,20 @@ void checkOpeningByNumber(const CheckContext&, const Findings& findings) {
   });
 }
 
-void checkUnknownDevice(const CheckContext&, const Findings& findings) {
+void checkUnknownDevice(const CheckContext& context) {
   const std::vector<std::wstring> listed = listedDescriptions();
   std::set<int32_t> numbers = unusedNumbers();
   numbers.insert({-2, INT32_MIN});
   for (const int32_t number : numbers)
     for (const wchar_t* const description : {static_cast<const wchar_t*>(nullptr), L"", listed.front().c_str()})
-      expectUnknown(number, description, findings);
+      expectUnknown(number, description, context.findings);
   // Without a number and without a description that any device has.
   for (const wchar_t* const description : {static_cast<const wchar_t*>(nullptr), L"", UnknownDescription})
-    expectUnknown(-1, description, findings);
+    expectUnknown(-1, description, context.findings);
   const std::set<std::wstring> taken(listed.begin(), listed.end());
   for (const std::wstring& description : listed)
     for (const std::wstring& other : variationsOf(description))
-      if (!taken.contains(other)) expectUnknown(-1, other.c_str(), findings);
+      if (!taken.contains(other)) expectUnknown(-1, other.c_str(), context.findings);
 }
 
 }  // namespace compliance

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "compliance/checks/groups.h"
-#include "compliance/checks/rules.h"
 
 namespace compliance {
 
@@ -67,16 +66,17 @@ std::optional<int32_t> extend(Groups& groups, int32_t number, int32_t own, const
 }
 
 // A group of one device has just got the partner, and ends here.
-void tryWithPartner(Groups& groups, int32_t number, int32_t own, int32_t partner, const Findings& findings) {
+void tryWithPartner(Groups& groups, int32_t number, int32_t own, int32_t partner) {
   groups.lookAtAll("the extension of a group");
   tryChangesOf(partner, groups);
   expectListedChildren(number, groups.at(number));
   groups.remove(number, {partner});
   groups.expectNotAdded(number, {partner, UnknownNumber});
   const std::optional<int32_t> other = groups.create({partner});
-  if (findings.at("device " + std::to_string(partner))
+  if (groups.findings()
+          .at("device " + std::to_string(partner))
           .expect(other.has_value(), "can be a child beside another, but not alone")) {
-    expectDistinctDevices(findings);
+    expectDistinctDevices(groups.findings());
     groups.expectNotAdded(number, {partner});
     groups.expectNotAdded(number, {*other});
     groups.expectNotRemoved(number, {partner});
@@ -90,32 +90,33 @@ void tryWithPartner(Groups& groups, int32_t number, int32_t own, int32_t partner
   }
   const Children both{own, partner};
   const std::optional<int32_t> pair = groups.create(both);
-  if (findings.at("devices " + show(both))
+  if (groups.findings()
+          .at("devices " + show(both))
           .expect(pair.has_value(), "can be grouped one after the other, but not at once"))
     groups.remove(*pair, both);
 }
 
-void examine(Groups& groups, int32_t number, int32_t own, const Findings& findings) {
+void examine(Groups& groups, int32_t number, int32_t own) {
   groups.lookAtAll("the creation of a group");
   expectListedChildren(number, groups.at(number));
-  expectDistinctDevices(findings);
+  expectDistinctDevices(groups.findings());
   tryRefusals(groups, number, own);
   tryChanges(groups, number, own);
   tryChangesOf(own, groups);
 }
 
 // Each device alone, and the first two that can be grouped. Returns whether there are such.
-bool tryOneAfterTheOther(Groups& groups, const Findings& findings) {
+bool tryOneAfterTheOther(Groups& groups) {
   bool isExamined = false, isPaired = false;
   for (const int32_t device : groups.devices()) {
     groups.expectNoGroupOf({device, UnknownNumber});
     groups.expectNoGroupOf({device, device});
     const std::optional<int32_t> number = groups.create({device});
     if (!number) continue;
-    if (!std::exchange(isExamined, true)) examine(groups, *number, device, findings);
+    if (!std::exchange(isExamined, true)) examine(groups, *number, device);
     const std::optional<int32_t> partner = isPaired ? std::nullopt : extend(groups, *number, device, {});
     if (partner)
-      tryWithPartner(groups, *number, device, *partner, findings);
+      tryWithPartner(groups, *number, device, *partner);
     else
       groups.remove(*number, {device});
     isPaired = isPaired || partner;
@@ -123,32 +124,34 @@ bool tryOneAfterTheOther(Groups& groups, const Findings& findings) {
   return isPaired;
 }
 
-void tryAtOnce(Groups& groups, const Findings& findings) {
+void tryAtOnce(Groups& groups) {
   const size_t count = std::min(groups.devices().size(), MostTried);
   for (size_t i = 0; i < count; ++i)
     for (size_t k = i + 1; k < count; ++k) {
       const Children pair{groups.devices()[i], groups.devices()[k]};
       const std::optional<int32_t> number = groups.create(pair);
       if (!number) continue;
-      findings.at("devices " + show(pair)).expect(false, "can be grouped at once, but not one after the other");
+      groups.findings()
+          .at("devices " + show(pair))
+          .expect(false, "can be grouped at once, but not one after the other");
       return groups.remove(*number, pair);
     }
-  findings.at("fusion devices of two devices").refuse();
+  groups.findings().at("fusion devices of two devices").refuse();
 }
 
 }  // namespace
 
-void checkGroups(const CheckContext& context, const Findings& findings) {
-  Groups groups(context, findings);
+void checkGroups(const CheckContext& context) {
+  Groups groups(context);
   Array* const list = DeviceCtrl_getInstalledDevices();
   const std::vector<std::wstring> listedBefore = descriptionsIn(list);
   for (const int32_t number : groups.devices())
     if (CvxIsFusionDevice(number) == Success) tryRefusals(groups, number, childrenOf(number).front());
-  if (!tryOneAfterTheOther(groups, findings)) tryAtOnce(groups, findings);
+  if (!tryOneAfterTheOther(groups)) tryAtOnce(groups);
   for (const int32_t number : unusedNumbers()) groups.expectNoGroupOf({number});
   groups.expectNoGroupOf({-1});
   groups.lookAtAll("the end of all groups");
-  findings.at("a list that was returned before all groups")
+  context.findings.at("a list that was returned before all groups")
       .expect(descriptionsIn(list) == listedBefore, "reads otherwise");
 }
 

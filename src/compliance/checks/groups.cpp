@@ -13,7 +13,7 @@ Groups::~Groups() {
 
 std::optional<int32_t> Groups::create(const Children& children) {
   const std::string what = "fusion device of " + show(children);
-  const Findings here = findings_.at(what);
+  const Findings here = findings().at(what);
   int32_t number = 0;
   const ErrorCode status = CvxFusionDeviceCreate(static_cast<int32_t>(children.size()), children.data(), &number);
   if (status == Success) {
@@ -35,7 +35,7 @@ std::optional<int32_t> Groups::create(const Children& children) {
 
 void Groups::expectNoGroupOf(const Children& children) {
   const std::optional<int32_t> number = create(children);
-  if (!findings_.at("fusion device of " + show(children)).expect(!number, "is created")) remove(*number, children);
+  if (!findings().at("fusion device of " + show(children)).expect(!number, "is created")) remove(*number, children);
 }
 
 bool Groups::add(int32_t number, const Children& added) {
@@ -90,7 +90,8 @@ void Groups::look(const std::string& after) {
     here.expect(description == before, "is described " + show(description) + ", not " + show(before));
   }
   const size_t count = listedDescriptions().size();
-  findings_.at("after " + after)
+  findings()
+      .at("after " + after)
       .expect(count == devices_.size() + groups_.size(), std::to_string(count) + " devices are listed");
 }
 
@@ -107,7 +108,7 @@ void Groups::expectAsWanted(Snapshot found, const std::string& when) const {
     wanted = without(number, wanted);
     found = without(number, found);
   }
-  expectSame(wanted, found, findings_.at(when));
+  expectSame(wanted, found, findings().at(when));
 }
 
 }  // namespace compliance

@@ -15,7 +15,7 @@ using Children = std::vector<int32_t>;
 /// otherwise.
 class Groups {
  public:
-  Groups(const CheckContext& context, const Findings& findings) : context_(context), findings_(findings) {}
+  explicit Groups(const CheckContext& context) : context_(context) {}
 
   /// Dissolves those that are left.
   ~Groups();
@@ -44,8 +44,10 @@ class Groups {
   /// Tries to remove what has to be refused.
   void expectNotRemoved(int32_t number, const Children& removed);
 
+  const Findings& findings() const { return context_.findings; }
+
   /// At the group of this number.
-  Findings at(int32_t number) const { return findings_.at("fusion device " + std::to_string(number)); }
+  Findings at(int32_t number) const { return findings().at("fusion device " + std::to_string(number)); }
 
   /// Looks at the groups, and that there are no others.
   void look(const std::string& after);
@@ -64,7 +66,6 @@ class Groups {
   void expectAsWanted(Snapshot found, const std::string& when) const;
 
   const CheckContext& context_;
-  const Findings& findings_;
   const Children devices_ = listedNumbers();
   std::map<int32_t, Group> groups_;
   std::set<int32_t> used_;  ///< numbers that groups have had

@@ -3,31 +3,30 @@
 
 #include "base/demangled.h"
 #include "compliance/checks/check.h"
-#include "compliance/library/exported_symbols.h"
 
 namespace compliance {
 
-void checkLoading(const CheckContext& context, const Findings& findings) {
+void checkLoading(const CheckContext& context) {
   try {
     context.library.load();
   } catch (const std::runtime_error& error) {
-    findings.at("in the words of the loader").expect(false, error.what());
+    context.findings.at("in the words of the loader").expect(false, error.what());
   }
 }
 
-void checkExports(const CheckContext& context, const Findings& findings) {
+void checkExports(const CheckContext& context) {
   try {
     for (const std::string& name : exportedSymbols(context.library.path()))
-      findings.at("which a version script keeps inside")
+      context.findings.at("which a version script keeps inside")
           .expect(name == Library::Entry, "exports " + base::demangled(name.c_str()));
   } catch (const std::runtime_error& error) {
-    findings.at("so nothing finds the entry in it").expect(false, error.what());
+    context.findings.at("so nothing finds the entry in it").expect(false, error.what());
   }
 }
 
-void checkTables(const CheckContext& context, const Findings& findings) {
+void checkTables(const CheckContext& context) {
   const auto isThere = [&](auto* part, const std::string& name) {
-    return findings.at(name).expect(part != nullptr, "null");
+    return context.findings.at(name).expect(part != nullptr, "null");
   };
   const Automation::Velq::LibraryTable* const tables = context.library.tables();
   if (!isThere(tables, std::string("result of ") + Library::Entry)) return;

@@ -109,15 +109,15 @@ std::vector<OpenControl> keepControls(KeptThings& things, const std::vector<Open
 
 }  // namespace
 
-void checkSideBySide(const CheckContext&, const Findings& findings) {
-  const std::vector<Snapshot> alone = factsOfSome(findings);
+void checkSideBySide(const CheckContext& context) {
+  const std::vector<Snapshot> alone = factsOfSome(context.findings);
   std::vector<OpenDevice> devices = openSome(), twins = openSome();
-  if (!findings.at("listed devices")
+  if (!context.findings.at("listed devices")
            .expect(devices.size() == alone.size() && twins.size() == alone.size(),
                    "cannot all be opened while others are open"))
     return;
   const auto expectFacts = [&](size_t i, const char* when) {
-    expectSame(alone[i], factsOf(devices[i].get()), findings.at(when));
+    expectSame(alone[i], factsOf(devices[i].get()), context.findings.at(when));
   };
   // Backwards, so that the device that was opened last is not the one that is read first.
   for (size_t i = devices.size(); i-- > 0;) expectFacts(i, "while other devices are open");
@@ -129,7 +129,7 @@ void checkSideBySide(const CheckContext&, const Findings& findings) {
   }
 }
 
-void checkReturned(const CheckContext&, const Findings& findings) {
+void checkReturned(const CheckContext& context) {
   KeptThings ofDevices, ofControls;
   std::vector<OpenDevice> devices = openSome();
   for (const OpenDevice& device : devices) {
@@ -141,32 +141,32 @@ void checkReturned(const CheckContext&, const Findings& findings) {
   const std::vector<std::wstring> listed = descriptionsIn(list);
   std::vector<OpenControl> controls = keepControls(ofControls, devices);
   takeSnapshot();
-  const Findings afterwards = findings.at("after all other operations");
+  const Findings afterwards = context.findings.at("after all other operations");
   ofDevices.expectAll(afterwards);
   ofControls.expectAll(afterwards);
   devices.clear();
   takeSnapshot();
-  ofControls.expectAll(findings.at("after the opened devices were disposed of"));
+  ofControls.expectAll(context.findings.at("after the opened devices were disposed of"));
   afterwards.expect(descriptionsIn(list) == listed, "the list of installed devices reads otherwise");
 }
 
 // What a control returned before it is bound again stays as it is.
-void checkReturnedBefore(const CheckContext&, const Findings& findings) {
+void checkReturnedBefore(const CheckContext& context) {
   for (const Scenario scenario : Scenarios) {
     KeptThings things;
     bindToEach(scenario, [&](DaqCtrlBase* control, int32_t number, bool) {
       const std::string device = "bound to device " + std::to_string(number);
       keepItems(things, scenario, control, nameOf(scenario) + " " + device);
-      things.expectAll(findings.at("after the control was " + device));
+      things.expectAll(context.findings.at("after the control was " + device));
     });
   }
 }
 
 // Since the first of all, and also in the next process.
-void checkUnchanged(const CheckContext& context, const Findings& findings) {
-  expectSame(context.before, takeSnapshot(), findings.at("although nothing was done but reading"));
+void checkUnchanged(const CheckContext& context) {
+  expectSame(context.before, takeSnapshot(), context.findings.at("although nothing was done but reading"));
   expectSame(context.before, context.next.look(),
-             findings.at("in the next process, although nothing was done but reading"));
+             context.findings.at("in the next process, although nothing was done but reading"));
 }
 
 }  // namespace compliance

@@ -5,7 +5,6 @@
 #include <functional>
 
 #include "compliance/checks/check.h"
-#include "compliance/checks/rules.h"
 #include "compliance/devices/items.h"
 
 namespace compliance {
@@ -76,8 +75,8 @@ void checkScenario(Scenario scenario, const Findings& findings) {
 
 }  // namespace
 
-void checkFirmware(const CheckContext&, const Findings& findings) { checkScenario(ScenarioFirmware, findings); }
+void checkFirmware(const CheckContext& context) { checkScenario(ScenarioFirmware, context.findings); }
 
-void checkCalibration(const CheckContext&, const Findings& findings) { checkScenario(ScenarioCalibration, findings); }
+void checkCalibration(const CheckContext& context) { checkScenario(ScenarioCalibration, context.findings); }
 
 }  // namespace compliance

@@ -175,9 +175,9 @@ class SharedDevice {
 
 }  // namespace
 
-void checkSharing(const CheckContext& context, const Findings& findings) {
+void checkSharing(const CheckContext& context) {
   bool isTried = false;
-  changeEach(context, findings, [&](ChangedDevice& device) {
+  changeEach(context, [&](ChangedDevice& device) {
     if (isTried) return;
     SharedDevice shared(device, context.next);
     // The first device that takes both changes shows how the library shares them all.

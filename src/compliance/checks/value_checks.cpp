@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "compliance/checks/check.h"
-#include "compliance/checks/rules.h"
 
 namespace compliance {
 
@@ -81,8 +80,8 @@ void checkAnswer(const Answer& answer, const Answer& whole, const Findings& here
 
 // `toolCapacity` is the one with which tools show the string, and "N/A" for one that does not fit.
 template <TextGetter Getter, int32_t toolCapacity>
-void checkTexts(const Findings& findings) {
-  forEachDevice(findings, [](DeviceCtrl* device, const Findings& here) {
+void checkTexts(const CheckContext& context) {
+  forEachDevice(context.findings, [](DeviceCtrl* device, const Findings& here) {
     const auto at = [&](int32_t capacity) { return here.at("capacity " + std::to_string(capacity)); };
     const Answer whole(Getter, device, LargeCapacity);
     checkAnswer(whole, whole, at(LargeCapacity));
@@ -96,8 +95,8 @@ void checkTexts(const Findings& findings) {
 }
 
 template <typename Value, Array* (*Getter)(DeviceCtrl*)>
-void checkArrays(const Findings& findings) {
-  forEachDevice(findings, [](DeviceCtrl* device, const Findings& here) {
+void checkArrays(const CheckContext& context) {
+  forEachDevice(context.findings, [](DeviceCtrl* device, const Findings& here) {
     Array* const array = Getter(device);
     if (!expectStable(array, here)) return;
     const std::vector<Value> values = valuesOf<Value>(array);
@@ -112,32 +111,21 @@ void checkArrays(const Findings& findings) {
 
 }  // namespace
 
-void checkDescription(const CheckContext&, const Findings& findings) {
-  checkTexts<DeviceCtrl_getDescription, DescriptionCapacity>(findings);
+// The rows of checks.def.
+void checkDescription(const CheckContext& context) {
+  checkTexts<DeviceCtrl_getDescription, DescriptionCapacity>(context);
 }
-
-void checkBoardVersion(const CheckContext&, const Findings& findings) {
-  checkTexts<DeviceCtrl_getBoardVersion, VersionCapacity>(findings);
+void checkBoardVersion(const CheckContext& context) {
+  checkTexts<DeviceCtrl_getBoardVersion, VersionCapacity>(context);
 }
-
-void checkDriverVersion(const CheckContext&, const Findings& findings) {
-  checkTexts<DeviceCtrl_getDriverVersion, VersionCapacity>(findings);
+void checkDriverVersion(const CheckContext& context) {
+  checkTexts<DeviceCtrl_getDriverVersion, VersionCapacity>(context);
 }
-
-void checkLibraryVersion(const CheckContext&, const Findings& findings) {
-  checkTexts<DeviceCtrl_getDllVersion, VersionCapacity>(findings);
+void checkLibraryVersion(const CheckContext& context) {
+  checkTexts<DeviceCtrl_getDllVersion, VersionCapacity>(context);
 }
-
-void checkLocation(const CheckContext&, const Findings& findings) {
-  checkTexts<DeviceCtrl_getLocation, LocationCapacity>(findings);
-}
-
-void checkBaseAddresses(const CheckContext&, const Findings& findings) {
-  checkArrays<uint64_t, DeviceCtrl_getBaseAddresses>(findings);
-}
-
-void checkInterrupts(const CheckContext&, const Findings& findings) {
-  checkArrays<int32_t, DeviceCtrl_getInterrupts>(findings);
-}
+void checkLocation(const CheckContext& context) { checkTexts<DeviceCtrl_getLocation, LocationCapacity>(context); }
+void checkBaseAddresses(const CheckContext& context) { checkArrays<uint64_t, DeviceCtrl_getBaseAddresses>(context); }
+void checkInterrupts(const CheckContext& context) { checkArrays<int32_t, DeviceCtrl_getInterrupts>(context); }
 
 }  // namespace compliance

@@ -48,7 +48,7 @@ OpenControl bindToEach(Scenario scenario, const std::function<void(DaqCtrlBase*,
   for (const int32_t number : numbers) {
     const bool isNew = control == nullptr;
     if (isNew) control = openControl(scenario, number);
-    if (control != nullptr) visit(control.get(), number, isNew || reading::bind(control.get(), number));
+    if (control != nullptr) visit(control.get(), number, isNew || bind(control.get(), number));
   }
   return control;
 }

@@ -25,19 +25,7 @@ inline constexpr wchar_t Filler = 0x5A5A5A5A;
 inline constexpr Automation::Velq::Scenario Scenarios[] = {Automation::Velq::ScenarioFirmware,
                                                            Automation::Velq::ScenarioCalibration};
 
-using reading::descriptionOf;
-using reading::descriptionsIn;
-using reading::elementsOf;
-using reading::itemsOf;
-using reading::LargeCapacity;
-using reading::listedDescriptions;
-using reading::nameOf;
-using reading::openControl;
-using reading::OpenControl;
-using reading::openDevice;
-using reading::OpenDevice;
-using reading::recordFor;
-using reading::valuesOf;
+using namespace reading;
 
 /// The numbers of those that can be opened, in their order.
 std::vector<int32_t> listedNumbers();

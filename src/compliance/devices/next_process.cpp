@@ -25,13 +25,12 @@ std::string readAll(int32_t) { return textOf(takeSnapshot()); }
 
 // Answers requests until one has no tasks, or no process is left to ask. A request is a number of tasks, and the tasks
 // as they are in memory: both sides are the same program.
-[[noreturn]] void serve(int requests, int answers, int life, const std::function<void()>& load) {
+[[noreturn]] void serve(int requests, int answers, const std::function<void()>& load) {
   for (size_t count = 0; read(requests, &count, sizeof count) == sizeof count && count > 0;) {
     std::vector<pid_t> processes;
     for (Task task{}; processes.size() < count && read(requests, &task, sizeof task) == sizeof task;) {
       const pid_t process = fork();
       if (process == 0) {
-        close(life);
         load();
         base::writeAll(answers, task.act(task.number));
         std::exit(0);
@@ -53,20 +52,18 @@ NextProcess::NextProcess(const std::function<void()>& load) {
     if (fork() != 0) std::_Exit(0);
     requests_.closeWriteEnd();
     answers_.closeReadEnd();
-    life_.closeReadEnd();
-    serve(requests_.readEnd(), answers_.writeEnd(), life_.writeEnd(), load);
+    serve(requests_.readEnd(), answers_.writeEnd(), load);
   }
   waitpid(child, nullptr, 0);
   requests_.closeReadEnd();
   answers_.closeWriteEnd();
-  life_.closeWriteEnd();
 }
 
 // Waits for the server, which would be left behind otherwise.
 NextProcess::~NextProcess() {
-  constexpr int LongestWaitMilliseconds = 10'000;
+  constexpr int LongestWaitMilliseconds = 2000;
   send({});
-  pollfd end{life_.readEnd(), 0, 0};
+  pollfd end{answers_.readEnd(), 0, 0};
   poll(&end, 1, LongestWaitMilliseconds);
 }
 

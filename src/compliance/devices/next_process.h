@@ -39,7 +39,6 @@ class NextProcess {
 
   Pipe requests_;
   Pipe answers_;
-  Pipe life_;  ///< only the server has its other end
 };
 
 }  // namespace compliance

@@ -6,11 +6,12 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <clocale>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <string_view>
 
 namespace compliance {
@@ -24,10 +25,6 @@ constexpr int WatchedSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIG
 constexpr int LastOfTheChecker = 10;
 
 size_t combined(size_t first, size_t second) { return first * 1000003 + second; }
-
-size_t hashOf(const void* data, size_t size) {
-  return std::hash<std::string_view>()({static_cast<const char*>(data), size});
-}
 
 size_t hashOf(const char* text) { return std::hash<std::string_view>()(text == nullptr ? "" : text); }
 
@@ -43,6 +40,12 @@ void replaceStandardInput() {
 size_t descriptor(int number) {
   struct stat file {};
   return fstat(number, &file) == 0 ? combined(file.st_ino, static_cast<size_t>(fcntl(number, F_GETFL))) : 0;
+}
+
+size_t actionOf(int signal) {
+  struct sigaction action {};
+  sigaction(signal, nullptr, &action);
+  return reinterpret_cast<size_t>(action.sa_sigaction);
 }
 
 // What a library may do to its process, and a value that is another one afterwards.
@@ -61,8 +64,8 @@ constexpr std::pair<const char*, size_t (*)()> Aspects[] = {
      [] { return combined(hashOf(std::setlocale(LC_ALL, nullptr)), reinterpret_cast<size_t>(uselocale(locale_t()))); }},
     {"changes the working directory",
      [] {
-       char path[PATH_MAX];
-       return hashOf(getcwd(path, sizeof path));
+       std::error_code none;
+       return hashOf(std::filesystem::current_path(none).c_str());
      }},
     {"changes the environment",
      [] {
@@ -81,7 +84,7 @@ constexpr std::pair<const char*, size_t (*)()> Aspects[] = {
      [] {
        sigset_t blocked{};
        sigprocmask(SIG_BLOCK, nullptr, &blocked);
-       return hashOf(&blocked, sizeof blocked);
+       return std::hash<std::string_view>()({reinterpret_cast<const char*>(&blocked), sizeof blocked});
      }},
     {"starts a timer", [] {
        itimerval timer{};
@@ -89,27 +92,30 @@ constexpr std::pair<const char*, size_t (*)()> Aspects[] = {
        return size_t{timerisset(&timer.it_value)};
      }}};
 
-size_t actionOf(int signal) {
-  struct sigaction action {};
-  sigaction(signal, nullptr, &action);
-  return reinterpret_cast<size_t>(action.sa_sigaction);
+std::vector<std::pair<std::string, size_t>> presentState() {
+  std::vector<std::pair<std::string, size_t>> state;
+  for (const auto& [change, read] : Aspects) state.emplace_back(change, read());
+  for (int number = STDERR_FILENO + 1; number <= LastOfTheChecker; ++number)
+    state.emplace_back("closes or changes what it did not open", descriptor(number));
+  for (const int signal : WatchedSignals)
+    state.emplace_back(std::string("takes over SIG") + sigabbrev_np(signal), actionOf(signal));
+  return state;
 }
 
 }  // namespace
 
 Surroundings::Surroundings() {
   replaceStandardInput();
-  for (const auto& [change, read] : Aspects) watch(change, read);
+  // From now on all of them are open, and not the library's.
   for (int number = STDERR_FILENO + 1; number <= LastOfTheChecker; ++number)
-    if (descriptor(number) != 0) watch("closes or changes what it did not open", [=] { return descriptor(number); });
-  for (const int signal : WatchedSignals)
-    watch(std::string("takes over SIG") + sigabbrev_np(signal), [signal] { return actionOf(signal); });
+    if (descriptor(number) == 0) dup2(STDIN_FILENO, number);
+  before_ = presentState();
 }
 
 std::string Surroundings::disturbance() const {
-  for (const Aspect& aspect : aspects_)
-    if (aspect.read() != aspect.before) return aspect.change;
-  return "";
+  const auto now = presentState();
+  const auto changed = std::mismatch(now.begin(), now.end(), before_.begin()).first;
+  return changed == now.end() ? "" : changed->first;
 }
 
 }  // namespace compliance

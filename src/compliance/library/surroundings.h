@@ -1,9 +1,8 @@
 // What a library finds in its process and leaves as it is.
 #pragma once
 
-#include <cstddef>
-#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace compliance {
@@ -18,17 +17,7 @@ class Surroundings {
   std::string disturbance() const;
 
  private:
-  struct Aspect {
-    std::string change;
-    std::function<size_t()> read;
-    size_t before;
-  };
-
-  void watch(const std::string& change, const std::function<size_t()>& read) {
-    aspects_.push_back({change, read, read()});
-  }
-
-  std::vector<Aspect> aspects_;
+  std::vector<std::pair<std::string, size_t>> before_;
 };
 
 }  // namespace compliance

@@ -45,19 +45,116 @@ class Supervisor::Run {
   Run(const Supervisor& supervisor, const std::string& name, bool endsBySignal)
       : supervisor_(supervisor), name_(name), endsBySignal_(endsBySignal) {}
 
-  void start(const std::function<void()>& work);
-  Ending waitForEnd();
+  void start(const std::function<void()>& work) {
+    const pid_t self = getpid();
+    guardian_ = fork();
+    if (guardian_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
+    if (guardian_ == 0) guard(work, streams_, notes_, supervisor_.signals_, self);
+    for (Pipe* const pipe : {&notes_, &streams_.messages, &streams_.result}) {
+      pipe->closeWriteEnd();
+      fcntl(pipe->readEnd(), F_SETFL, O_NONBLOCK);
+    }
+  }
+
+  Ending waitForEnd() {
+    while (isGoingOn() && !takeNote()) {
+      pollfd ends[] = {{notes_.readEnd(), POLLIN, 0},
+                       {supervisor_.signals_.descriptor(), POLLIN, 0},
+                       {streams_.messages.readEnd(), POLLIN, 0},
+                       {streams_.result.readEnd(), POLLIN, 0}};
+      poll(ends, std::size(ends), static_cast<int>(Tick.count()));
+      takeSignals();
+      forwardMessages();
+      takeResult();
+      judgeTime();
+      judgeOutput();
+      showProgress();
+    }
+    endAll();
+    return std::move(ending_);
+  }
 
  private:
   bool isGoingOn() const { return ending_.problem.empty() && (ending_.interruption == 0 || !endsBySignal_); }
-  bool takeNote();
-  void takeSignals();
-  void forwardMessages();
-  void takeResult();
-  void judgeTime();
-  void judgeOutput();
-  void endAll();
-  void showProgress() const;
+
+  // Returns whether the guardian has ended.
+  bool takeNote() {
+    EndNote note;
+    const ssize_t count = read(notes_.readEnd(), &note, sizeof note);
+    if (count == sizeof note) ending_.note = note;
+    return count >= 0;
+  }
+
+  void takeSignals() {
+    while (const auto signal = supervisor_.signals_.take()) {
+      const int number = static_cast<int>(signal->ssi_signo);
+      // These are consequences of what this process does itself.
+      if (number == SIGCHLD || number == SIGPIPE || number == SIGXFSZ) continue;
+      const auto sender = static_cast<pid_t>(signal->ssi_pid);
+      // The process of the check may have ended since.
+      if (sender == supervisor_.report_.process || isDescendant(sender))
+        ending_.problem = "sends " + nameOf(number) + " to the checker";
+      else
+        ending_.interruption = number;
+    }
+  }
+
+  void forwardMessages() {
+    const std::string messages = readSome(streams_.messages);
+    if (messages.empty()) return;
+    const size_t room = MostMessages - messageBytes_;
+    messageBytes_ += std::min(messages.size(), room);
+    base::writeAll(STDERR_FILENO, std::string_view(messages).substr(0, room));
+    if (room > 0 && messages.size() >= room)
+      base::writeAll(STDERR_FILENO, "\nvelq-compliance: the library's other messages are left out\n");
+  }
+
+  void takeResult() {
+    ending_.result += readSome(streams_.result);
+    if (ending_.result.size() > MostResult) ending_.problem = "writes to descriptors that are not its own";
+  }
+
+  void judgeTime() {
+    const Clock::time_point now = Clock::now();
+    const uint64_t calls = supervisor_.report_.calls;
+    if (std::exchange(calls_, calls) != calls) lastCall_ = now;
+    if (now - lastCall_ <= supervisor_.limit_) return;
+    ending_.isHung = true;
+    ending_.problem = "does not return within " + std::to_string(supervisor_.limit_.count()) + " s";
+  }
+
+  // The pipe keeps the beginning of the output; nothing has to be read from it.
+  void judgeOutput() {
+    int unread = 0;
+    ioctl(streams_.output.readEnd(), FIONREAD, &unread);
+    ending_.hasOutput = unread > 0;
+    pollfd room{streams_.output.writeEnd(), POLLOUT, 0};
+    if (poll(&room, 1, 0) == 0) ending_.problem = "writes to standard output without end";
+  }
+
+  void endAll() {
+    if (!ending_.note) kill(guardian_, SIGKILL);
+    int status = 0;
+    waitpid(guardian_, &status, 0);
+    endDescendants();
+    if (WIFEXITED(status) && !ending_.note && isGoingOn()) throw std::runtime_error("no process for " + name_);
+    if (!ending_.note && isGoingOn())
+      ending_.problem = "ends the process that started it with " + nameOf(WTERMSIG(status));
+    else if (ending_.note && ending_.note->signal != 0)
+      ending_.problem = "sends " + nameOf(ending_.note->signal) + " to the process that started it";
+    judgeOutput();
+    forwardMessages();
+    takeResult();
+    ending_.isFlushed = ending_.result.ends_with(EndMark);
+    if (ending_.isFlushed) ending_.result.pop_back();
+    if (isatty(STDERR_FILENO)) base::writeAll(STDERR_FILENO, "\r\x1b[K");
+  }
+
+  // Only for users that have to wait.
+  void showProgress() const {
+    if (Clock::now() - begin_ < std::chrono::seconds(1) || !isatty(STDERR_FILENO)) return;
+    base::writeAll(STDERR_FILENO, "\r" + name_ + ": " + std::to_string(calls_) + " calls\x1b[K");
+  }
 
   const Supervisor& supervisor_;
   const std::string name_;
@@ -71,114 +168,6 @@ class Supervisor::Run {
   const Clock::time_point begin_ = Clock::now();
   Clock::time_point lastCall_ = begin_;
 };
-
-void Supervisor::Run::start(const std::function<void()>& work) {
-  const pid_t self = getpid();
-  guardian_ = fork();
-  if (guardian_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
-  if (guardian_ == 0) guard(work, streams_, notes_, supervisor_.signals_, self);
-  for (Pipe* const pipe : {&notes_, &streams_.messages, &streams_.result}) {
-    pipe->closeWriteEnd();
-    fcntl(pipe->readEnd(), F_SETFL, O_NONBLOCK);
-  }
-}
-
-Ending Supervisor::Run::waitForEnd() {
-  while (isGoingOn() && !takeNote()) {
-    pollfd ends[] = {{notes_.readEnd(), POLLIN, 0},
-                     {supervisor_.signals_.descriptor(), POLLIN, 0},
-                     {streams_.messages.readEnd(), POLLIN, 0},
-                     {streams_.result.readEnd(), POLLIN, 0}};
-    poll(ends, std::size(ends), static_cast<int>(Tick.count()));
-    takeSignals();
-    forwardMessages();
-    takeResult();
-    judgeTime();
-    judgeOutput();
-    showProgress();
-  }
-  endAll();
-  return std::move(ending_);
-}
-
-// Returns whether the guardian has ended.
-bool Supervisor::Run::takeNote() {
-  EndNote note;
-  const ssize_t count = read(notes_.readEnd(), &note, sizeof note);
-  if (count == sizeof note) ending_.note = note;
-  return count >= 0;
-}
-
-void Supervisor::Run::takeSignals() {
-  while (const auto signal = supervisor_.signals_.take()) {
-    const int number = static_cast<int>(signal->ssi_signo);
-    // These are consequences of what this process does itself.
-    if (number == SIGCHLD || number == SIGPIPE || number == SIGXFSZ) continue;
-    const auto sender = static_cast<pid_t>(signal->ssi_pid);
-    // The process of the check may have ended since.
-    if (sender == supervisor_.report_.process || isDescendant(sender))
-      ending_.problem = "sends " + nameOf(number) + " to the checker";
-    else
-      ending_.interruption = number;
-  }
-}
-
-void Supervisor::Run::forwardMessages() {
-  const std::string messages = readSome(streams_.messages);
-  if (messages.empty()) return;
-  const size_t room = MostMessages - messageBytes_;
-  messageBytes_ += std::min(messages.size(), room);
-  base::writeAll(STDERR_FILENO, std::string_view(messages).substr(0, room));
-  if (room > 0 && messages.size() >= room)
-    base::writeAll(STDERR_FILENO, "\nvelq-compliance: the library's other messages are left out\n");
-}
-
-void Supervisor::Run::takeResult() {
-  ending_.result += readSome(streams_.result);
-  if (ending_.result.size() > MostResult) ending_.problem = "writes to descriptors that are not its own";
-}
-
-void Supervisor::Run::judgeTime() {
-  const Clock::time_point now = Clock::now();
-  const uint64_t calls = supervisor_.report_.calls;
-  if (std::exchange(calls_, calls) != calls) lastCall_ = now;
-  if (now - lastCall_ <= supervisor_.limit_) return;
-  ending_.isHung = true;
-  ending_.problem = "does not return within " + std::to_string(supervisor_.limit_.count()) + " s";
-}
-
-// The pipe keeps the beginning of the output; nothing has to be read from it.
-void Supervisor::Run::judgeOutput() {
-  int unread = 0;
-  ioctl(streams_.output.readEnd(), FIONREAD, &unread);
-  ending_.hasOutput = unread > 0;
-  pollfd room{streams_.output.writeEnd(), POLLOUT, 0};
-  if (poll(&room, 1, 0) == 0) ending_.problem = "writes to standard output without end";
-}
-
-void Supervisor::Run::endAll() {
-  if (!ending_.note) kill(guardian_, SIGKILL);
-  int status = 0;
-  waitpid(guardian_, &status, 0);
-  endDescendants();
-  if (WIFEXITED(status) && !ending_.note && isGoingOn()) throw std::runtime_error("no process for " + name_);
-  if (!ending_.note && isGoingOn())
-    ending_.problem = "ends the process that started it with " + nameOf(WTERMSIG(status));
-  else if (ending_.note && ending_.note->signal != 0)
-    ending_.problem = "sends " + nameOf(ending_.note->signal) + " to the process that started it";
-  judgeOutput();
-  forwardMessages();
-  takeResult();
-  ending_.isFlushed = ending_.result.ends_with(EndMark);
-  if (ending_.isFlushed) ending_.result.pop_back();
-  if (isatty(STDERR_FILENO)) base::writeAll(STDERR_FILENO, "\r\x1b[K");
-}
-
-// Only for users that have to wait.
-void Supervisor::Run::showProgress() const {
-  if (Clock::now() - begin_ < std::chrono::seconds(1) || !isatty(STDERR_FILENO)) return;
-  base::writeAll(STDERR_FILENO, "\r" + name_ + ": " + std::to_string(calls_) + " calls\x1b[K");
-}
 
 Supervisor::Supervisor(std::chrono::seconds limit, Report& report) : limit_(limit), report_(report) { adoptOrphans(); }
 

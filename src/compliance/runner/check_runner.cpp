@@ -25,6 +25,7 @@ constexpr size_t MostHangs = 3;
 
 constexpr const char* ProcessCheck = "process-left-alone";
 
+// Shared with all processes that are forked, until they end.
 Report& sharedReport() {
   void* const memory = mmap(nullptr, sizeof(Report), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "mmap");
@@ -33,12 +34,12 @@ Report& sharedReport() {
 
 // Within the process of the check. The server of the next processes starts first: it must not have the library loaded.
 void perform(const Check& check, const std::string& path, Report& report, const Snapshot& before) {
-  Findings findings(report);
+  const Findings findings(report);
   Library library(path, report);
   try {
     const NextProcess next([&] { library.load(); });
     if (*check.needs != 0) library.load();
-    check.run({library, next, before}, findings);
+    check.run({library, next, before, findings});
   } catch (const std::exception& error) {
     findings.at("in the checker").expect(false, error.what());
   }
@@ -73,16 +74,17 @@ std::string counted(const std::string& first, unsigned count) {
 
 }  // namespace
 
-CheckRunner::CheckRunner(const std::string& path, std::chrono::seconds limit)
-    : path_(path), report_(sharedReport()), supervisor_(limit, report_) {
+CheckRunner::CheckRunner(const std::string& path, std::chrono::seconds limit, bool writes)
+    : path_(path), writes_(writes), report_(sharedReport()), supervisor_(limit, report_) {
   // Without a line for the version, which prove(1) takes up to 13 only.
   print("1.." + std::to_string(std::size(AllChecks) + 1));
 }
 
-CheckRunner::~CheckRunner() { munmap(&report_, sizeof report_); }
-
 void CheckRunner::run(const Check& check) {
-  if (const std::string need = unmetNeed(check); !need.empty()) return skip(check, need);
+  if (const std::string need = unmetNeed(check); !need.empty()) {
+    ++skipped_;
+    return print(numbered("ok", check.name) + " # SKIP " + need);
+  }
   Verdict verdict = runOne(check);
   const bool writes = check.access == CheckAccess::Writes;
   const Ending after = writes ? look() : Ending();
@@ -93,12 +95,8 @@ void CheckRunner::run(const Check& check) {
   if (interruption_ != 0) print("Bail out! Ended by the user");
 }
 
-void CheckRunner::skip(const Check& check, const std::string& reason) {
-  ++skipped_;
-  print(numbered("ok", check.name) + " # SKIP " + reason);
-}
-
 std::string CheckRunner::unmetNeed(const Check& check) const {
+  if (!writes_ && check.access == CheckAccess::Writes) return "needs --write";
   if (isAltered_ && check.access == CheckAccess::Writes) return "devices are not restored";
   if (hangs_ >= MostHangs) return "calls of " + std::to_string(hangs_) + " checks have not returned";
   std::istringstream needs(check.needs);

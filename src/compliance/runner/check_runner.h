@@ -21,18 +21,13 @@ struct Verdict {
 
 class CheckRunner {
  public:
-  /// Of the library in the file `path`; a call may take `limit`. Prints the plan. Throws std::system_error.
-  CheckRunner(const std::string& path, std::chrono::seconds limit);
-  ~CheckRunner();
-  CheckRunner(const CheckRunner&) = delete;
-  CheckRunner& operator=(const CheckRunner&) = delete;
+  /// Of the library in the file `path`; a call may take `limit`, and a check may change devices if `writes`. Prints the
+  /// plan. Throws std::system_error.
+  CheckRunner(const std::string& path, std::chrono::seconds limit, bool writes);
 
   /// Runs the check if its needs are met, and reports what it lacks otherwise. Restores the devices after one that
   /// writes and has not passed. Throws std::system_error when nothing can be printed.
   void run(const Check& check);
-
-  /// Reports that the check was not run, and why.
-  void skip(const Check& check, const std::string& reason);
 
   /// Judges what the library has done to its process meanwhile, and prints the counts. Returns whether no check has
   /// failed.
@@ -57,6 +52,7 @@ class CheckRunner {
   void report(const char* name, const Verdict& verdict);
 
   const std::string path_;
+  const bool writes_;
   Report& report_;
   Supervisor supervisor_;
   Snapshot before_;
