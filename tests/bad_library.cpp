@@ -139,7 +139,8 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"closes all", actWhenAsked<[] { closefrom(0); }>},
     {"opens without end", actWhenAsked<[] { while (open("/", O_PATH) >= 0); }>},
     {"prints without end", actWhenAsked<[] { while (true) std::puts("asked"), std::fflush(stdout); }>},
-    {"takes memory", actWhenAsked<[] { while (true) std::memset(new char[1 << 20], 1, 1 << 20); }>},
+    {"takes memory", actWhenAsked<[] { while (true) std::memset(std::malloc(1 << 20), 1, 1 << 20); }>},
+    {"takes too much memory", actWhenAsked<[] { operator delete(operator new(size_t{3} << 30)); }>},
     {"large file", actWhenAsked<[] { return void(ftruncate(memfd_create("large", 0), off_t{1} << 40) == 0); }>},
     {"leaves processes", actWhenAsked<[] { if (fork() == 0) setsid(), fork(), pause(); }>},
     {"print", actWhenAsked<[] { std::puts("asked"); }>},
@@ -295,6 +296,8 @@ const std::map<std::string, void (*)(Table&)> Faults = {
        const bool isBroken = readBoard().id == 3;
        return keepId(isBroken ? 3 : id), isBroken || id == 3 ? raise(SIGSEGV) : 0, Success;
      }>},
+    {"crashes once changed", answer<[](auto*) { return readBoard().id == 3 ? raise(SIGSEGV) : readBoard().id; },
+                                    &Table::DeviceCtrl_getBoardId>},
     {"hangs in a change", setId<[](int32_t id) { return keepId(id), id == 3 ? pause() : 0, Success; }>},
     {"changes at its end", setId<[](int32_t id) {
        static const LastChange last;

@@ -7,12 +7,10 @@
 #include <charconv>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <stdexcept>
 #include <system_error>
 
-#include "compliance/checks/check.h"
-#include "compliance/library/library.h"
+#include "compliance/library/exported_symbols.h"
 #include "compliance/runner/check_runner.h"
 #include "text/one_line.h"
 
@@ -88,22 +86,6 @@ Options parseOptions(int argc, char** argv) {
   return options;
 }
 
-int print(const char* text) {
-  if (std::fputs(text, stdout) < 0 || std::fflush(stdout) != 0)
-    throw std::system_error(errno, std::generic_category(), "standard output");
-  return 0;
-}
-
-[[noreturn]] void endBy(int signal) {
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, signal);
-  std::signal(signal, SIG_DFL);
-  std::raise(signal);
-  sigprocmask(SIG_UNBLOCK, &signals, nullptr);
-  std::abort();
-}
-
 // The numbers of the standard streams are taken, for what is opened must not become one of them.
 void occupyStandardNumbers() {
   int number = 0;
@@ -113,14 +95,14 @@ void occupyStandardNumbers() {
 }
 
 // Returns the exit status; ends as the user wants when the user ends the checks.
-int runChecks(const Options& options) {
+int check(const Options& options) {
   expectSharedLibrary(options.library);
-  CheckRunner runner(options.library, options.limit, options.writes);
-  for (const Check& check : AllChecks) {
-    runner.run(check);
-    if (runner.interruption() != 0) endBy(runner.interruption());
-  }
-  return runner.finish() ? 0 : 1;
+  const Outcome outcome = runChecks(options.library, options.limit, options.writes);
+  if (outcome.interruption == 0) return outcome.isGood ? 0 : 1;
+  std::signal(outcome.interruption, SIG_DFL);
+  std::raise(outcome.interruption);
+  // Where it is blocked.
+  return 128 + outcome.interruption;
 }
 
 }  // namespace
@@ -129,8 +111,10 @@ int main(int argc, char** argv) {
   try {
     occupyStandardNumbers();
     const Options options = parseOptions(argc, argv);
-    if (options.shown != nullptr) return print(options.shown);
-    return runChecks(options);
+    if (options.shown == nullptr) return check(options);
+    if (std::fputs(options.shown, stdout) < 0 || std::fflush(stdout) != 0)
+      throw std::system_error(errno, std::generic_category(), "standard output");
+    return 0;
   } catch (const std::exception& error) {
     fprintf(stderr, "velq-compliance: %s\n", text::oneLine(error.what()).c_str());
     return UsageStatus;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 namespace text {
@@ -36,6 +37,19 @@ inline std::string escaped(const wchar_t* wide, size_t longest = SIZE_MAX) {
       shown += shownCode(c);
   }
   return shown + '"';
+}
+
+/// The string that escaped() shows so, without a limit.
+inline std::wstring unescaped(const std::string& shown) {
+  std::wstring wide;
+  for (size_t i = 1; i + 1 < shown.size(); ++i) {
+    const bool isCode = shown.compare(i, 3, "\\x{") == 0;
+    if (shown[i] == '\\' && !isCode) ++i;
+    wide +=
+        static_cast<wchar_t>(isCode ? std::strtoul(&shown[i + 3], nullptr, 16) : static_cast<unsigned char>(shown[i]));
+    if (isCode) i = shown.find('}', i);
+  }
+  return wide;
 }
 
 }  // namespace text

@@ -5,8 +5,6 @@
 
 namespace compliance {
 
-using namespace Automation::Velq;
-
 namespace {
 
 // Of one and more characters, of one to four bytes each in UTF-8, with leading, double and trailing spaces, and around
@@ -37,14 +35,12 @@ bool isImpossible(const std::wstring& text, int32_t number) {
 // Returns whether the library has taken it; `present` is the description before, and then the new one.
 bool tryDescription(ChangedDevice& device, std::wstring& present, const std::wstring& text, bool countsTerminator) {
   const bool isPossible = !isImpossible(text, device.number());
-  const ErrorCode status = setDescription(device.handle(), text, countsTerminator);
+  const ErrorCode status = device.rename(text, countsTerminator);
   const std::string change = "a change to " + show(text) + (countsTerminator ? "" : ", terminator not counted") +
                              ", with status " + show(status);
   device.findings().expect(status != Success || isPossible, "takes " + show(text));
-  const bool isTaken = status == Success && isPossible;
-  if (isTaken) device.wantDescription(text);
   device.look(change);
-  if (!isTaken) return false;
+  if (status != Success) return false;
   const OpenDevice opened = openDevice(text);
   device.findings().expect(opened != nullptr && DeviceCtrl_getDeviceNumber(opened.get()) == device.number(),
                            "cannot be opened as " + show(text) + " after " + change);
@@ -110,13 +106,11 @@ constexpr int32_t Candidates[] = {0,  1,  2,  3,   4,   6,     7,         8,  14
 
 // Returns whether the library has taken it.
 bool tryBoardId(ChangedDevice& device, int32_t id) {
-  const ErrorCode status = DeviceCtrl_setBoardId(device.handle(), id);
+  const ErrorCode status = device.renumber(id);
   const std::string shown = std::to_string(id);
   device.findings().expect(failed(status) || id >= 0, "takes the board id " + shown);
-  const bool isTaken = !failed(status) && id >= 0;
-  if (isTaken) device.wantBoardId(id);
   device.look("a change of the board id to " + shown + " with status " + show(status));
-  return isTaken;
+  return !failed(status);
 }
 
 void changeBoardIds(ChangedDevice& device) {

@@ -2,8 +2,6 @@
 
 namespace compliance {
 
-using namespace Automation::Velq;
-
 namespace {
 
 // Looking at all of more devices after each change of each would add hours.
@@ -26,6 +24,18 @@ ChangedDevice::ChangedDevice(DeviceCtrl* device, const CheckContext& context, co
 
 void ChangedDevice::wantDescription(const std::wstring& text) {
   wanted_[descriptionFact(number_)] = wanted_[listedFact(number_)] = show(text);
+}
+
+ErrorCode ChangedDevice::rename(const std::wstring& text, bool countsTerminator) {
+  const ErrorCode status = setDescription(device_, text, countsTerminator);
+  if (status == Success) wantDescription(text);
+  return status;
+}
+
+ErrorCode ChangedDevice::renumber(int32_t id) {
+  const ErrorCode status = DeviceCtrl_setBoardId(device_, id);
+  if (!failed(status)) wantBoardId(id);
+  return status;
 }
 
 void ChangedDevice::look(const std::string& after) const {

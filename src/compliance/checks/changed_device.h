@@ -1,9 +1,6 @@
 // How every change is looked at: what it was to do is there, and nothing else is.
 #pragma once
 
-#include <functional>
-#include <string>
-
 #include "compliance/checks/check.h"
 
 namespace compliance {
@@ -11,15 +8,19 @@ namespace compliance {
 /// An opened device, the changes of it, and what has to be found after each.
 class ChangedDevice {
  public:
-  ChangedDevice(Automation::Velq::DeviceCtrl* device, const CheckContext& context, const Findings& here);
+  ChangedDevice(DeviceCtrl* device, const CheckContext& context, const Findings& here);
 
-  Automation::Velq::DeviceCtrl* handle() const { return device_; }
+  DeviceCtrl* handle() const { return device_; }
   int32_t number() const { return number_; }
   const Findings& findings() const { return here_; }
 
   /// From now on this has to be found.
   void wantDescription(const std::wstring& text);
   void wantBoardId(int32_t id) { wanted_[boardIdFact(number_)] = std::to_string(id); }
+
+  /// Changes it to what has to be found from now on, if the library takes it.
+  ErrorCode rename(const std::wstring& text, bool countsTerminator = true);
+  ErrorCode renumber(int32_t id);
 
   /// Looks whether the device is as wanted, in a new handle and in this one.
   void look(const std::string& after) const;
@@ -31,7 +32,7 @@ class ChangedDevice {
  private:
   bool looksAtAll() const;
 
-  Automation::Velq::DeviceCtrl* const device_;
+  DeviceCtrl* const device_;
   const CheckContext& context_;
   const Findings here_;
   const int32_t number_;

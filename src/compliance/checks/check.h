@@ -2,9 +2,6 @@
 // check uses.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "compliance/devices/devices.h"
 #include "compliance/devices/next_process.h"
 #include "compliance/devices/snapshot.h"
@@ -23,7 +20,7 @@ struct CheckContext {
 /// Whether a check changes devices.
 enum class CheckAccess { Reads, Writes };
 
-/// One row of checks.def. Runs in a process of its own.
+/// One row of checks.def. Runs in a process of its own. An exception that it lets out is a finding.
 struct Check {
   CheckAccess access;
   void (*run)(const CheckContext& context);
@@ -33,7 +30,7 @@ struct Check {
 
 /// Expects of an array a length of 0 or more, no null element, and length and addresses that stay the same when asked
 /// for again. A null array is as good. Returns whether all of this holds, so that the elements can be looked at.
-bool expectStable(Automation::Velq::Array* array, const Findings& here);
+bool expectStable(Array* array, const Findings& here);
 
 /// Expects of the list of installed devices that each has a description of its own, which a record has room for.
 void expectDistinctDevices(const Findings& here);

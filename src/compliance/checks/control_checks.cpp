@@ -1,13 +1,9 @@
 // Scenario controls: what they are bound to. A library may refuse to make one, and to bind it.
 #include <algorithm>
-#include <cwchar>
-#include <set>
 
 #include "compliance/checks/check.h"
 
 namespace compliance {
-
-using namespace Automation::Velq;
 
 namespace {
 
@@ -17,11 +13,16 @@ struct GuardedRecord {
   bool isGuardIntact() const {
     return std::all_of(std::begin(guard), std::end(guard), [](wchar_t c) { return c == Filler; });
   }
-  std::wstring description() const { return {record.Description, wcsnlen(record.Description, DescriptionCapacity)}; }
 
   DeviceInformation record;
   wchar_t guard[64];
 };
+
+std::string shown(const DeviceInformation& record) {
+  return "record of number " + std::to_string(record.DeviceNumber) + ", mode " + std::to_string(record.OpenMode) +
+         ", module index " + std::to_string(record.ModuleIndex) + ", description " +
+         text::escaped(record.Description, DescriptionCapacity);
+}
 
 void expectUnbound(Scenario scenario, DaqCtrlBase* control, const Findings& here) {
   here.expect(DaqCtrlBase_getDevice(control) == nullptr, "has a device although it is not bound");
@@ -34,8 +35,7 @@ void expectUnbound(Scenario scenario, DaqCtrlBase* control, const Findings& here
 
 void expectNoBinding(Scenario scenario, DaqCtrlBase* control, const DeviceInformation& record,
                      const Findings& findings) {
-  const Findings here = findings.at(nameOf(scenario) + ", record of number " + std::to_string(record.DeviceNumber) +
-                                    " and " + show(record.Description));
+  const Findings here = findings.at(nameOf(scenario) + ", " + shown(record));
   const ErrorCode status = DaqCtrlBase_setSelectedDevice(control, &record);
   here.expect(failed(status), "is bound to a device that is not there, status " + show(status));
   expectUnbound(scenario, control, here);
@@ -46,14 +46,7 @@ void expectBound(DaqCtrlBase* control, const DeviceInformation& wanted, const Fi
   const ErrorCode status = DaqCtrlBase_getSelectedDevice(control, &answer.record);
   here.expect(!failed(status), "status " + show(status) + " for the record of the bound device");
   here.expect(answer.isGuardIntact(), "writes behind the record");
-  const auto expectField = [&](const char* field, int32_t found, int32_t expected) {
-    here.expect(found == expected, field + (" is " + std::to_string(found)) + " in the record");
-  };
-  expectField("number", answer.record.DeviceNumber, wanted.DeviceNumber);
-  expectField("mode", answer.record.OpenMode, wanted.OpenMode);
-  expectField("module index", answer.record.ModuleIndex, wanted.ModuleIndex);
-  here.expect(answer.description() == wanted.Description,
-              "description is " + show(answer.description()) + " in the record");
+  here.expect(shown(answer.record) == shown(wanted), "has the " + shown(answer.record));
   DeviceCtrl* const device = DaqCtrlBase_getDevice(control);
   if (!here.expect(device != nullptr, "has no device although it is bound")) return;
   here.expect(DaqCtrlBase_getDevice(control) == device, "has another device when requested again");
@@ -128,8 +121,7 @@ void checkBinding(const CheckContext& context) {
       for (const DeviceInformation& record :
            {recordFor(-1, description), recordFor(number, L""), recordFor(number, UnknownDescription)})
         here.expect(tryBinding(scenario, record, whole, here) == isTaken,
-                    "is bound by number and description, but not by number " + std::to_string(record.DeviceNumber) +
-                        " and " + show(record.Description) + ", or otherwise");
+                    "is bound by number and description, but not by the " + shown(record) + ", or otherwise");
       tryBinding(scenario, forFusion, forFusion, here);
     }
   });

@@ -5,8 +5,6 @@
 
 namespace compliance {
 
-using namespace Automation::Velq;
-
 namespace {
 
 constexpr int32_t Untouched = -12345;

@@ -1,12 +1,9 @@
 // Creating, extending and dissolving fusion devices, in the ways that users do.
 #include <algorithm>
-#include <utility>
 
 #include "compliance/checks/groups.h"
 
 namespace compliance {
-
-using namespace Automation::Velq;
 
 namespace {
 

@@ -1,9 +1,7 @@
 // Fusion devices while they are created, changed and dissolved.
 #pragma once
 
-#include <map>
 #include <optional>
-#include <set>
 
 #include "compliance/checks/check.h"
 

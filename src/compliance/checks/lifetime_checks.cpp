@@ -1,14 +1,9 @@
 // What stays as it is while other devices and controls are open, asked, and disposed of.
-#include <functional>
-#include <type_traits>
-#include <utility>
 
 #include "compliance/checks/check.h"
 #include "compliance/devices/items.h"
 
 namespace compliance {
-
-using namespace Automation::Velq;
 
 namespace {
 
@@ -40,54 +35,44 @@ std::vector<Snapshot> factsOfSome(const Findings& findings) {
   return alone;
 }
 
-// Things that the library returned, and how they read.
-class KeptThings {
- public:
-  void keep(const std::string& what, std::function<std::string()> read) {
-    const std::string value = read();
-    things_.push_back({what, std::move(read), value});
-  }
-
-  // Of handles, whose Value is void, nothing but where they lie.
-  template <typename Value>
-  void keepArray(const std::string& what, Array* array) {
-    if (array == nullptr) return;
-    keep(what, [array, elements = elementsOf(array)] {
-      std::string text = elementsOf(array) == elements ? "" : "elsewhere: ";
-      if constexpr (std::is_void_v<Value>)
-        text += std::to_string(elements.size()) + " handles";
-      else
-        for (const void* const element : elements) text += std::to_string(*static_cast<const Value*>(element)) + " ";
-      return text;
-    });
-  }
-
-  void expectAll(const Findings& here) const {
-    for (const auto& [what, read, value] : things_) {
-      const std::string now = read();
-      here.expect(now == value, what + " reads " + now + ", not " + value);
-    }
-  }
-
- private:
-  struct Thing {
-    std::string what;
-    std::function<std::string()> read;
-    std::string value;
-  };
-
-  std::vector<Thing> things_;
+// Something that the library returned.
+struct Kept {
+  std::string what;
+  std::function<std::string()> read;
+  std::string value = read();  // when it was returned
 };
 
+using KeptThings = std::vector<Kept>;
+
+void expectUnchanged(const KeptThings& things, const Findings& here) {
+  for (const auto& [what, read, value] : things) {
+    const std::string now = read();
+    here.expect(now == value, what + " reads " + now + ", not " + value);
+  }
+}
+
+// Of handles, whose Value is void, nothing but where they lie.
+template <typename Value>
+void keepArray(KeptThings& things, const std::string& what, Array* array) {
+  things.push_back({what, [array, elements = elementsOf(array)] {
+                      std::string text = elementsOf(array) == elements ? "" : "elsewhere: ";
+                      if constexpr (std::is_void_v<Value>)
+                        text += std::to_string(elements.size()) + " handles";
+                      else
+                        for (const Value value : valuesOf<Value>(array)) text += std::to_string(value) + " ";
+                      return text;
+                    }});
+}
+
 void keepItems(KeptThings& things, Scenario scenario, DaqCtrlBase* control, const std::string& where) {
-  const auto keepArray = [&](Array* array, const std::string& kind, const std::string& place) {
-    things.keepArray<void>(where + ": " + place + (place.empty() ? "" : ", ") + "list of every " + kind, array);
+  const auto keepList = [&](Array* array, const std::string& kind, const std::string& place) {
+    keepArray<void>(things, where + ": " + place + (place.empty() ? "" : ", ") + "list of every " + kind, array);
     return true;
   };
   const auto keepString = [&](const auto& get, const char* what, const std::string& place) {
-    things.keep(where + ": " + place + ", " + what, [text = get()] { return show(text); });
+    things.push_back({where + ": " + place + ", " + what, [text = get()] { return show(text); }});
   };
-  visitItems(scenario, control, {.array = keepArray, .string = keepString});
+  visitItems(scenario, control, {.array = keepList, .string = keepString});
 }
 
 std::vector<OpenControl> keepControls(KeptThings& things, const std::vector<OpenDevice>& devices) {
@@ -99,8 +84,8 @@ std::vector<OpenControl> keepControls(KeptThings& things, const std::vector<Open
       if (control == nullptr) continue;
       const std::string where = nameOf(scenario) + " of device " + std::to_string(number);
       keepItems(things, scenario, control.get(), where);
-      DaqCtrlBase* const kept = control.get();
-      things.keep(where + ": its device", [kept] { return textOf(factsOf(DaqCtrlBase_getDevice(kept))); });
+      things.push_back(
+          {where + ": its device", [kept = control.get()] { return textOf(factsOf(DaqCtrlBase_getDevice(kept))); }});
       controls.push_back(std::move(control));
     }
   }
@@ -134,19 +119,19 @@ void checkReturned(const CheckContext& context) {
   std::vector<OpenDevice> devices = openSome();
   for (const OpenDevice& device : devices) {
     const std::string where = "device " + std::to_string(DeviceCtrl_getDeviceNumber(device.get()));
-    ofDevices.keepArray<uint64_t>(where + ": base addresses", DeviceCtrl_getBaseAddresses(device.get()));
-    ofDevices.keepArray<int32_t>(where + ": interrupts", DeviceCtrl_getInterrupts(device.get()));
+    keepArray<uint64_t>(ofDevices, where + ": base addresses", DeviceCtrl_getBaseAddresses(device.get()));
+    keepArray<int32_t>(ofDevices, where + ": interrupts", DeviceCtrl_getInterrupts(device.get()));
   }
   Array* const list = DeviceCtrl_getInstalledDevices();
   const std::vector<std::wstring> listed = descriptionsIn(list);
   std::vector<OpenControl> controls = keepControls(ofControls, devices);
   takeSnapshot();
   const Findings afterwards = context.findings.at("after all other operations");
-  ofDevices.expectAll(afterwards);
-  ofControls.expectAll(afterwards);
+  expectUnchanged(ofDevices, afterwards);
+  expectUnchanged(ofControls, afterwards);
   devices.clear();
   takeSnapshot();
-  ofControls.expectAll(context.findings.at("after the opened devices were disposed of"));
+  expectUnchanged(ofControls, context.findings.at("after the opened devices were disposed of"));
   afterwards.expect(descriptionsIn(list) == listed, "the list of installed devices reads otherwise");
 }
 
@@ -157,7 +142,7 @@ void checkReturnedBefore(const CheckContext& context) {
     bindToEach(scenario, [&](DaqCtrlBase* control, int32_t number, bool) {
       const std::string device = "bound to device " + std::to_string(number);
       keepItems(things, scenario, control, nameOf(scenario) + " " + device);
-      things.expectAll(context.findings.at("after the control was " + device));
+      expectUnchanged(things, context.findings.at("after the control was " + device));
     });
   }
 }

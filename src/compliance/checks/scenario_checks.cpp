@@ -2,14 +2,11 @@
 #include <sys/mman.h>
 
 #include <algorithm>
-#include <functional>
 
 #include "compliance/checks/check.h"
 #include "compliance/devices/items.h"
 
 namespace compliance {
-
-using namespace Automation::Velq;
 
 namespace {
 

@@ -3,14 +3,11 @@
 
 #include <algorithm>
 #include <chrono>
-#include <functional>
 #include <thread>
 
 #include "compliance/checks/changed_device.h"
 
 namespace compliance {
-
-using namespace Automation::Velq;
 
 namespace {
 
@@ -21,16 +18,15 @@ constexpr int FewestRounds = 5;
 constexpr std::chrono::milliseconds ShortestTime{500};
 constexpr Clock::duration ShortestPause = std::chrono::milliseconds(2);
 
-constexpr const char* Refused = "refused";
+// An answer, in none of the others.
+constexpr const char* Refused = "-";
 
 std::wstring nameFor(int32_t number, int state) {
   return L"velq-compliance " + std::to_wstring(number) + L" " + std::to_wstring(state);
 }
 
-int32_t otherThan(int32_t id) { return id == 0 ? 1 : 0; }
-
 // Changes one item of the device to its states 1 and 0 in turn, and each time opens the device a little later to look
-// whether it is there: no other process changes this item. Returns what was lost; "refused" when a change was; nothing
+// whether it is there: no other process changes this item. Returns what was lost; Refused when a change was; nothing
 // otherwise, with the item in state 0.
 std::string changeOften(const std::function<bool(int state)>& change, const std::function<bool(int state)>& isThere) {
   const Clock::time_point end = Clock::now() + ShortestTime;
@@ -58,13 +54,6 @@ std::string renameThere(int32_t number) {
   return withDevice(number, [=](DeviceCtrl* device) -> std::string {
     if (setDescription(device, nameFor(number, 1)) == Success) _exit(0);
     return Refused;
-  });
-}
-
-std::string renumberThere(int32_t number) {
-  return withDevice(number, [](DeviceCtrl* device) {
-    const int32_t id = otherThan(DeviceCtrl_getBoardId(device));
-    return failed(DeviceCtrl_setBoardId(device, id)) ? Refused : "";
   });
 }
 
@@ -114,77 +103,47 @@ std::string readOften(int32_t number) {
   return "";
 }
 
-// One device that several processes change, and how it was before.
-class SharedDevice {
- public:
-  SharedDevice(ChangedDevice& device, const NextProcess& next) : device_(device), next_(next) {}
+// Another process renames the device, and this one changes its board id with a handle that was open before. Returns
+// whether the library takes both.
+bool tryInTurn(ChangedDevice& device, int32_t otherId, const NextProcess& next) {
+  if (next.perform({{renameThere, device.number()}}) == Refused) return false;
+  device.wantDescription(nameFor(device.number(), 1));
+  device.look("another process has renamed it");
+  if (failed(device.renumber(otherId))) return false;
+  device.lookAround("another process has renamed it and this one has set its board id");
+  return true;
+}
 
-  // Another process changes one item and this one the other, with a handle that was open before. Returns whether the
-  // library supports both.
-  bool tryInTurn() {
-    if (next_.perform({{renameThere, device_.number()}}) == Refused) return false;
-    device_.wantDescription(nameFor(device_.number(), 1));
-    device_.look("another process has renamed it");
-    if (!renumber(otherThan(id_))) return restore(), false;
-    device_.lookAround("another process has renamed it and this one has set its board id");
-    if (next_.perform({{renumberThere, device_.number()}}) == Refused) return restore(), false;
-    device_.wantBoardId(otherThan(otherThan(id_)));
-    device_.look("another process has set its board id");
-    rename();
-    device_.lookAround("another process has set its board id and this one has renamed it");
-    return true;
-  }
-
-  void tryAtOnce() {
-    const int32_t number = device_.number();
-    std::string lost = next_.perform({{renameOften, number}, {renumberOften, number}, {readOften, number}}) +
-                       next_.perform({{renumberOften, number}, {regroupOne, 0}, {regroupOne, 0}});
-    bool isRefused = false;
-    for (size_t place = 0; (place = lost.find(Refused)) != std::string::npos; isRefused = true)
-      lost.erase(place, std::char_traits<char>::length(Refused));
-    device_.findings().expect(lost.empty(), "loses " + lost + "while other processes change it");
-    // What is left of their changes is unknown then.
-    if (isRefused) return device_.findings().refuse();
-    device_.wantDescription(nameFor(number, 0));
-    device_.wantBoardId(0);
-    device_.lookAround("several processes have changed it at once");
-  }
-
-  void restore() {
-    rename();
-    renumber(id_);
-    device_.lookAround("what several processes have changed was restored");
-  }
-
- private:
-  void rename() {
-    if (setDescription(device_.handle(), description_) == Success) device_.wantDescription(description_);
-  }
-
-  bool renumber(int32_t id) {
-    if (failed(DeviceCtrl_setBoardId(device_.handle(), id))) return false;
-    device_.wantBoardId(id);
-    return true;
-  }
-
-  ChangedDevice& device_;
-  const NextProcess& next_;
-  const std::wstring description_ = descriptionOf(device_.handle());
-  const int32_t id_ = DeviceCtrl_getBoardId(device_.handle());
-};
+void tryAtOnce(ChangedDevice& device, const NextProcess& next) {
+  const int32_t number = device.number();
+  std::string lost = next.perform({{renameOften, number}, {renumberOften, number}, {readOften, number}}) +
+                     next.perform({{renumberOften, number}, {regroupOne, 0}, {regroupOne, 0}});
+  const bool isRefused = std::erase(lost, *Refused) > 0;
+  device.findings().expect(lost.empty(), "loses " + lost + "while other processes change it");
+  // What is left of their changes is unknown then.
+  if (isRefused) return device.findings().refuse();
+  device.wantDescription(nameFor(number, 0));
+  device.wantBoardId(0);
+  device.lookAround("several processes have changed it at once");
+}
 
 }  // namespace
 
 void checkSharing(const CheckContext& context) {
   bool isTried = false;
   changeEach(context, [&](ChangedDevice& device) {
-    if (isTried) return;
-    SharedDevice shared(device, context.next);
     // The first device that takes both changes shows how the library shares them all.
-    isTried = shared.tryInTurn();
-    if (!isTried) return device.findings().refuse();
-    shared.tryAtOnce();
-    shared.restore();
+    if (isTried) return;
+    const std::wstring description = descriptionOf(device.handle());
+    const int32_t id = DeviceCtrl_getBoardId(device.handle());
+    isTried = tryInTurn(device, id == 0 ? 1 : 0, context.next);
+    if (isTried)
+      tryAtOnce(device, context.next);
+    else
+      device.findings().refuse();
+    device.rename(description);
+    device.renumber(id);
+    device.lookAround("what several processes have changed was restored");
   });
 }
 

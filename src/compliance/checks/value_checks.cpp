@@ -1,14 +1,10 @@
 // What devices return of themselves. Texts are never written beyond the capacity, always terminated, and cut only with
 // a warning; arrays stay as they are for as long as what they were asked of.
 #include <algorithm>
-#include <set>
-#include <utility>
 
 #include "compliance/checks/check.h"
 
 namespace compliance {
-
-using namespace Automation::Velq;
 
 namespace {
 

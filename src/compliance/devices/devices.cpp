@@ -2,8 +2,6 @@
 
 namespace compliance {
 
-using namespace Automation::Velq;
-
 std::vector<int32_t> listedNumbers() {
   std::vector<int32_t> numbers;
   for (const std::wstring& description : listedDescriptions())

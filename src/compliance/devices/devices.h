@@ -6,7 +6,6 @@
 #include <functional>
 #include <set>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "compliance/process/report.h"
@@ -15,6 +14,9 @@
 
 namespace compliance {
 
+using namespace Automation::Velq;
+using namespace reading;
+
 /// A number and a description that no device has.
 inline constexpr int32_t UnknownNumber = INT32_MAX;
 inline constexpr const wchar_t* UnknownDescription = L"velq-compliance: no such device";
@@ -22,10 +24,7 @@ inline constexpr const wchar_t* UnknownDescription = L"velq-compliance: no such 
 /// What buffers are filled with beforehand, so that it shows what was written: no character.
 inline constexpr wchar_t Filler = 0x5A5A5A5A;
 
-inline constexpr Automation::Velq::Scenario Scenarios[] = {Automation::Velq::ScenarioFirmware,
-                                                           Automation::Velq::ScenarioCalibration};
-
-using namespace reading;
+inline constexpr Scenario Scenarios[] = {ScenarioFirmware, ScenarioCalibration};
 
 /// The numbers of those that can be opened, in their order.
 std::vector<int32_t> listedNumbers();
@@ -37,30 +36,27 @@ std::vector<int32_t> childrenOf(int32_t fusionNumber);
 std::set<int32_t> unusedNumbers();
 
 /// Changes the description. Tools count the terminator when they rename, and do not when they create a fusion device.
-Automation::Velq::ErrorCode setDescription(Automation::Velq::DeviceCtrl* device, const std::wstring& text,
-                                           bool countsTerminator = true);
+ErrorCode setDescription(DeviceCtrl* device, const std::wstring& text, bool countsTerminator = true);
 
 /// The operations that take children of a fusion device.
-using ChildrenOperation = decltype(&Automation::Velq::CvxFusionDeviceAddChildren);
+using ChildrenOperation = decltype(&CvxFusionDeviceAddChildren);
 
 /// Calls such an operation.
-inline Automation::Velq::ErrorCode callWith(const std::vector<int32_t>& children, ChildrenOperation operation,
-                                            int32_t fusionNumber) {
+inline ErrorCode callWith(const std::vector<int32_t>& children, ChildrenOperation operation, int32_t fusionNumber) {
   return operation(fusionNumber, static_cast<int32_t>(children.size()), children.data());
 }
 
 /// Opens every listed device by its description, and visits it. One that does not open is a finding.
 void forEachDevice(const Findings& findings,
-                   const std::function<void(Automation::Velq::DeviceCtrl* device, const Findings& here)>& visit);
+                   const std::function<void(DeviceCtrl* device, const Findings& here)>& visit);
 
 /// Binds a control to each listed device in turn, to the first twice more at the end, and visits it each time. Returns
 /// it; null when the library binds none.
-OpenControl bindToEach(
-    Automation::Velq::Scenario scenario,
-    const std::function<void(Automation::Velq::DaqCtrlBase* control, int32_t number, bool isBound)>& visit);
+OpenControl bindToEach(Scenario scenario,
+                       const std::function<void(DaqCtrlBase* control, int32_t number, bool isBound)>& visit);
 
 /// As reports show them.
-inline std::string show(Automation::Velq::ErrorCode status) { return text::hexadecimal(status); }
+inline std::string show(ErrorCode status) { return text::hexadecimal(status); }
 inline std::string show(const wchar_t* wide) { return text::escaped(wide); }
 inline std::string show(const std::wstring& wide) { return text::escaped(wide.c_str()); }
 std::string show(const std::vector<int32_t>& numbers);

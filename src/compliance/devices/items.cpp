@@ -1,10 +1,6 @@
 #include "compliance/devices/items.h"
 
-#include "compliance/devices/devices.h"
-
 namespace compliance {
-
-using namespace Automation::Velq;
 
 namespace {
 

@@ -1,10 +1,6 @@
 // Processes that a tool starts later: they load the library again, and share nothing with this process.
 #pragma once
 
-#include <functional>
-#include <string>
-#include <vector>
-
 #include "compliance/devices/snapshot.h"
 #include "compliance/process/pipe.h"
 
@@ -27,16 +23,14 @@ class NextProcess {
     int32_t number;
   };
 
-  /// Does each task in a process of its own, all of them at once, and returns their answers one after the other. Part
-  /// of an answer is missing when its process ended early.
+  /// Does each of up to three tasks in a process of its own, all of them at once, and returns their answers one after
+  /// the other. Part of an answer is missing when its process ended early.
   std::string perform(const std::vector<Task>& tasks) const;
 
   /// All that can be read. What is missing because the process ended early shows as a difference.
   Snapshot look() const;
 
  private:
-  void send(const std::vector<Task>& tasks) const;
-
   Pipe requests_;
   Pipe answers_;
 };

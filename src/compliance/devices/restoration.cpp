@@ -1,42 +1,10 @@
 #include "compliance/devices/restoration.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <iterator>
-#include <sstream>
-
-#include "compliance/devices/devices.h"
 
 namespace compliance {
 
-using namespace Automation::Velq;
-
 namespace {
-
-// The wide string that a snapshot shows in quotes.
-std::wstring unescaped(const std::string& shown) {
-  std::wstring text;
-  for (size_t i = 1; i + 1 < shown.size(); ++i) {
-    if (shown[i] != '\\') {
-      text += static_cast<wchar_t>(shown[i]);
-    } else if (shown[++i] != 'x') {
-      text += static_cast<wchar_t>(shown[i]);
-    } else {
-      text += static_cast<wchar_t>(std::strtoul(&shown[i + 2], nullptr, 16));
-      i = shown.find('}', i);
-    }
-  }
-  return text;
-}
-
-std::vector<int32_t> childrenIn(const Snapshot& snapshot, int32_t number) {
-  const auto found = snapshot.find(childrenFact(number));
-  std::string shown = found == snapshot.end() ? "" : found->second;
-  std::replace_if(
-      shown.begin(), shown.end(), [](char c) { return c == '[' || c == ',' || c == ']'; }, ' ');
-  std::istringstream numbers(shown);
-  return {std::istream_iterator<int32_t>(numbers), {}};
-}
 
 std::vector<int32_t> without(std::vector<int32_t> numbers, const std::vector<int32_t>& others) {
   std::erase_if(numbers, [&](int32_t n) { return std::count(others.begin(), others.end(), n) > 0; });
@@ -46,11 +14,11 @@ std::vector<int32_t> without(std::vector<int32_t> numbers, const std::vector<int
 // Before the names: a new fusion device has to have its number before it is renamed.
 void restoreGroups(const Snapshot& before) {
   for (const int32_t number : listedNumbers()) {
-    const std::vector<int32_t> added = without(childrenOf(number), childrenIn(before, number));
+    const std::vector<int32_t> added = without(childrenOf(number), numbersIn(before, childrenFact(number)));
     if (!added.empty()) callWith(added, CvxFusionDeviceRemoveChildren, number);
   }
   for (int32_t number : numbersIn(before)) {
-    const std::vector<int32_t> removed = without(childrenIn(before, number), childrenOf(number));
+    const std::vector<int32_t> removed = without(numbersIn(before, childrenFact(number)), childrenOf(number));
     if (removed.empty()) continue;
     if (CvxIsFusionDevice(number) == Success)
       callWith(removed, CvxFusionDeviceAddChildren, number);
@@ -62,7 +30,7 @@ void restoreGroups(const Snapshot& before) {
 void restoreDevice(const Snapshot& before, int32_t number) {
   const OpenDevice device = openDevice(number, nullptr);
   if (device == nullptr) return;
-  const std::wstring description = unescaped(before.at(descriptionFact(number)));
+  const std::wstring description = text::unescaped(before.at(descriptionFact(number)));
   const int32_t id = std::stoi(before.at(boardIdFact(number)));
   for (const bool countsTerminator : {true, false})
     if (descriptionOf(device.get()) != description) setDescription(device.get(), description, countsTerminator);

@@ -1,9 +1,6 @@
 // Restoring what checks change, when one of them could not do it itself.
 #pragma once
 
-#include <map>
-#include <string>
-
 #include "compliance/devices/snapshot.h"
 
 namespace compliance {

@@ -1,16 +1,11 @@
 #include "compliance/devices/snapshot.h"
 
-#include <algorithm>
 #include <iterator>
 #include <sstream>
-#include <vector>
 
-#include "compliance/devices/devices.h"
 #include "compliance/devices/items.h"
 
 namespace compliance {
-
-using namespace Automation::Velq;
 
 namespace {
 
@@ -77,7 +72,7 @@ Snapshot factsOf(DeviceCtrl* device) {
 
 Snapshot takeSnapshot() {
   Snapshot snapshot;
-  std::string order;
+  std::vector<int32_t> order;
   for (const std::wstring& description : listedDescriptions()) {
     const OpenDevice device = openDevice(description);
     if (device == nullptr) {
@@ -85,11 +80,11 @@ Snapshot takeSnapshot() {
       continue;
     }
     const int32_t number = DeviceCtrl_getDeviceNumber(device.get());
-    order += std::to_string(number) + " ";
+    order.push_back(number);
     snapshot[listedFact(number)] = show(description);
     snapshot.merge(factsOf(device.get()));
   }
-  snapshot[OrderFact] = order;
+  snapshot[OrderFact] = show(order);
   return snapshot;
 }
 
@@ -121,9 +116,12 @@ void expectSame(const Snapshot& wanted, const Snapshot& found, const Findings& h
     here.expect(false, fact + " is " + values.found + ", not " + values.wanted);
 }
 
-std::vector<int32_t> numbersIn(const Snapshot& snapshot) {
-  std::istringstream order(valueOr(snapshot, OrderFact, ""));
-  return {std::istream_iterator<int32_t>(order), {}};
+std::vector<int32_t> numbersIn(const Snapshot& snapshot, const std::string& fact) {
+  std::string shown = valueOr(snapshot, fact, "");
+  for (char& c : shown)
+    if (c == '[' || c == ',' || c == ']') c = ' ';
+  std::istringstream numbers(shown);
+  return {std::istream_iterator<int32_t>(numbers), {}};
 }
 
 std::string textOf(const Snapshot& snapshot) {

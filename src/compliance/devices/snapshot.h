@@ -1,14 +1,9 @@
 // All that can be read of the devices, to see whether anything has changed.
 #pragma once
 
-#include <velq/types.h>
-
-#include <cstdint>
 #include <map>
-#include <string>
-#include <vector>
 
-#include "compliance/process/report.h"
+#include "compliance/devices/devices.h"
 
 namespace compliance {
 
@@ -19,10 +14,10 @@ using Snapshot = std::map<std::string, std::string>;
 Snapshot takeSnapshot();
 
 /// All that one device returns of itself.
-Snapshot factsOf(Automation::Velq::DeviceCtrl* device);
+Snapshot factsOf(DeviceCtrl* device);
 
 /// What a control returns of the chips or solutions of the device with this number.
-Snapshot itemFactsOf(Automation::Velq::Scenario scenario, Automation::Velq::DaqCtrlBase* control, int32_t number);
+Snapshot itemFactsOf(Scenario scenario, DaqCtrlBase* control, int32_t number);
 
 /// The name of the fact about the list itself.
 inline constexpr const char* OrderFact = "order of the list";
@@ -51,8 +46,8 @@ std::map<std::string, Difference> differences(const Snapshot& wanted, const Snap
 /// Expects all facts to be as wanted.
 void expectSame(const Snapshot& wanted, const Snapshot& found, const Findings& here);
 
-/// The numbers of the devices in a snapshot, in the order of the list.
-std::vector<int32_t> numbersIn(const Snapshot& snapshot);
+/// The numbers in a fact: by default those of the devices, in the order of the list.
+std::vector<int32_t> numbersIn(const Snapshot& snapshot, const std::string& fact = OrderFact);
 
 /// A snapshot as a text without zeros, and back.
 std::string textOf(const Snapshot& snapshot);

@@ -1,93 +1,160 @@
 #include "compliance/library/library.h"
 
+#include <cxxabi.h>
 #include <dlfcn.h>
-#include <gelf.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
-#include <cerrno>
+#include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <memory>
+#include <optional>
 #include <stdexcept>
+#include <string_view>
+#include <typeinfo>
 
-#include "compliance/library/watch.h"
+#include "base/demangled.h"
+#include "compliance/library/surroundings.h"
 
 namespace compliance {
 
+using namespace Automation::Velq;
+
 namespace {
 
-class File {
- public:
-  explicit File(const std::string& path)
-      : path_(path), stream_(std::fopen(path.c_str(), "rbe"), std::fclose), elf_(nullptr, elf_end) {
-    if (stream_ == nullptr) refuse(std::strerror(errno));
-    elf_version(EV_CURRENT);
-    elf_.reset(elf_begin(fileno(stream_.get()), ELF_C_READ, nullptr));
-    GElf_Ehdr header;
-    if (elf_ == nullptr || gelf_getehdr(elf_.get(), &header) == nullptr || header.e_type != ET_DYN)
-      refuse("is no shared library");
-  }
+// The watched functions have no room for arguments of ours.
+const LibraryTable* watchedLibrary = nullptr;
+Report* report = nullptr;
 
-  Elf* elf() const { return elf_.get(); }
+// As they were before the library was loaded.
+std::optional<Surroundings> surroundings;
 
-  [[noreturn]] void refuse(const std::string& why) const { throw std::runtime_error(path_ + ": " + why); }
-
- private:
-  std::string path_;
-  std::unique_ptr<FILE, int (*)(FILE*)> stream_;
-  std::unique_ptr<Elf, int (*)(Elf*)> elf_;
-};
-
-bool isExported(const GElf_Sym& symbol) {
-  const int visibility = GELF_ST_VISIBILITY(symbol.st_other);
-  // Absolute symbols are the names of versions.
-  return symbol.st_shndx != SHN_UNDEF && symbol.st_shndx != SHN_ABS && GELF_ST_BIND(symbol.st_info) != STB_LOCAL &&
-         (visibility == STV_DEFAULT || visibility == STV_PROTECTED);
+// What has become of the process that the tool would notice; empty when all is well.
+std::string disturbance() {
+  // What the library has printed may still be in the buffer.
+  std::fflush(stdout);
+  int unread = 0;
+  if (ioctl(STDOUT_FILENO, FIONREAD, &unread) == 0 && unread > 0)
+    return "writes to standard output, which is the tool's";
+  return surroundings->disturbance();
 }
 
-void addNames(const File& file, Elf_Scn* section, size_t stringSection, std::vector<std::string>& names) {
-  Elf_Data* const data = elf_getdata(section, nullptr);
-  GElf_Sym symbol;
-  for (int i = 0; gelf_getsym(data, i, &symbol) != nullptr; ++i) {
-    if (!isExported(symbol)) continue;
-    const char* const name = elf_strptr(file.elf(), stringSection, symbol.st_name);
-    if (name == nullptr) file.refuse("has a symbol without a name");
-    names.emplace_back(name);
+// Whether an operation, when it is done, has changed something that others may want to lock.
+bool isChange(std::string_view operation) {
+  return operation.starts_with("DeviceCtrl_set") || operation == "FirmwareItem_loadFile" ||
+         (operation.starts_with("CvxFusionDevice") && !operation.ends_with("GetChildren"));
+}
+
+// Notes that `name` is being called; at the end of the call, also how long it took, and what the library has done to
+// the process meanwhile that is not its business.
+class Call {
+ public:
+  explicit Call(const char* name) : name_(name) {
+    report->operation.set(name);
+    report->isCalling = true;
+  }
+
+  ~Call() {
+    const int64_t duration = std::chrono::nanoseconds(Clock::now() - begin_).count();
+    if (duration > report->slowest) {
+      report->slowest = duration;
+      report->slowestOperation.set(name_);
+    }
+    if (report->disturbance.isEmpty())
+      if (const std::string what = disturbance(); !what.empty()) report->disturbance.set(what + ", during " + name_);
+    if (isChange(name_)) report->change.set(name_);
+    report->isCalling = false;
+    ++report->calls;
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  const char* name_;
+  const Clock::time_point begin_ = Clock::now();
+};
+
+// Notes the exception that is being handled, and ends the process.
+[[noreturn]] void endWithException() {
+  const std::type_info* const type = abi::__cxa_current_exception_type();
+  const std::string name = type == nullptr ? "what is no C++ exception" : base::demangled(type->name());
+  report->isCalling = true;
+  try {
+    throw;
+  } catch (const std::exception& exception) {
+    report->thrown.set(name + ": " + exception.what());
+  } catch (...) {
+    report->thrown.set(name);
+  }
+  _exit(0);
+}
+
+template <typename Operation>
+auto callWatched(const char* name, const Operation& operation) {
+  try {
+    const Call call(name);
+    return operation();
+  } catch (...) {
+    endWithException();
+  }
+}
+
+FunctionTable watchedFunctions() {
+  FunctionTable table{};
+#define VELQ_FUNCTION(result, name, parameters, arguments)                                \
+  table.name = [] parameters -> result {                                                  \
+    return callWatched(#name, [&] { return watchedLibrary->functions->name arguments; }); \
+  };
+#include <velq/operations.def>
+  return table;
+}
+
+ObjectTable watchedObjects() {
+  ObjectTable table{};
+#define VELQ_OBJECT(result, name, parameters, arguments)                                \
+  table.name = [] parameters -> result {                                                \
+    return callWatched(#name, [&] { return watchedLibrary->objects->name arguments; }); \
+  };
+#include <velq/operations.def>
+  return table;
+}
+
+void startWatching() {
+  surroundings.emplace();
+  // The unwinder of this program sets itself up with the first exception that it raises. Otherwise it could not catch
+  // what a library throws that has a C++ runtime of its own.
+  try {
+    throw 0;
+  } catch (int) {
   }
 }
 
 }  // namespace
 
-void expectSharedLibrary(const std::string& path) { const File file(path); }
-
-std::vector<std::string> exportedSymbols(const std::string& path) {
-  const File file(path);
-  std::vector<std::string> names;
-  for (Elf_Scn* section = nullptr; (section = elf_nextscn(file.elf(), section)) != nullptr;) {
-    GElf_Shdr header;
-    if (gelf_getshdr(section, &header) != nullptr && header.sh_type == SHT_DYNSYM)
-      addNames(file, section, header.sh_link, names);
-  }
-  if (names.empty()) file.refuse("exports nothing that can be read");
-  return names;
-}
-
-Library::Library(const std::string& path, Report& report) : path_(std::filesystem::absolute(path)), report_(report) {}
+Library::Library(const std::string& path, Report& shared) : path_(std::filesystem::absolute(path)) { report = &shared; }
 
 void Library::load() {
-  startWatching(report_);
+  startWatching();
   // Global, so that a preloaded probe finds the library behind itself.
   void* const handle = callWatched("dlopen()", [&] { return dlopen(path_.c_str(), RTLD_NOW | RTLD_GLOBAL); });
   if (handle == nullptr) throw std::runtime_error(dlerror());
   if (dlsym(handle, Entry) == nullptr) throw std::runtime_error(path_ + ": does not export " + Entry);
   void* const first = dlsym(RTLD_DEFAULT, Entry);
   Dl_info place{};
-  if (dladdr(first, &place) != 0 && place.dli_fname != path_) report_.layer.set(place.dli_fname);
-  tables_ = callWatched(Entry, reinterpret_cast<decltype(&CvxQuellisLibInitialize)>(first));
-  watch(tables_);
+  if (dladdr(first, &place) != 0 && place.dli_fname != path_) report->layer.set(place.dli_fname);
+  watchedLibrary = callWatched(Entry, reinterpret_cast<decltype(&CvxQuellisLibInitialize)>(first));
 }
+
+const LibraryTable* Library::tables() const { return watchedLibrary; }
 
 }  // namespace compliance
 
-// In a tool the loader binds this to the library that the tool is linked to.
-const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() { return compliance::watchedTables(); }
+// In a tool the loader binds this to the library that the tool is linked to. Here its tables note what is called, and
+// forward it.
+const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() {
+  using namespace compliance;
+  static const FunctionTable functions = watchedFunctions();
+  static const ObjectTable objects = watchedObjects();
+  static const LibraryTable watched{.functions = &functions, .objects = &objects};
+  return &watched;
+}

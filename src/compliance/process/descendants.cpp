@@ -4,10 +4,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
 #include <fstream>
-#include <limits>
 #include <string>
 #include <thread>
 

@@ -47,9 +47,9 @@ void limitResources() {
   // The caller of the checker may have ignored some, as shells do in the background; the library is not to be blamed.
   for (const int signal : {SIGINT, SIGTERM, SIGPIPE}) std::signal(signal, SIG_DFL);
   dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
-  dup2(streams.output.writeEnd(), STDOUT_FILENO);
-  dup2(streams.messages.writeEnd(), STDERR_FILENO);
-  dup2(streams.result.writeEnd(), ResultDescriptor);
+  dup2(streams.output.writeEnd.number(), STDOUT_FILENO);
+  dup2(streams.messages.writeEnd.number(), STDERR_FILENO);
+  dup2(streams.result.writeEnd.number(), ResultDescriptor);
   close_range(ResultDescriptor + 1, ~0U, 0);
   work();
   std::fputc(EndMark, fdopen(ResultDescriptor, "w"));
@@ -87,7 +87,7 @@ void guard(const std::function<void()>& work, const Streams& streams, const Pipe
   note.leavesProcesses = !waitForDescendants(Grace);
   // Otherwise the supervisor adopts and ends those that are left.
   if (getppid() != supervisor) endDescendants();
-  _exit(write(notes.writeEnd(), &note, sizeof note) == sizeof note ? EXIT_SUCCESS : EXIT_FAILURE);
+  _exit(write(notes.writeEnd.number(), &note, sizeof note) == sizeof note ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
 }  // namespace compliance

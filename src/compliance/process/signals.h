@@ -2,9 +2,12 @@
 #pragma once
 
 #include <sys/signalfd.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <optional>
+#include <system_error>
 
 namespace compliance {
 
@@ -13,8 +16,20 @@ namespace compliance {
 class Signals {
  public:
   /// Blocks them. Throws std::system_error.
-  Signals();
-  ~Signals();
+  Signals() {
+    // If the caller ignores it, no child can be waited for.
+    std::signal(SIGCHLD, SIG_DFL);
+    sigset_t taken;
+    sigfillset(&taken);
+    for (const int signal : {SIGTSTP, SIGTTIN, SIGTTOU, SIGCONT, SIGWINCH}) sigdelset(&taken, signal);
+    sigprocmask(SIG_BLOCK, &taken, &before_);
+    descriptor_ = signalfd(-1, &taken, SFD_CLOEXEC | SFD_NONBLOCK);
+    if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "signalfd");
+  }
+  ~Signals() {
+    close(descriptor_);
+    restore();
+  }
   Signals(const Signals&) = delete;
   Signals& operator=(const Signals&) = delete;
 
@@ -25,7 +40,11 @@ class Signals {
   int descriptor() const { return descriptor_; }
 
   /// Takes the next signal of this process; nothing when none has arrived.
-  std::optional<signalfd_siginfo> take() const;
+  std::optional<signalfd_siginfo> take() const {
+    signalfd_siginfo signal{};
+    if (read(descriptor_, &signal, sizeof signal) != sizeof signal) return std::nullopt;
+    return signal;
+  }
 
  private:
   sigset_t before_{};

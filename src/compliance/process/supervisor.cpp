@@ -6,7 +6,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <new>
 #include <utility>
 
 #include "base/descriptor.h"
@@ -27,8 +26,8 @@ constexpr size_t MostResult = size_t{16} << 20U;
 // Reads what is there, and closes the pipe at its end.
 std::string readSome(Pipe& pipe) {
   char block[65536];
-  const ssize_t count = pipe.readEnd() < 0 ? -1 : read(pipe.readEnd(), block, sizeof block);
-  if (count == 0) pipe.closeReadEnd();
+  const ssize_t count = read(pipe.readEnd.number(), block, sizeof block);
+  if (count == 0) pipe.readEnd = {};
   return {block, count < 0 ? 0 : static_cast<size_t>(count)};
 }
 
@@ -51,17 +50,17 @@ class Supervisor::Run {
     if (guardian_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
     if (guardian_ == 0) guard(work, streams_, notes_, supervisor_.signals_, self);
     for (Pipe* const pipe : {&notes_, &streams_.messages, &streams_.result}) {
-      pipe->closeWriteEnd();
-      fcntl(pipe->readEnd(), F_SETFL, O_NONBLOCK);
+      pipe->writeEnd = {};
+      fcntl(pipe->readEnd.number(), F_SETFL, O_NONBLOCK);
     }
   }
 
   Ending waitForEnd() {
     while (isGoingOn() && !takeNote()) {
-      pollfd ends[] = {{notes_.readEnd(), POLLIN, 0},
+      pollfd ends[] = {{notes_.readEnd.number(), POLLIN, 0},
                        {supervisor_.signals_.descriptor(), POLLIN, 0},
-                       {streams_.messages.readEnd(), POLLIN, 0},
-                       {streams_.result.readEnd(), POLLIN, 0}};
+                       {streams_.messages.readEnd.number(), POLLIN, 0},
+                       {streams_.result.readEnd.number(), POLLIN, 0}};
       poll(ends, std::size(ends), static_cast<int>(Tick.count()));
       takeSignals();
       forwardMessages();
@@ -80,7 +79,7 @@ class Supervisor::Run {
   // Returns whether the guardian has ended.
   bool takeNote() {
     EndNote note;
-    const ssize_t count = read(notes_.readEnd(), &note, sizeof note);
+    const ssize_t count = read(notes_.readEnd.number(), &note, sizeof note);
     if (count == sizeof note) ending_.note = note;
     return count >= 0;
   }
@@ -100,12 +99,10 @@ class Supervisor::Run {
   }
 
   void forwardMessages() {
-    const std::string messages = readSome(streams_.messages);
-    if (messages.empty()) return;
-    const size_t room = MostMessages - messageBytes_;
-    messageBytes_ += std::min(messages.size(), room);
-    base::writeAll(STDERR_FILENO, std::string_view(messages).substr(0, room));
-    if (room > 0 && messages.size() >= room)
+    const std::string messages = readSome(streams_.messages).substr(0, MostMessages - messageBytes_);
+    messageBytes_ += messages.size();
+    base::writeAll(STDERR_FILENO, messages);
+    if (!messages.empty() && messageBytes_ == MostMessages)
       base::writeAll(STDERR_FILENO, "\nvelq-compliance: the library's other messages are left out\n");
   }
 
@@ -126,9 +123,9 @@ class Supervisor::Run {
   // The pipe keeps the beginning of the output; nothing has to be read from it.
   void judgeOutput() {
     int unread = 0;
-    ioctl(streams_.output.readEnd(), FIONREAD, &unread);
+    ioctl(streams_.output.readEnd.number(), FIONREAD, &unread);
     ending_.hasOutput = unread > 0;
-    pollfd room{streams_.output.writeEnd(), POLLOUT, 0};
+    pollfd room{streams_.output.writeEnd.number(), POLLOUT, 0};
     if (poll(&room, 1, 0) == 0) ending_.problem = "writes to standard output without end";
   }
 

@@ -3,25 +3,12 @@
 
 #include <chrono>
 #include <functional>
-#include <optional>
 #include <string>
 
-#include "compliance/process/guardian.h"
-#include "compliance/process/report.h"
+#include "compliance/process/ending.h"
 #include "compliance/process/signals.h"
 
 namespace compliance {
-
-/// How a process that did some work ended.
-struct Ending {
-  std::optional<EndNote> note;  ///< nothing when it was ended, or its guardian was
-  std::string problem;          ///< why it was ended, or how it attacked the checker; empty for neither
-  std::string result;           ///< what it wrote to ResultDescriptor
-  bool isFlushed = false;       ///< its streams were flushed at its end, as those of every program should be
-  bool isHung = false;          ///< it was ended because a call did not return
-  bool hasOutput = false;       ///< it wrote to standard output
-  int interruption = 0;         ///< the signal of a user who wants to end the checks; 0 for none
-};
 
 /// Runs work in processes, one at a time. There is one in a program, which it protects from signals.
 class Supervisor {
