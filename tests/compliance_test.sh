@@ -205,7 +205,7 @@ silently cut|text-library-version: status 0x00000000 for a string that is cut, d
 reading changes|reads-change-nothing: description of device 0 in the list is "x", not "Minimal board", although
 any device|open-unknown: opens a device that is not there, DeviceCtrl_Create(-2147483648, null)
 no fusion mode|open-by-description: cannot be opened with AccessFusion, device "Minimal board"
-changing list|device-list: 1 devices or their descriptions differ from the 1 devices of the call before, list of
+changing list|device-list: other devices when requested again, list of installed devices
 no names|device-list: an empty description, list of installed devices, device ""
 moving addresses|returned-stays: device 0: base addresses reads elsewhere: 0 , not 0 , after all other operations
 long name|device-list: 64 characters, more than the 63 that a record holds, list of installed devices, device

@@ -37,9 +37,6 @@ cannot be written.
 More is in the manual: man velq-compliance
 )";
 
-// For wrong usage, and for all other reasons why no check can be run.
-constexpr int UsageStatus = 2;
-
 constexpr int MostSeconds = 3600;
 
 struct Options {
@@ -49,12 +46,10 @@ struct Options {
   const char* shown = nullptr;     // in place of all else
 };
 
-// In the order of this list.
-enum Choice { Write, Timeout, ShowHelp, ShowVersion };
-constexpr option Choices[] = {{"write", no_argument, nullptr, Write},
-                              {"timeout", required_argument, nullptr, Timeout},
-                              {"help", no_argument, nullptr, ShowHelp},
-                              {"version", no_argument, nullptr, ShowVersion},
+constexpr option Choices[] = {{"write", no_argument, nullptr, 'w'},
+                              {"timeout", required_argument, nullptr, 't'},
+                              {"help", no_argument, nullptr, 'h'},
+                              {"version", no_argument, nullptr, 'v'},
                               {}};
 
 [[noreturn]] void refuse(const std::string& why) { throw std::invalid_argument(why + "; see velq-compliance --help"); }
@@ -73,10 +68,10 @@ Options parseOptions(int argc, char** argv) {
   for (int choice = 0; (choice = getopt_long(argc, argv, ":", Choices, nullptr)) != -1;) {
     if (choice == ':') refuse("--timeout needs a value");
     if (choice == '?') refuse("unknown option \"" + std::string(argv[optind - 1]) + "\"");
-    options.writes |= choice == Write;
-    if (choice == Timeout) options.limit = secondsFrom(optarg);
-    if (choice == ShowHelp) options.shown = Help;
-    if (choice == ShowVersion) options.shown = "velq-compliance " VERSION "\n";
+    options.writes |= choice == 'w';
+    if (choice == 't') options.limit = secondsFrom(optarg);
+    if (choice == 'h') options.shown = Help;
+    if (choice == 'v') options.shown = "velq-compliance " VERSION "\n";
   }
   if (options.shown != nullptr) return options;
   if (optind == argc) refuse("no LIBRARY given");
@@ -89,20 +84,20 @@ Options parseOptions(int argc, char** argv) {
 // The numbers of the standard streams are taken, for what is opened must not become one of them.
 void occupyStandardNumbers() {
   int number = 0;
-  do number = open("/dev/null", O_RDONLY | O_CLOEXEC);
-  while (number >= 0 && number <= STDERR_FILENO);
+  while (number >= 0 && number <= STDERR_FILENO) number = open("/dev/null", O_RDONLY | O_CLOEXEC);
   close(number);
 }
 
 // Returns the exit status; ends as the user wants when the user ends the checks.
 int check(const Options& options) {
   expectSharedLibrary(options.library);
-  const Outcome outcome = runChecks(options.library, options.limit, options.writes);
-  if (outcome.interruption == 0) return outcome.isGood ? 0 : 1;
-  std::signal(outcome.interruption, SIG_DFL);
-  std::raise(outcome.interruption);
-  // Where it is blocked.
-  return 128 + outcome.interruption;
+  const int status = runChecks(options.library, options.limit, options.writes);
+  if (status > 128) {
+    std::signal(status - 128, SIG_DFL);
+    std::raise(status - 128);
+  }
+  // Also where the signal is blocked.
+  return status;
 }
 
 }  // namespace
@@ -117,6 +112,7 @@ int main(int argc, char** argv) {
     return 0;
   } catch (const std::exception& error) {
     fprintf(stderr, "velq-compliance: %s\n", text::oneLine(error.what()).c_str());
-    return UsageStatus;
+    // For wrong usage, and for all other reasons why no check can be run.
+    return 2;
   }
 }

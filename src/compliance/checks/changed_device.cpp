@@ -48,18 +48,14 @@ void ChangedDevice::look(const std::string& after) const {
 
 void ChangedDevice::lookAround(const std::string& after) const {
   const Findings there = here_.at("in the next process after " + after);
-  if (looksAtAll()) {
+  const std::vector<int32_t> numbers = numbersIn(context_.before);
+  if (numbers.size() <= MostLookedAt || number_ == numbers.front() || number_ == numbers.back()) {
     expectSame(wanted_, takeSnapshot(), here_.at("after " + after));
     expectSame(wanted_, context_.next.look(), there);
   } else {
     look(after);
     expectSame(factsAbout(number_, wanted_), snapshotOf(context_.next.perform({{readOne, number_}})), there);
   }
-}
-
-bool ChangedDevice::looksAtAll() const {
-  const std::vector<int32_t> numbers = numbersIn(context_.before);
-  return numbers.size() <= MostLookedAt || number_ == numbers.front() || number_ == numbers.back();
 }
 
 void changeEach(const CheckContext& context, const std::function<void(ChangedDevice&)>& change) {

@@ -30,8 +30,6 @@ class ChangedDevice {
   void lookAround(const std::string& after) const;
 
  private:
-  bool looksAtAll() const;
-
   DeviceCtrl* const device_;
   const CheckContext& context_;
   const Findings here_;

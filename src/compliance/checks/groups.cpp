@@ -14,21 +14,21 @@ std::optional<int32_t> Groups::create(const Children& children) {
   const Findings here = findings().at(what);
   int32_t number = 0;
   const ErrorCode status = CvxFusionDeviceCreate(static_cast<int32_t>(children.size()), children.data(), &number);
-  if (status == Success) {
-    // A number that another device has would make two devices one for tools.
-    const bool isNew = number >= 0 && std::count(devices_.begin(), devices_.end(), number) == 0;
-    if (!here.expect(isNew && !groups_.contains(number), "gets the number " + std::to_string(number))) {
-      callWith(children, CvxFusionDeviceRemoveChildren, number);
-      return std::nullopt;
-    }
+  // A number that another device has would make two devices one for tools.
+  const bool isNew =
+      number >= 0 && std::count(devices_.begin(), devices_.end(), number) == 0 && !groups_.contains(number);
+  const bool isCreated = status == Success && here.expect(isNew, "gets the number " + std::to_string(number));
+  if (isCreated) {
     groups_[number].children = {children.begin(), children.end()};
     used_.insert(number);
+  } else if (status == Success) {
+    callWith(children, CvxFusionDeviceRemoveChildren, number);
   } else {
     here.expect(status == ErrorCannotFuse,
                 "is refused with status " + show(status) + ", after which tools go on with device 0");
   }
   look("the creation of a " + what + " with status " + show(status));
-  return status == Success ? std::optional(number) : std::nullopt;
+  return isCreated ? std::optional(number) : std::nullopt;
 }
 
 void Groups::expectNoGroupOf(const Children& children) {
@@ -53,8 +53,7 @@ void Groups::expectNotAdded(int32_t number, const Children& added) {
 
 void Groups::remove(int32_t number, const Children& removed) {
   const ErrorCode status = callWith(removed, CvxFusionDeviceRemoveChildren, number);
-  at(number).expect(status == Success, "does not remove " + show(removed) + ", status " + show(status));
-  if (status == Success) {
+  if (at(number).expect(status == Success, "does not remove " + show(removed) + ", status " + show(status))) {
     Group& group = groups_[number];
     for (const int32_t child : removed) group.children.erase(child);
     if (group.children.empty()) groups_.erase(number);

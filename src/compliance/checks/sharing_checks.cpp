@@ -74,21 +74,20 @@ std::string renumberOften(int32_t number) {
   });
 }
 
-std::string regroupOften(int32_t child) {
-  int32_t group = 0;
-  const auto change = [&](int state) {
-    return (state == 0 ? CvxFusionDeviceRemoveChildren(group, 1, &child) : CvxFusionDeviceCreate(1, &child, &group)) ==
-           Success;
-  };
-  // The number of a group that has ended may be that of another process's by now.
-  return changeOften(change, [&](int state) { return state == 0 || childrenOf(group) == std::vector<int32_t>{child}; });
-}
-
 // Groups the first device that can be, and that no other process has grouped.
 std::string regroupOne(int32_t) {
-  for (const int32_t child : listedNumbers())
-    if (const std::string lost = regroupOften(child); lost != Refused) return lost;
-  return "";
+  std::string lost = Refused;
+  for (const int32_t child : listedNumbers()) {
+    int32_t group = 0;
+    const auto change = [&](int state) {
+      return Success ==
+             (state == 0 ? CvxFusionDeviceRemoveChildren(group, 1, &child) : CvxFusionDeviceCreate(1, &child, &group));
+    };
+    // The number of a group that has ended may be that of another process's by now.
+    const auto isThere = [&](int state) { return state == 0 || childrenOf(group) == std::vector<int32_t>{child}; };
+    if (lost == Refused) lost = changeOften(change, isThere);
+  }
+  return lost == Refused ? "" : lost;
 }
 
 // Reads all the time: what is there before a change, or after it.

@@ -31,12 +31,12 @@ struct Answer {
   Answer(TextGetter getter, DeviceCtrl* device, int32_t capacity)
       : room(static_cast<size_t>(capacity)), buffer(GuardLength + room + GuardLength, Filler) {
     status = getter(device, capacity, buffer.data() + GuardLength);
-    const std::wstring written = buffer.substr(GuardLength, room);
-    isUntouched = written.find_first_not_of(Filler) == std::wstring::npos;
-    isTerminated = written.find(L'\0') != std::wstring::npos;
-    text = written.substr(0, written.find(L'\0'));
+    // Up to the terminator, if there is one.
+    text = buffer.substr(GuardLength, room).c_str();
   }
 
+  bool isUntouched() const { return text == std::wstring(room, Filler); }
+  bool isTerminated() const { return text.size() < room; }
   bool isWithinCapacity() const {
     return buffer.find_first_not_of(Filler) >= GuardLength &&
            buffer.find_first_not_of(Filler, GuardLength + room) == std::wstring::npos;
@@ -46,8 +46,6 @@ struct Answer {
   std::wstring buffer;
   std::wstring text;
   ErrorCode status;
-  bool isUntouched;
-  bool isTerminated;
 };
 
 void checkText(const Answer& answer, const std::wstring& whole, const Findings& here) {
@@ -69,7 +67,8 @@ void checkAnswer(const Answer& answer, const Answer& whole, const Findings& here
   if (here.expect(answer.isWithinCapacity(), "writes outside of the buffer") &&
       here.expect(failed(answer.status) == failed(whole.status),
                   status + ", but " + show(whole.status) + " at capacity " + std::to_string(whole.room)) &&
-      here.expect(answer.isTerminated || (failed(answer.status) && answer.isUntouched), "no terminator, " + status) &&
+      here.expect(answer.isTerminated() || (failed(answer.status) && answer.isUntouched()),
+                  "no terminator, " + status) &&
       !failed(answer.status))
     checkText(answer, whole.text, here);
 }
@@ -81,7 +80,7 @@ void checkTexts(const CheckContext& context) {
     const auto at = [&](int32_t capacity) { return here.at("capacity " + std::to_string(capacity)); };
     const Answer whole(Getter, device, LargeCapacity);
     checkAnswer(whole, whole, at(LargeCapacity));
-    if (!failed(whole.status) && whole.isTerminated)
+    if (!failed(whole.status) && whole.isTerminated())
       here.expect(std::cmp_less(whole.text.size(), toolCapacity), show(whole.text) + " has more than the " +
                                                                       std::to_string(toolCapacity - 1) +
                                                                       " characters that tools have room for");

@@ -12,14 +12,12 @@ namespace compliance {
 
 namespace {
 
-using Task = NextProcess::Task;
-
 constexpr char End = 0;  // of all answers to a request
 
 // As it is in memory: both sides are the same program.
 struct Request {
   size_t count = 0;
-  Task tasks[3] = {};
+  NextProcess::Task tasks[3] = {};
 };
 
 std::string_view bytesOf(const Request& request) { return {reinterpret_cast<const char*>(&request), sizeof request}; }
@@ -29,18 +27,13 @@ std::string readAll(int32_t) { return textOf(takeSnapshot()); }
 // Answers requests until one has no tasks, or no process is left to ask.
 [[noreturn]] void serve(int requests, int answers, const std::function<void()>& load) {
   for (Request request; read(requests, &request, sizeof request) == sizeof request && request.count > 0;) {
-    std::vector<pid_t> processes;
-    while (processes.size() < request.count) {
-      const Task& task = request.tasks[processes.size()];
-      const pid_t process = fork();
-      if (process == 0) {
-        load();
-        base::writeAll(answers, task.act(task.number));
-        std::exit(0);
-      }
-      processes.push_back(process);
+    for (size_t i = 0; i < request.count; ++i) {
+      if (fork() != 0) continue;
+      load();
+      base::writeAll(answers, request.tasks[i].act(request.tasks[i].number));
+      std::exit(0);
     }
-    for (const pid_t process : processes) waitpid(process, nullptr, 0);
+    while (waitpid(-1, nullptr, 0) > 0) continue;
     base::writeAll(answers, {&End, 1});
   }
   std::_Exit(0);

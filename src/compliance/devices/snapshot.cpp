@@ -9,11 +9,9 @@ namespace compliance {
 
 namespace {
 
-using TextGetter = ErrorCode (*)(DeviceCtrl*, int32_t, wchar_t*);
-
 std::string prefixOf(int32_t number) { return "device " + std::to_string(number) + ": "; }
 
-std::string answerOf(TextGetter getter, DeviceCtrl* device) {
+std::string answerOf(ErrorCode (*getter)(DeviceCtrl*, int32_t, wchar_t*), DeviceCtrl* device) {
   std::wstring text(LargeCapacity, L'\0');
   const ErrorCode status = getter(device, LargeCapacity, text.data());
   return failed(status) ? show(status) : show(text.c_str());

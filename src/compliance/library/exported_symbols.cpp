@@ -41,14 +41,12 @@ bool isExported(const GElf_Sym& symbol) {
          (visibility == STV_DEFAULT || visibility == STV_PROTECTED);
 }
 
-void addNames(const File& file, Elf_Scn* section, size_t stringSection, std::vector<std::string>& names) {
+void addNames(Elf* elf, Elf_Scn* section, size_t stringSection, std::vector<std::string>& names) {
   Elf_Data* const data = elf_getdata(section, nullptr);
   GElf_Sym symbol;
   for (int i = 0; gelf_getsym(data, i, &symbol) != nullptr; ++i) {
-    if (!isExported(symbol)) continue;
-    const char* const name = elf_strptr(file.elf(), stringSection, symbol.st_name);
-    if (name == nullptr) file.refuse("has a symbol without a name");
-    names.emplace_back(name);
+    const char* const name = elf_strptr(elf, stringSection, symbol.st_name);
+    if (isExported(symbol) && name != nullptr) names.emplace_back(name);
   }
 }
 
@@ -62,7 +60,7 @@ std::vector<std::string> exportedSymbols(const std::string& path) {
   for (Elf_Scn* section = nullptr; (section = elf_nextscn(file.elf(), section)) != nullptr;) {
     GElf_Shdr header;
     if (gelf_getshdr(section, &header) != nullptr && header.sh_type == SHT_DYNSYM)
-      addNames(file, section, header.sh_link, names);
+      addNames(file.elf(), section, header.sh_link, names);
   }
   if (names.empty()) file.refuse("exports nothing that can be read");
   return names;

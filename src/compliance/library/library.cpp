@@ -24,10 +24,10 @@ namespace {
 
 // The watched functions have no room for arguments of ours.
 const LibraryTable* watchedLibrary = nullptr;
-Report* report = nullptr;
+Report* watchedReport = nullptr;
 
 // As they were before the library was loaded.
-std::optional<Surroundings> surroundings;
+std::optional<Surroundings> surroundingsBefore;
 
 // What has become of the process that the tool would notice; empty when all is well.
 std::string disturbance() {
@@ -36,7 +36,7 @@ std::string disturbance() {
   int unread = 0;
   if (ioctl(STDOUT_FILENO, FIONREAD, &unread) == 0 && unread > 0)
     return "writes to standard output, which is the tool's";
-  return surroundings->disturbance();
+  return surroundingsBefore->disturbance();
 }
 
 // Whether an operation, when it is done, has changed something that others may want to lock.
@@ -50,21 +50,22 @@ bool isChange(std::string_view operation) {
 class Call {
  public:
   explicit Call(const char* name) : name_(name) {
-    report->operation.set(name);
-    report->isCalling = true;
+    watchedReport->operation.set(name);
+    watchedReport->isCalling = true;
   }
 
   ~Call() {
     const int64_t duration = std::chrono::nanoseconds(Clock::now() - begin_).count();
-    if (duration > report->slowest) {
-      report->slowest = duration;
-      report->slowestOperation.set(name_);
+    if (duration > watchedReport->slowest) {
+      watchedReport->slowest = duration;
+      watchedReport->slowestOperation.set(name_);
     }
-    if (report->disturbance.isEmpty())
-      if (const std::string what = disturbance(); !what.empty()) report->disturbance.set(what + ", during " + name_);
-    if (isChange(name_)) report->change.set(name_);
-    report->isCalling = false;
-    ++report->calls;
+    if (watchedReport->disturbance.isEmpty())
+      if (const std::string what = disturbance(); !what.empty())
+        watchedReport->disturbance.set(what + ", during " + name_);
+    if (isChange(name_)) watchedReport->change.set(name_);
+    watchedReport->isCalling = false;
+    ++watchedReport->calls;
   }
 
  private:
@@ -78,13 +79,13 @@ class Call {
 [[noreturn]] void endWithException() {
   const std::type_info* const type = abi::__cxa_current_exception_type();
   const std::string name = type == nullptr ? "what is no C++ exception" : base::demangled(type->name());
-  report->isCalling = true;
+  watchedReport->isCalling = true;
   try {
     throw;
   } catch (const std::exception& exception) {
-    report->thrown.set(name + ": " + exception.what());
+    watchedReport->thrown.set(name + ": " + exception.what());
   } catch (...) {
-    report->thrown.set(name);
+    watchedReport->thrown.set(name);
   }
   _exit(0);
 }
@@ -99,28 +100,26 @@ auto callWatched(const char* name, const Operation& operation) {
   }
 }
 
-FunctionTable watchedFunctions() {
-  FunctionTable table{};
+constexpr FunctionTable WatchedFunctions = {
 #define VELQ_FUNCTION(result, name, parameters, arguments)                                \
-  table.name = [] parameters -> result {                                                  \
+  .name = [] parameters -> result {                                                       \
     return callWatched(#name, [&] { return watchedLibrary->functions->name arguments; }); \
-  };
+  },
 #include <velq/operations.def>
-  return table;
-}
+};
 
-ObjectTable watchedObjects() {
-  ObjectTable table{};
+constexpr ObjectTable WatchedObjects = {
 #define VELQ_OBJECT(result, name, parameters, arguments)                                \
-  table.name = [] parameters -> result {                                                \
+  .name = [] parameters -> result {                                                     \
     return callWatched(#name, [&] { return watchedLibrary->objects->name arguments; }); \
-  };
+  },
 #include <velq/operations.def>
-  return table;
-}
+};
+
+constexpr LibraryTable WatchedTables = {.functions = &WatchedFunctions, .objects = &WatchedObjects};
 
 void startWatching() {
-  surroundings.emplace();
+  surroundingsBefore.emplace();
   // The unwinder of this program sets itself up with the first exception that it raises. Otherwise it could not catch
   // what a library throws that has a C++ runtime of its own.
   try {
@@ -131,7 +130,9 @@ void startWatching() {
 
 }  // namespace
 
-Library::Library(const std::string& path, Report& shared) : path_(std::filesystem::absolute(path)) { report = &shared; }
+Library::Library(const std::string& path, Report& shared) : path_(std::filesystem::absolute(path)) {
+  watchedReport = &shared;
+}
 
 void Library::load() {
   startWatching();
@@ -141,7 +142,7 @@ void Library::load() {
   if (dlsym(handle, Entry) == nullptr) throw std::runtime_error(path_ + ": does not export " + Entry);
   void* const first = dlsym(RTLD_DEFAULT, Entry);
   Dl_info place{};
-  if (dladdr(first, &place) != 0 && place.dli_fname != path_) report->layer.set(place.dli_fname);
+  if (dladdr(first, &place) != 0 && place.dli_fname != path_) watchedReport->layer.set(place.dli_fname);
   watchedLibrary = callWatched(Entry, reinterpret_cast<decltype(&CvxQuellisLibInitialize)>(first));
 }
 
@@ -149,12 +150,5 @@ const LibraryTable* Library::tables() const { return watchedLibrary; }
 
 }  // namespace compliance
 
-// In a tool the loader binds this to the library that the tool is linked to. Here its tables note what is called, and
-// forward it.
-const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() {
-  using namespace compliance;
-  static const FunctionTable functions = watchedFunctions();
-  static const ObjectTable objects = watchedObjects();
-  static const LibraryTable watched{.functions = &functions, .objects = &objects};
-  return &watched;
-}
+// In a tool the loader binds this to the library that the tool is linked to.
+const Automation::Velq::LibraryTable* CvxQuellisLibInitialize() { return &compliance::WatchedTables; }

@@ -26,7 +26,7 @@ constexpr int LastOfTheChecker = 10;
 
 size_t combined(size_t first, size_t second) { return first * 1000003 + second; }
 
-size_t hashOf(const char* text) { return std::hash<std::string_view>()(text == nullptr ? "" : text); }
+size_t hashOf(const char* text) { return std::hash<std::string_view>()(text); }
 
 void replaceStandardInput() {
   const int input = memfd_create("standard input", MFD_CLOEXEC | MFD_ALLOW_SEALING);

@@ -17,10 +17,8 @@ namespace {
 pid_t parentOf(pid_t process) {
   std::ifstream status("/proc/" + std::to_string(process) + "/stat");
   // The name of the program is in parentheses and may contain some.
-  pid_t parent = 0;
   std::string line;
-  if (std::getline(status, line)) parent = std::stoi(line.substr(line.rfind(')') + 4));
-  return parent;
+  return std::getline(status, line) ? std::stoi(line.substr(line.rfind(')') + 4)) : 0;
 }
 
 void killChildren() {
@@ -30,9 +28,8 @@ void killChildren() {
 
 // Whether a child is left after all that have ended were waited for.
 bool hasChildren() {
-  pid_t ended = 0;
-  do ended = waitpid(-1, nullptr, WNOHANG);
-  while (ended > 0);
+  pid_t ended = 1;
+  while (ended > 0) ended = waitpid(-1, nullptr, WNOHANG);
   return ended == 0;
 }
 

@@ -74,8 +74,7 @@ EndNote noteEnd(pid_t child, const Signals& signals, pid_t supervisor) {
 
 }  // namespace
 
-void guard(const std::function<void()>& work, const Streams& streams, const Pipe& notes, const Signals& signals,
-           pid_t supervisor) {
+void guard(const std::function<void()>& work, const Streams& streams, const Signals& signals, pid_t supervisor) {
   // A group of its own keeps the keys of the terminal, Ctrl-C and the like, with the supervisor.
   setpgid(0, 0);
   prctl(PR_SET_PDEATHSIG, SIGTERM);
@@ -87,7 +86,7 @@ void guard(const std::function<void()>& work, const Streams& streams, const Pipe
   note.leavesProcesses = !waitForDescendants(Grace);
   // Otherwise the supervisor adopts and ends those that are left.
   if (getppid() != supervisor) endDescendants();
-  _exit(write(notes.writeEnd.number(), &note, sizeof note) == sizeof note ? EXIT_SUCCESS : EXIT_FAILURE);
+  _exit(write(streams.note.writeEnd.number(), &note, sizeof note) == sizeof note ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
 }  // namespace compliance

@@ -19,11 +19,12 @@ inline constexpr size_t MostFile = size_t{1} << 30U;
 /// The last byte of a result: it leaves the buffer of a stream where those of a program are flushed, at the very end.
 inline constexpr char EndMark = 0;
 
-/// What the process of the work writes to.
+/// What the process of the work and its guardian write to.
 struct Streams {
   Pipe output;
   Pipe messages;  ///< its standard error
   Pipe result;
+  Pipe note;  ///< an EndNote, from the guardian
 };
 
 /// How the process of the work ended.
@@ -34,9 +35,9 @@ struct EndNote {
   bool leavesProcesses = false;  ///< others, which it had started, outlived it
 };
 
-/// Runs `work` in a child process, which then ends as programs end, destructors of the library included, and writes an
-/// EndNote to `notes`. Ends early, together with all descendants, when `supervisor`, its own parent, has ended.
-[[noreturn]] void guard(const std::function<void()>& work, const Streams& streams, const Pipe& notes,
-                        const Signals& signals, pid_t supervisor);
+/// Runs `work` in a child process, which then ends as programs end, destructors of the library included, and writes a
+/// note of that. Ends early, together with all descendants, when `supervisor`, its own parent, has ended.
+[[noreturn]] void guard(const std::function<void()>& work, const Streams& streams, const Signals& signals,
+                        pid_t supervisor);
 
 }  // namespace compliance

@@ -41,15 +41,13 @@ std::string nameOf(int signal) {
 // One run, from the start of its processes to their end.
 class Supervisor::Run {
  public:
-  Run(const Supervisor& supervisor, const std::string& name, bool endsBySignal)
-      : supervisor_(supervisor), name_(name), endsBySignal_(endsBySignal) {}
-
-  void start(const std::function<void()>& work) {
+  Run(const Supervisor& supervisor, const std::string& name, const std::function<void()>& work, bool endsBySignal)
+      : supervisor_(supervisor), name_(name), endsBySignal_(endsBySignal) {
     const pid_t self = getpid();
     guardian_ = fork();
     if (guardian_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
-    if (guardian_ == 0) guard(work, streams_, notes_, supervisor_.signals_, self);
-    for (Pipe* const pipe : {&notes_, &streams_.messages, &streams_.result}) {
+    if (guardian_ == 0) guard(work, streams_, supervisor_.signals_, self);
+    for (Pipe* const pipe : {&streams_.note, &streams_.messages, &streams_.result}) {
       pipe->writeEnd = {};
       fcntl(pipe->readEnd.number(), F_SETFL, O_NONBLOCK);
     }
@@ -57,7 +55,7 @@ class Supervisor::Run {
 
   Ending waitForEnd() {
     while (isGoingOn() && !takeNote()) {
-      pollfd ends[] = {{notes_.readEnd.number(), POLLIN, 0},
+      pollfd ends[] = {{streams_.note.readEnd.number(), POLLIN, 0},
                        {supervisor_.signals_.descriptor(), POLLIN, 0},
                        {streams_.messages.readEnd.number(), POLLIN, 0},
                        {streams_.result.readEnd.number(), POLLIN, 0}};
@@ -79,7 +77,7 @@ class Supervisor::Run {
   // Returns whether the guardian has ended.
   bool takeNote() {
     EndNote note;
-    const ssize_t count = read(notes_.readEnd.number(), &note, sizeof note);
+    const ssize_t count = read(streams_.note.readEnd.number(), &note, sizeof note);
     if (count == sizeof note) ending_.note = note;
     return count >= 0;
   }
@@ -157,7 +155,6 @@ class Supervisor::Run {
   const std::string name_;
   const bool endsBySignal_;
   Streams streams_;
-  Pipe notes_;
   pid_t guardian_ = 0;
   Ending ending_;
   size_t messageBytes_ = 0;
@@ -170,12 +167,11 @@ Supervisor::Supervisor(std::chrono::seconds limit, Report& report) : limit_(limi
 
 Ending Supervisor::run(const std::string& name, const std::function<void()>& work, bool endsBySignal) {
   new (&report_) Report();
-  Run run(*this, name, endsBySignal);
-  run.start([&] {
+  const auto reported = [&] {
     report_.process = getpid();
     work();
-  });
-  return run.waitForEnd();
+  };
+  return Run(*this, name, reported, endsBySignal).waitForEnd();
 }
 
 }  // namespace compliance

@@ -29,7 +29,7 @@ Report& sharedReport() {
 }
 
 // Within the process of the check. The server of the next processes starts first: it must not have the library loaded.
-void perform(const Check& check, const std::string& path, Report& report, const Snapshot& before) {
+void performHere(const Check& check, const std::string& path, Report& report, const Snapshot& before) {
   const Findings findings(report);
   Library library(path, report);
   try {
@@ -55,7 +55,7 @@ class CheckRunner {
   CheckRunner(const std::string& path, std::chrono::seconds limit, bool writes)
       : path_(path), writes_(writes), report_(sharedReport()), supervisor_(limit, report_) {}
 
-  Outcome runAll() {
+  int runAll() {
     // Without a line for the version, which prove(1) takes up to 13 only.
     print("1.." + std::to_string(std::size(AllChecks) + 1));
     for (const Check& check : AllChecks) {
@@ -64,11 +64,15 @@ class CheckRunner {
         run(check);
       else
         print("ok " + std::to_string(++count_) + " - " + check.name + " # SKIP " + need);
-      if (interruption_ != 0) return {.interruption = interruption_};
+      if (interruption_ != 0) return 128 + interruption_;
     }
     report("process-left-alone", disturbance_);
-    printSummary();
-    return {.isGood = failed_ == 0};
+    char slowest[100];
+    std::snprintf(slowest, sizeof slowest, "%.3f s, ", static_cast<double>(slowest_.first) / 1e9);
+    print("# slowest call: " + (slowest + slowest_.second));
+    print("# " + std::to_string(passed_.size()) + " ok, " + std::to_string(failed_) + " failed, " +
+          std::to_string(count_ - passed_.size() - failed_) + " not run, " + std::to_string(refusals_) + " refused");
+    return failed_ == 0 ? 0 : 1;
   }
 
  private:
@@ -103,16 +107,13 @@ class CheckRunner {
 
   // Returns what was found.
   std::string perform(const Check& check) {
-    const Ending ending = supervisor_.run(check.name, [&] { compliance::perform(check, path_, report_, before_); });
+    const Ending ending = supervisor_.run(check.name, [&] { performHere(check, path_, report_, before_); });
     // Once, for it is the same in every process.
     if (!report_.layer.isEmpty() && count_ == 0) print("# through " + report_.layer.get());
     interruption_ = ending.interruption;
     hangs_ += ending.isHung;
     if (disturbance_.empty()) disturbance_ = disturbanceIn(ending, report_);
-    if (report_.slowest > slowest_) {
-      slowest_ = report_.slowest;
-      slowestOperation_ = report_.slowestOperation.get();
-    }
+    slowest_ = std::max(slowest_, {report_.slowest, report_.slowestOperation.get()});
     if (check.run == lookFirst) before_ = snapshotOf(ending.result);
     return findingOf(ending, report_);
   }
@@ -167,24 +168,15 @@ class CheckRunner {
       if (!left.contains(fact)) print("# restored: " + fact + " " + values.wanted + ", was left at " + values.found);
   }
 
-  void printSummary() const {
-    char slowest[100];
-    std::snprintf(slowest, sizeof slowest, "%.3f s, ", static_cast<double>(slowest_) / 1e9);
-    print("# slowest call: " + (slowest + slowestOperation_));
-    print("# " + std::to_string(passed_.size()) + " ok, " + std::to_string(failed_) + " failed, " +
-          std::to_string(count_ - passed_.size() - failed_) + " not run, " + std::to_string(refusals_) + " refused");
-  }
-
   const std::string path_;
   const bool writes_;
   Report& report_;
   Supervisor supervisor_;
   Snapshot before_;
   std::set<std::string> passed_;
-  std::string disturbance_;       // the first of any check
-  std::string slowestOperation_;  // of all checks
-  int64_t slowest_ = 0;           // in nanoseconds
-  size_t count_ = 0;              // of all checks that were reported, also those that were not run
+  std::string disturbance_;                  // the first of any check
+  std::pair<int64_t, std::string> slowest_;  // the duration of a call in nanoseconds, and its operation
+  size_t count_ = 0;                         // of all checks that were reported, also those that were not run
   size_t failed_ = 0;
   size_t refusals_ = 0;
   size_t hangs_ = 0;
@@ -194,7 +186,7 @@ class CheckRunner {
 
 }  // namespace
 
-Outcome runChecks(const std::string& path, std::chrono::seconds limit, bool writes) {
+int runChecks(const std::string& path, std::chrono::seconds limit, bool writes) {
   return CheckRunner(path, limit, writes).runAll();
 }
 

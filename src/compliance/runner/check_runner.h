@@ -7,14 +7,10 @@
 
 namespace compliance {
 
-/// How all checks together ended.
-struct Outcome {
-  bool isGood = false;   ///< no check has failed
-  int interruption = 0;  ///< the signal with which the user has ended them; 0 for none
-};
-
 /// Checks the library in the file `path`. A call may take `limit`. Checks that change devices run only if `writes`, and
-/// the devices are restored after each that has not passed. Throws std::system_error, also when nothing can be printed.
-Outcome runChecks(const std::string& path, std::chrono::seconds limit, bool writes);
+/// the devices are restored after each that has not passed. Returns 0 when no check has failed, 1 otherwise, and 128
+/// plus the number of the signal with which the user has ended them. Throws std::system_error, also when nothing can be
+/// printed.
+int runChecks(const std::string& path, std::chrono::seconds limit, bool writes);
 
 }  // namespace compliance
