@@ -113,19 +113,12 @@ const LibraryTable& sound() {
 const LibraryTable& good = sound();
 FunctionTable functions = *good.functions;
 
-void listNoChildren(Table&) {
-  functions.CvxFusionDeviceGetChildren = [](int32_t number, int32_t* count, int32_t*) {
-    return *count = 0, number == BoardNumber ? Success : ErrorNotOffered;
-  };
-}
-
 const std::map<std::string, void (*)(Table&)> Faults = {
     {"constructor", [](auto&) {}},
     {"destructor", [](auto&) {}},
     {"last words", [](auto&) {}},
     {"silent end", [](auto&) {}},
     {"exit", actWhenAsked<[] { std::exit(0); }>},
-    {"signal", actWhenAsked<[] { std::raise(SIGSEGV); }>},
     {"throw", actWhenAsked<[] { throw std::runtime_error("no board"); }>},
     {"hang", actWhenAsked<[] { pause(); }>},
     {"throw a number", actWhenAsked<[] { throw 1; }>},
@@ -141,7 +134,6 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"prints without end", actWhenAsked<[] { while (true) std::puts("asked"), std::fflush(stdout); }>},
     {"takes memory", actWhenAsked<[] { while (true) std::memset(std::malloc(1 << 20), 1, 1 << 20); }>},
     {"takes too much memory", actWhenAsked<[] { operator delete(operator new(size_t{3} << 30)); }>},
-    {"large file", actWhenAsked<[] { return void(ftruncate(memfd_create("large", 0), off_t{1} << 40) == 0); }>},
     {"leaves processes", actWhenAsked<[] { if (fork() == 0) setsid(), fork(), pause(); }>},
     {"print", actWhenAsked<[] { std::puts("asked"); }>},
     {"folder", actWhenAsked<[] { std::filesystem::current_path("/"); }>},
@@ -170,7 +162,6 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"any device", openWhere<[](auto, auto*, auto) { return true; }>},
     {"no fusion mode",
      openWhere<[](auto number, auto* text, auto mode) { return mode != AccessFusion && isBoard(number, text); }>},
-    {"negative number", openWhere<[](auto number, auto* text, auto) { return isBoard(std::max(number, -1), text); }>},
     {"alike", openWhere<[](auto number, auto* text, auto) {
        return number != -1 ? isBoard(number, text) : text != nullptr && wcsncasecmp(text, AtStart.description, 12) == 0;
      }>},
@@ -206,8 +197,6 @@ const std::map<std::string, void (*)(Table&)> Faults = {
      }, &Table::FirmwareCtrls_getFirmwares, &Table::CalibrationCtrl_getSolutions,
         &Table::CalibrationSolution_getSections,
         &Table::CalibrationSection_getItems>},
-    {"bad end", answer<[](auto*) { return std::atexit(std::abort), addressList.handle(); },
-                       &Table::DeviceCtrl_getBaseAddresses, &Table::DeviceCtrl_getInterrupts>},
     {"unbound device", answer<[](auto*) { return handleOf<DeviceCtrl>(boardObject); }, &Table::DaqCtrlBase_getDevice>},
     {"unbound solutions", answer<[](auto* control) { return controlOf(control).items.handle(); },
                                  &Table::CalibrationCtrl_getSolutions>},
@@ -248,24 +237,13 @@ const std::map<std::string, void (*)(Table&)> Faults = {
          return setSelectedDevice(control, record);
        };
      }},
-    {"one text", [](auto& table) {
-       haveCommonTexts(table);
-       table.DaqCtrlBase_Create = [](auto) { return ++letters[0], handleOf<DaqCtrlBase>(controls.emplace_back()); };
-     }},
-    {"earlier texts", answer<[](auto*) {
-       static std::list<std::wstring> said;
-       std::fill(said.begin(), said.end(), L"?");
-       return said.emplace_back(L"0").c_str();
-     }, &Table::FirmwareItem_getDescription, &Table::FirmwareItem_getVersion, &Table::CalibrationSolution_getName>},
-    {"null texts", [](auto& table) { common = nullptr, haveCommonTexts(table); }},
-    {"other number", spoilRecord<[](auto* record) { record->DeviceNumber = 1; }>},
     {"other mode", spoilRecord<[](auto* record) { record->OpenMode = AccessDevice; }>},
-    {"module index", spoilRecord<[](auto* record) { record->ModuleIndex = 1; }>},
     {"old record", spoilRecord<[](auto* record) { std::wcscpy(record->Description, AtStart.description); }>},
     {"long record", spoilRecord<[](auto* record) { record[1].DeviceNumber = 0; }>},
-    {"no group", listNoChildren},
-    {"no children", [](auto& table) {
-       listNoChildren(table);
+    {"no children", [](auto&) {
+       functions.CvxFusionDeviceGetChildren = [](int32_t number, int32_t* count, int32_t*) {
+         return *count = 0, number == BoardNumber ? Success : ErrorNotOffered;
+       };
        functions.CvxIsFusionDevice = [](int32_t number) { return number == BoardNumber ? Success : ErrorNotOffered; };
      }},
     {"codes", answer<[](auto*, auto*, auto*, uint32_t* codes) { return codes[15] = 0, CalibrationFailed; },
@@ -273,10 +251,8 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"address by id", answer<[](auto*) {
        return baseAddresses[0] = static_cast<uint64_t>(readBoard().id), addressList.handle();
      }, &Table::DeviceCtrl_getBaseAddresses>},
-    {"name by id", answer<[](auto*) { return Versions[readBoard().id % 10]; }, &Table::CalibrationSolution_getName>},
     {"chip by id", answer<[](auto* control) { return readBoard().id == 0 ? nullptr : itemsOf(control); },
                           &Table::FirmwareCtrls_getFirmwares>},
-    {"version by id", answer<[](auto*) { return Versions[readBoard().id % 10]; }, &Table::FirmwareItem_getVersion>},
     {"no way back", setText<[](auto* device, int32_t count, auto* text) {
        return std::wcscmp(text, AtStart.description) == 0 ? ErrorNotOffered : setDescription(device, count, text);
      }>},
