@@ -69,13 +69,13 @@ void openWhere(Table& table) {
 }
 
 wchar_t letters[] = L"0";
-const wchar_t* common = letters;
 
 // All texts but those that tell one chip or solution from another.
 constexpr auto haveCommonTexts =
-    answer<[](auto*) { return common; }, &Table::FirmwareItem_getNotice, &Table::CalibrationSolution_getDescription,
-           &Table::CalibrationSolution_getInstruction, &Table::CalibrationSection_getDescription,
-           &Table::CalibrationSection_getInstruction, &Table::CalibrationItem_getName>;
+    answer<[](auto*) -> const wchar_t* { return letters; }, &Table::FirmwareItem_getNotice,
+           &Table::CalibrationSolution_getDescription, &Table::CalibrationSolution_getInstruction,
+           &Table::CalibrationSection_getDescription, &Table::CalibrationSection_getInstruction,
+           &Table::CalibrationItem_getName>;
 
 template <ErrorCode (*Set)(DeviceCtrl*, int32_t count, const wchar_t*)>
 constexpr auto setText = answer<Set, &Table::DeviceCtrl_setDescription>;
@@ -119,6 +119,7 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"last words", [](auto&) {}},
     {"silent end", [](auto&) {}},
     {"exit", actWhenAsked<[] { std::exit(0); }>},
+    {"signal", actWhenAsked<[] { std::raise(SIGRTMIN); }>},
     {"throw", actWhenAsked<[] { throw std::runtime_error("no board"); }>},
     {"hang", actWhenAsked<[] { pause(); }>},
     {"throw a number", actWhenAsked<[] { throw 1; }>},
@@ -251,6 +252,7 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"address by id", answer<[](auto*) {
        return baseAddresses[0] = static_cast<uint64_t>(readBoard().id), addressList.handle();
      }, &Table::DeviceCtrl_getBaseAddresses>},
+    {"name by id", answer<[](auto*) { return Versions[readBoard().id % 10]; }, &Table::CalibrationSolution_getName>},
     {"chip by id", answer<[](auto* control) { return readBoard().id == 0 ? nullptr : itemsOf(control); },
                           &Table::FirmwareCtrls_getFirmwares>},
     {"no way back", setText<[](auto* device, int32_t count, auto* text) {
@@ -265,7 +267,6 @@ const std::map<std::string, void (*)(Table&)> Faults = {
     {"needs the terminator",
      setText<[](auto* device, int32_t count, auto* text) { return setDescription(device, count - 1, text); }>},
     {"no id back", setId<[](int32_t id) { return id == 0 || id != (id & 15) ? ErrorNotOffered : keepId(id); }>},
-    {"says no but does", setId<[](int32_t id) { return keepId(id), ErrorNotOffered; }>},
     {"forgets others", setId<[](int32_t id) { return id != (id & 15) ? ErrorNotOffered : keepIdAlone(id); }>},
     {"crashes in a change", setId<[](int32_t id) { return keepId(id), id == 3 ? raise(SIGSEGV) : 0, Success; }>},
     {"crashes for good", setId<[](int32_t id) {

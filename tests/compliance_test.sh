@@ -106,7 +106,6 @@ while IFS='|' read -r fault line fails; do
 done <<'END'
 DeviceCtrl_getInstalledDevices=null|device-list: null, list of installed devices
 Array_getLength=-1|device-list: length -1, list of installed devices
-Array_getLength=10000001|device-list: length 10000001, list of installed devices
 Array_getLength=0|device-list: no device to check, list of installed devices
 Array_getLength#2=9|device-list: length 6, and 9 when requested again, list of installed devices
 Array_getLength#4=4|device-list: other addresses when requested again, list of installed devices
@@ -144,6 +143,7 @@ DeviceCtrl_getBoardId#15=9|devices-side-by-side: device 7: board id is 9, not 1,
 DeviceCtrl_getBoardId#2=9|devices-side-by-side: device 0: board id is 9, not 0, when opened with AccessFusion
 DeviceCtrl_getBoardId#28=9|devices-side-by-side: device 6: board id is 9, not 0, while other devices are open
 DeviceCtrl_getBoardId#31=9|devices-side-by-side: device 0: board id is 9, not 0, after another opening of it was
+DeviceCtrl_getBoardId#32=9|devices-side-by-side: device 0: board id is 9, not 0, after another device was disposed of
 DeviceCtrl_setDescription#2=0|write-description: device 0: description is "QA-3216,BID#0", not "velq-compliance 1"
 DeviceCtrl_setDescription#12=0|write-description: takes "QD-0096,BID#2", device "QA-3216,BID#0"
 DeviceCtrl_setBoardId=0|write-board-id: device 0: board id is 0, not 1, device "Minimal board", after a change of the board id
@@ -162,6 +162,7 @@ constructor|load: ends the process with SIGABRT during dlopen()
 destructor|process-left-alone: ends the process with SIGABRT during exit()
 last words|process-left-alone: writes to standard output
 exit|first-look: ends the process with status 0 during DeviceCtrl_getProductId
+signal|first-look: ends the process with signal 34 during DeviceCtrl_getProductId
 throw|first-look: lets an exception out during DeviceCtrl_getProductId: std::runtime_error
 throw a number|first-look: lets an exception out during DeviceCtrl_getProductId: int
 hang|first-look: does not return within 5 s, during DeviceCtrl_getProductId
@@ -219,12 +220,13 @@ several: first chips|control-rebinding: device 2: chip 0, description is "Bus FP
 refuses what it binds|control-binding: has a device although it is not bound, device "Minimal board", firmware
 no children|fusion-children: 0 children, device "Minimal board"
 stays bound|control-rebinding: has a device although it is not bound, firmware control, record of number 2147483647
-other mode|control-binding: has the record of number 0, mode 1, module index 0, description "Minimal board", device "Minimal board", firmware control
+other mode|control-binding: has the record of number 0, mode 1, module index 0, description "Minimal board", not the record
 old record|write-description: is described "Minimal board" in the record of a firmware control that was bound before
 long record|control-binding: writes behind the record, device "Minimal board", firmware control
 rebinding|returned-stays-after-rebinding: firmware control bound to device 0: chip 0, notice reads "1", not "0"
 address by id|write-board-id: device 0: base addresses is 1 , not 0 , device "Minimal board", after a change of the board id
 binds what it refuses|control-unknown: has a device although it is not bound, firmware control
+name by id|write-board-id: device 0: solution 0, name is "1", not "0", device "Minimal board", after a change of the
 chip by id|write-board-id: device 0: chip 0, description is "Bus FPGA", not nothing, device "Minimal board", after
 codes|calibration: writes more than 15 codes, device "Minimal board", solution 0, section 0, item 0
 cuts a description|write-description: takes "mmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmm"
@@ -232,7 +234,6 @@ no way back|write-description: the old description is refused, status 0xe0000001
 warns of a change|write-description: device 0: description is "velq-compliance 1", not "Minimal board", device "Minimal board", after a
 no id back|write-board-id: the old board id is refused, status 0xe0000001, device "Minimal board"
 needs the terminator|write-description: device 0: description is "velq-compliance ", not "velq-compliance 1", device "Minimal board"
-says no but does|write-board-id: device 0: board id is 1, not 0, device "Minimal board", after a change of the board id to 1
 forgets others|write-from-two-processes: description of device 0 in the list is "Minimal board", not
 next process|write-board-id: device 0: board id is 0, not 2147483647, device "Minimal board", in the next process after
 END

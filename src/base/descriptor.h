@@ -31,7 +31,7 @@ class Descriptor {
   /// As open(2), not inherited by other programs. On failure isOpen() is false and errno says why.
   Descriptor(const std::string& path, int flags, mode_t mode = 0);
 
-  /// An open file, which is this object's from now on.
+  /// An open file above 2, which is closed with this object.
   explicit Descriptor(int number) : number_(number) {}
 
   Descriptor(Descriptor&& other) noexcept;

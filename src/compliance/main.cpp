@@ -94,9 +94,9 @@ int check(const Options& options) {
   const int status = runChecks(options.library, options.limit, options.writes);
   if (status > 128) {
     std::signal(status - 128, SIG_DFL);
+    // Returns where the caller has blocked the signal.
     std::raise(status - 128);
   }
-  // Also where the signal is blocked.
   return status;
 }
 

@@ -39,7 +39,7 @@ inline std::string escaped(const wchar_t* wide, size_t longest = SIZE_MAX) {
   return shown + '"';
 }
 
-/// The string that escaped() shows so, without a limit.
+/// The string of which escaped() returned `shown`: neither null nor cut.
 inline std::wstring unescaped(const std::string& shown) {
   std::wstring wide;
   for (size_t i = 1; i + 1 < shown.size(); ++i) {

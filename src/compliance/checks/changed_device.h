@@ -18,7 +18,8 @@ class ChangedDevice {
   void wantDescription(const std::wstring& text);
   void wantBoardId(int32_t id) { wanted_[boardIdFact(number_)] = std::to_string(id); }
 
-  /// Changes it to what has to be found from now on, if the library takes it.
+  /// Changes the description or the board id, which has to be found from now on if the library takes it: with Success,
+  /// and a board id also with a warning. Returns the library's status.
   ErrorCode rename(const std::wstring& text, bool countsTerminator = true);
   ErrorCode renumber(int32_t id);
 

@@ -44,7 +44,7 @@ void expectBound(DaqCtrlBase* control, const DeviceInformation& wanted, const Fi
   const ErrorCode status = DaqCtrlBase_getSelectedDevice(control, &answer.record);
   here.expect(!failed(status), "status " + show(status) + " for the record of the bound device");
   here.expect(answer.isGuardIntact(), "writes behind the record");
-  here.expect(shown(answer.record) == shown(wanted), "has the " + shown(answer.record));
+  here.expect(shown(answer.record) == shown(wanted), "has the " + shown(answer.record) + ", not the " + shown(wanted));
   DeviceCtrl* const device = DaqCtrlBase_getDevice(control);
   if (!here.expect(device != nullptr, "has no device although it is bound")) return;
   here.expect(DaqCtrlBase_getDevice(control) == device, "has another device when requested again");

@@ -20,10 +20,10 @@ void expectUnknown(int32_t number, const wchar_t* description, const Findings& f
 
 // Descriptions near one that is there.
 std::vector<std::wstring> variationsOf(const std::wstring& description) {
-  std::wstring upper = description, lower = description, shorter = description;
+  std::wstring upper = description, lower = description;
   for (wchar_t& c : upper) c = static_cast<wchar_t>(std::towupper(static_cast<wint_t>(c)));
   for (wchar_t& c : lower) c = static_cast<wchar_t>(std::towlower(static_cast<wint_t>(c)));
-  shorter.pop_back();
+  const std::wstring shorter = description.substr(0, description.size() - 1);
   return {upper, lower, description + L"x", L" " + description, description + L" ", shorter};
 }
 

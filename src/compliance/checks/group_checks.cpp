@@ -143,7 +143,7 @@ void checkGroups(const CheckContext& context) {
   Array* const list = DeviceCtrl_getInstalledDevices();
   const std::vector<std::wstring> listedBefore = descriptionsIn(list);
   for (const int32_t number : groups.devices())
-    if (CvxIsFusionDevice(number) == Success) tryRefusals(groups, number, childrenOf(number).front());
+    if (CvxIsFusionDevice(number) == Success) tryRefusals(groups, number, sortedChildrenOf(number).front());
   if (!tryOneAfterTheOther(groups)) tryAtOnce(groups);
   for (const int32_t number : unusedNumbers()) groups.expectNoGroupOf({number});
   groups.expectNoGroupOf({-1});

@@ -6,7 +6,8 @@ namespace compliance {
 
 Groups::~Groups() {
   for (const int32_t number : used_)
-    if (const Children left = childrenOf(number); !left.empty()) callWith(left, CvxFusionDeviceRemoveChildren, number);
+    if (const Children left = sortedChildrenOf(number); !left.empty())
+      callWith(left, CvxFusionDeviceRemoveChildren, number);
 }
 
 std::optional<int32_t> Groups::create(const Children& children) {
@@ -73,7 +74,7 @@ void Groups::look(const std::string& after) {
     const bool isThere = group != groups_.end();
     here.expect((CvxIsFusionDevice(number) == Success) == isThere,
                 isThere ? "is not reported as a fusion device" : "is a fusion device without a child");
-    const Children wanted = isThere ? group->second.sortedChildren() : Children(), found = childrenOf(number);
+    const Children wanted = isThere ? group->second.sortedChildren() : Children(), found = sortedChildrenOf(number);
     here.expect(found == wanted, "has the children " + show(found) + ", not " + show(wanted));
     const OpenDevice opened = openDevice(number, nullptr, AccessFusion);
     here.expect((opened != nullptr) == isThere,

@@ -42,6 +42,7 @@ class Groups {
   /// Tries to remove what has to be refused.
   void expectNotRemoved(int32_t number, const Children& removed);
 
+  /// Outside of all groups.
   const Findings& findings() const { return context_.findings; }
 
   /// At the group of this number.

@@ -18,7 +18,7 @@ constexpr int FewestRounds = 5;
 constexpr std::chrono::milliseconds ShortestTime{500};
 constexpr Clock::duration ShortestPause = std::chrono::milliseconds(2);
 
-// An answer, in none of the others.
+// One character that no other answer has in it, for it has to be found among several.
 constexpr const char* Refused = "-";
 
 std::wstring nameFor(int32_t number, int state) {
@@ -76,7 +76,6 @@ std::string renumberOften(int32_t number) {
 
 // Groups the first device that can be, and that no other process has grouped.
 std::string regroupOne(int32_t) {
-  std::string lost = Refused;
   for (const int32_t child : listedNumbers()) {
     int32_t group = 0;
     const auto change = [&](int state) {
@@ -84,10 +83,12 @@ std::string regroupOne(int32_t) {
              (state == 0 ? CvxFusionDeviceRemoveChildren(group, 1, &child) : CvxFusionDeviceCreate(1, &child, &group));
     };
     // The number of a group that has ended may be that of another process's by now.
-    const auto isThere = [&](int state) { return state == 0 || childrenOf(group) == std::vector<int32_t>{child}; };
-    if (lost == Refused) lost = changeOften(change, isThere);
+    const auto isThere = [&](int state) {
+      return state == 0 || sortedChildrenOf(group) == std::vector<int32_t>{child};
+    };
+    if (const std::string lost = changeOften(change, isThere); lost != Refused) return lost;
   }
-  return lost == Refused ? "" : lost;
+  return "";
 }
 
 // Reads all the time: what is there before a change, or after it.
@@ -135,12 +136,13 @@ void checkSharing(const CheckContext& context) {
     if (isTried) return;
     const std::wstring description = descriptionOf(device.handle());
     const int32_t id = DeviceCtrl_getBoardId(device.handle());
-    isTried = tryInTurn(device, id == 0 ? 1 : 0, context.next);
+    isTried = tryInTurn(device, id == 1 ? 0 : 1, context.next);
     if (isTried)
       tryAtOnce(device, context.next);
     else
       device.findings().refuse();
     device.rename(description);
+    device.look("the old description was restored in a handle that was open before");
     device.renumber(id);
     device.lookAround("what several processes have changed was restored");
   });

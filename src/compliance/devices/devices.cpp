@@ -9,7 +9,7 @@ std::vector<int32_t> listedNumbers() {
   return numbers;
 }
 
-std::vector<int32_t> childrenOf(int32_t fusionNumber) {
+std::vector<int32_t> sortedChildrenOf(int32_t fusionNumber) {
   std::vector<int32_t> children = reading::childrenOf(fusionNumber);
   std::sort(children.begin(), children.end());
   return children;
@@ -46,7 +46,7 @@ OpenControl bindToEach(Scenario scenario, const std::function<void(DaqCtrlBase*,
   for (const int32_t number : numbers) {
     const bool isNew = control == nullptr;
     if (isNew) control = openControl(scenario, number);
-    if (control != nullptr) visit(control.get(), number, isNew || bind(control.get(), number));
+    if (control != nullptr) visit(control.get(), number, isNew || reading::bind(control.get(), number));
   }
   return control;
 }

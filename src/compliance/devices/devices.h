@@ -30,7 +30,7 @@ inline constexpr Scenario Scenarios[] = {ScenarioFirmware, ScenarioCalibration};
 std::vector<int32_t> listedNumbers();
 
 /// The children of a fusion device in order of their numbers; empty when it has none or the library refuses.
-std::vector<int32_t> childrenOf(int32_t fusionNumber);
+std::vector<int32_t> sortedChildrenOf(int32_t fusionNumber);
 
 /// Numbers that no listed device has: all around those that are listed, and far from them.
 std::set<int32_t> unusedNumbers();

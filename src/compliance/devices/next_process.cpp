@@ -36,6 +36,7 @@ std::string readAll(int32_t) { return textOf(takeSnapshot()); }
     while (waitpid(-1, nullptr, 0) > 0) continue;
     base::writeAll(answers, {&End, 1});
   }
+  base::writeAll(answers, {&End, 1});
   std::_Exit(0);
 }
 
@@ -55,11 +56,11 @@ NextProcess::NextProcess(const std::function<void()>& load) {
   answers_.writeEnd = {};
 }
 
-// Waits for the server, which would be left behind otherwise.
+// Waits for the end of the server, which would be left behind otherwise.
 NextProcess::~NextProcess() {
-  constexpr int LongestWaitMilliseconds = 2000;
+  constexpr int LongestWaitMilliseconds = 10'000;
   requests_.writeEnd.write(bytesOf({}));
-  pollfd end{answers_.readEnd.number(), 0, 0};
+  pollfd end{answers_.readEnd.number(), POLLIN, 0};
   poll(&end, 1, LongestWaitMilliseconds);
 }
 

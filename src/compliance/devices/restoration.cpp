@@ -14,11 +14,11 @@ std::vector<int32_t> without(std::vector<int32_t> numbers, const std::vector<int
 // Before the names: a new fusion device has to have its number before it is renamed.
 void restoreGroups(const Snapshot& before) {
   for (const int32_t number : listedNumbers()) {
-    const std::vector<int32_t> added = without(childrenOf(number), numbersIn(before, childrenFact(number)));
+    const std::vector<int32_t> added = without(sortedChildrenOf(number), numbersIn(before, childrenFact(number)));
     if (!added.empty()) callWith(added, CvxFusionDeviceRemoveChildren, number);
   }
   for (int32_t number : numbersIn(before)) {
-    const std::vector<int32_t> removed = without(numbersIn(before, childrenFact(number)), childrenOf(number));
+    const std::vector<int32_t> removed = without(numbersIn(before, childrenFact(number)), sortedChildrenOf(number));
     if (removed.empty()) continue;
     if (CvxIsFusionDevice(number) == Success)
       callWith(removed, CvxFusionDeviceAddChildren, number);

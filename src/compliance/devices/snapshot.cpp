@@ -61,7 +61,7 @@ Snapshot factsOf(DeviceCtrl* device) {
                  {prefix + "base addresses", answerOf<uint64_t>(DeviceCtrl_getBaseAddresses(device))},
                  {prefix + "interrupts", answerOf<int32_t>(DeviceCtrl_getInterrupts(device))},
                  {prefix + "fusion status", show(CvxIsFusionDevice(number))},
-                 {childrenFact(number), show(childrenOf(number))}};
+                 {childrenFact(number), show(sortedChildrenOf(number))}};
   for (const Scenario scenario : Scenarios)
     if (const OpenControl control = openControl(scenario, number))
       facts.merge(itemFactsOf(scenario, control.get(), number));

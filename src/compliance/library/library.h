@@ -10,14 +10,14 @@
 namespace compliance {
 
 /// A library that is loaded until the process ends. One that is before it in the order of the loader, such as a
-/// preloaded probe, is called in its place. There is one in a process.
-/// Calls through <velq/velq.h> are noted in a report; an exception that one lets out ends the process.
+/// preloaded probe, is called in its place. There is one in a process. An exception that a call through <velq/velq.h>
+/// lets out ends the process.
 class Library {
  public:
   /// The one symbol that a library exports.
   static constexpr const char* Entry = "CvxQuellisLibInitialize";
 
-  /// Loads nothing yet.
+  /// Loads nothing yet. Every call is noted in `report`, which lives until the process ends.
   Library(const std::string& path, Report& report);
 
   /// Loads the file and gets its tables, which may be incomplete. Throws std::runtime_error with the message of the

@@ -6,13 +6,11 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <clocale>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
-#include <string_view>
 
 namespace compliance {
 
@@ -92,14 +90,14 @@ constexpr std::pair<const char*, size_t (*)()> Aspects[] = {
        return size_t{timerisset(&timer.it_value)};
      }}};
 
-std::vector<std::pair<std::string, size_t>> presentState() {
-  std::vector<std::pair<std::string, size_t>> state;
-  for (const auto& [change, read] : Aspects) state.emplace_back(change, read());
+// Passes each value to `visit`, and in two parts what a change of it is called. Nothing is allocated: this is done in
+// every call, also when memory is used up.
+template <typename Visit>
+void readAll(const Visit& visit) {
+  for (const auto& [change, read] : Aspects) visit(read(), change, "");
   for (int number = STDERR_FILENO + 1; number <= LastOfTheChecker; ++number)
-    state.emplace_back("closes or changes what it did not open", descriptor(number));
-  for (const int signal : WatchedSignals)
-    state.emplace_back(std::string("takes over SIG") + sigabbrev_np(signal), actionOf(signal));
-  return state;
+    visit(descriptor(number), "closes or changes what it did not open", "");
+  for (const int signal : WatchedSignals) visit(actionOf(signal), "takes over SIG", sigabbrev_np(signal));
 }
 
 }  // namespace
@@ -108,14 +106,17 @@ Surroundings::Surroundings() {
   replaceStandardInput();
   // From now on all of them are open, and not the library's.
   for (int number = STDERR_FILENO + 1; number <= LastOfTheChecker; ++number)
-    if (descriptor(number) == 0) dup2(STDIN_FILENO, number);
-  before_ = presentState();
+    if (descriptor(number) == 0) dup3(STDIN_FILENO, number, O_CLOEXEC);
+  readAll([this](size_t value, auto...) { before_.push_back(value); });
 }
 
 std::string Surroundings::disturbance() const {
-  const auto now = presentState();
-  const auto changed = std::mismatch(now.begin(), now.end(), before_.begin()).first;
-  return changed == now.end() ? "" : changed->first;
+  std::string first;
+  auto before = before_.begin();
+  readAll([&](size_t value, const char* change, const char* what) {
+    if (value != *before++ && first.empty()) first = std::string(change) + what;
+  });
+  return first;
 }
 
 }  // namespace compliance

@@ -10,8 +10,8 @@ namespace compliance {
 namespace {
 
 std::string shown(int status) {
-  if (!WIFSIGNALED(status)) return "ends the process with status " + std::to_string(WEXITSTATUS(status));
-  return std::string("ends the process with SIG") + sigabbrev_np(WTERMSIG(status));
+  return "ends the process with " +
+         (WIFSIGNALED(status) ? nameOf(WTERMSIG(status)) : "status " + std::to_string(WEXITSTATUS(status)));
 }
 
 // Which of the limits of a check may be the reason for its end; empty when none is.
@@ -49,6 +49,11 @@ std::string disturbanceIn(const Ending& ending, const Report& report) {
   if (ending.note->status != 0) return shown(ending.note->status) + " during exit()";
   if (!ending.isFlushed) return "ends the process before the tool's output is written, during exit()";
   return ending.note->leavesProcesses ? "leaves processes behind" : "";
+}
+
+std::string nameOf(int signal) {
+  const char* const name = sigabbrev_np(signal);
+  return name == nullptr ? "signal " + std::to_string(signal) : std::string("SIG") + name;
 }
 
 std::string counted(const std::string& first, unsigned count) {

@@ -26,7 +26,10 @@ std::string findingOf(const Ending& ending, const Report& report);
 /// What the library has done to the process that is not its business; empty when nothing.
 std::string disturbanceIn(const Ending& ending, const Report& report);
 
-/// The first of several, and how many more there are.
+/// "SIGTERM", or "signal 34" for one without a name.
+std::string nameOf(int signal);
+
+/// The first of `count` things, and how many more there are.
 std::string counted(const std::string& first, unsigned count);
 
 }  // namespace compliance

@@ -35,8 +35,9 @@ struct EndNote {
   bool leavesProcesses = false;  ///< others, which it had started, outlived it
 };
 
-/// Runs `work` in a child process, which then ends as programs end, destructors of the library included, and writes a
-/// note of that. Ends early, together with all descendants, when `supervisor`, its own parent, has ended.
+/// Runs `work` in a child process, which then ends as programs end, destructors of the library included. Writes a note
+/// of how it ended, and ends, too. Ends early, together with all descendants, when `supervisor`, its own parent, has
+/// ended.
 [[noreturn]] void guard(const std::function<void()>& work, const Streams& streams, const Signals& signals,
                         pid_t supervisor);
 

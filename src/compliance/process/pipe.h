@@ -11,7 +11,7 @@
 
 namespace compliance {
 
-/// A pipe, not inherited by other programs.
+/// A pipe, not inherited by other programs. Each end can be closed by itself: `writeEnd = {}`.
 struct Pipe {
   /// Throws std::system_error.
   Pipe() {

@@ -4,8 +4,6 @@
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 
-#include <cstdio>
-#include <cstring>
 #include <utility>
 
 #include "base/descriptor.h"
@@ -29,11 +27,6 @@ std::string readSome(Pipe& pipe) {
   const ssize_t count = read(pipe.readEnd.number(), block, sizeof block);
   if (count == 0) pipe.readEnd = {};
   return {block, count < 0 ? 0 : static_cast<size_t>(count)};
-}
-
-std::string nameOf(int signal) {
-  const char* const name = sigabbrev_np(signal);
-  return name == nullptr ? "signal " + std::to_string(signal) : std::string("SIG") + name;
 }
 
 }  // namespace

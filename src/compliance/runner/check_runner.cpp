@@ -37,7 +37,8 @@ void performHere(const Check& check, const std::string& path, Report& report, co
     if (*check.needs != 0) library.load();
     check.run({library, next, before, findings});
   } catch (const std::exception& error) {
-    findings.at("which ends the check").expect(false, error.what());
+    const bool isOurs = dynamic_cast<const std::system_error*>(&error) != nullptr;
+    findings.at(isOurs ? "in the checker" : "which ends the check").expect(false, error.what());
   }
   report.isFinished = true;
   report.operation.set("exit()");
@@ -135,7 +136,6 @@ class CheckRunner {
     const auto loaded = [&] {
       Library(path_, report_).load();
       work();
-      report_.isFinished = true;
     };
     const Ending ending = supervisor_.run("restoring", loaded, EndsBySignal);
     if (interruption_ == 0) interruption_ = ending.interruption;
@@ -144,13 +144,12 @@ class CheckRunner {
 
   // All that can be read; an empty result where the process has ended early.
   Ending look() {
-    return runLoaded([] { base::writeAll(ResultDescriptor, textOf(takeSnapshot())); });
+    return runLoaded([this] { report_.isFinished = base::writeAll(ResultDescriptor, textOf(takeSnapshot())); });
   }
 
   // What such a look, after a check that writes, shows to be otherwise than before; empty when nothing is.
   std::string lossIn(const Ending& look) {
-    if (!look.result.empty())
-      expectSame(before_, snapshotOf(look.result), Findings(report_, "after the process has ended"));
+    expectSame(before_, snapshotOf(look.result), Findings(report_, "after the process has ended"));
     return findingOf(look, report_);
   }
 
