@@ -114,7 +114,8 @@ bool tryInTurn(ChangedDevice& device, int32_t otherId, const NextProcess& next) 
   return true;
 }
 
-void tryAtOnce(ChangedDevice& device, const NextProcess& next) {
+// `description` is the one before all changes.
+void tryAtOnce(ChangedDevice& device, const std::wstring& description, const NextProcess& next) {
   const int32_t number = device.number();
   std::string lost = next.perform({{renameOften, number}, {renumberOften, number}, {readOften, number}}) +
                      next.perform({{renumberOften, number}, {regroupOne, 0}, {regroupOne, 0}});
@@ -125,6 +126,8 @@ void tryAtOnce(ChangedDevice& device, const NextProcess& next) {
   device.wantDescription(nameFor(number, 0));
   device.wantBoardId(0);
   device.lookAround("several processes have changed it at once");
+  device.rename(description);
+  device.look("they have changed it and this process has renamed it with a handle that was open before");
 }
 
 }  // namespace
@@ -138,11 +141,10 @@ void checkSharing(const CheckContext& context) {
     const int32_t id = DeviceCtrl_getBoardId(device.handle());
     isTried = tryInTurn(device, id == 1 ? 0 : 1, context.next);
     if (isTried)
-      tryAtOnce(device, context.next);
+      tryAtOnce(device, description, context.next);
     else
       device.findings().refuse();
     device.rename(description);
-    device.look("the old description was restored in a handle that was open before");
     device.renumber(id);
     device.lookAround("what several processes have changed was restored");
   });

@@ -132,12 +132,11 @@ class CheckRunner {
   // In a process of its own that has loaded the library.
   Ending runLoaded(const std::function<void()>& work) {
     // To its end, for a user, or timeout(1), may send more than one signal.
-    constexpr bool EndsBySignal = false;
     const auto loaded = [&] {
       Library(path_, report_).load();
       work();
     };
-    const Ending ending = supervisor_.run("restoring", loaded, EndsBySignal);
+    const Ending ending = supervisor_.run("restoring", loaded, /*endsBySignal=*/false);
     if (interruption_ == 0) interruption_ = ending.interruption;
     return ending;
   }
