@@ -78,9 +78,9 @@ expect 0 0 'ok   write-fusion: refused, not tried: fusion devices of two' \
   env --ignore-signal=INT,PIPE "$checker" --timeout 60 --write "$minimal"
 expect 0 0 "through $probe" env VELQ_FAULTS=FirmwareItem_loadFile=0xE0000019 "LD_PRELOAD=$probe" \
   "$checker" --timeout 60 "$simulator"
-for fault in 'DaqCtrlBase_Create=null|7' 'DeviceCtrl_setDescription=0xE0000001; DeviceCtrl_setBoardId=0xE0000001|4'; do
+for fault in 'DaqCtrlBase_Create=null|22' 'DeviceCtrl_setDescription=0xE0000001; DeviceCtrl_setBoardId=0xE0000001|15'; do
   expect 0 0 "$all ok, 0 failed, 0 not run, ${fault#*|} refused" env "VELQ_FAULTS=${fault%|*}" "LD_PRELOAD=$probe" \
-    "$checker" --timeout 60 --write "$minimal"
+    "$checker" --timeout 60 --write "$simulator"
 done
 expect 0 0 "$((all - 4)) ok, 0 failed, 4 not run, 0 refused" "$checker" --timeout 60 "$simulator"
 
