@@ -13,9 +13,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Of each process at least, so that they meet.
+// Of each process at least, with pauses and again without, so that they meet: where nothing is locked, the moment in
+// which a change is lost is short.
 constexpr int FewestRounds = 5;
-constexpr std::chrono::milliseconds ShortestTime{500};
+constexpr std::chrono::milliseconds TimeWithPauses{500}, ShortestTime{2000};
 constexpr Clock::duration ShortestPause = std::chrono::milliseconds(2);
 
 // One character that no other answer has in it, for it has to be found among several.
@@ -25,17 +26,19 @@ std::wstring nameFor(int32_t number, int state) {
   return L"velq-compliance " + std::to_wstring(number) + L" " + std::to_wstring(state);
 }
 
-// Changes one item of the device to its states 1 and 0 in turn, and each time opens the device a little later to look
-// whether it is there: no other process changes this item. Returns what was lost; Refused when a change was; nothing
-// otherwise, with the item in state 0.
+// Changes one item of the device to its states 1 and 0 in turn, and each time opens the device to look whether it is
+// there: no other process changes this item. Returns what was lost; Refused when a change was; nothing otherwise, with
+// the item in state 0.
 std::string changeOften(const std::function<bool(int state)>& change, const std::function<bool(int state)>& isThere) {
-  const Clock::time_point end = Clock::now() + ShortestTime;
-  for (int round = 1; round <= FewestRounds || Clock::now() < end; ++round) {
+  const Clock::time_point begin = Clock::now(), middle = begin + TimeWithPauses, end = begin + ShortestTime;
+  for (int round = 1; round <= 2 * FewestRounds || Clock::now() < end; ++round) {
     for (const int state : {1, 0}) {
-      const Clock::time_point begin = Clock::now();
+      const Clock::time_point before = Clock::now();
       if (!change(state)) return Refused;
-      // Time for a change of another process, which may write back now what it had read before.
-      std::this_thread::sleep_for(std::max(ShortestPause, 3 * (Clock::now() - begin)));
+      // Time for a change of another process, which may write back now what it had read before. Later none, so that
+      // more changes meet.
+      if (round <= FewestRounds || before < middle)
+        std::this_thread::sleep_for(std::max(ShortestPause, 3 * (Clock::now() - before)));
       if (!isThere(state)) return "a change in round " + std::to_string(round) + ", ";
     }
   }
@@ -118,7 +121,7 @@ bool tryInTurn(ChangedDevice& device, int32_t otherId, const NextProcess& next) 
 void tryAtOnce(ChangedDevice& device, const std::wstring& description, const NextProcess& next) {
   const int32_t number = device.number();
   std::string lost = next.perform({{renameOften, number}, {renumberOften, number}, {readOften, number}}) +
-                     next.perform({{renumberOften, number}, {regroupOne, 0}, {regroupOne, 0}});
+                     next.perform({{renameOften, number}, {renumberOften, number}, {regroupOne, 0}, {regroupOne, 0}});
   const bool isRefused = std::erase(lost, *Refused) > 0;
   device.findings().expect(lost.empty(), "loses " + lost + "while other processes change it");
   // What is left of their changes is unknown then.

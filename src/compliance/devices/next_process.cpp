@@ -17,7 +17,7 @@ constexpr char End = 0;  // of all answers to a request
 // As it is in memory: both sides are the same program.
 struct Request {
   size_t count = 0;
-  NextProcess::Task tasks[3] = {};
+  NextProcess::Task tasks[4] = {};
 };
 
 std::string_view bytesOf(const Request& request) { return {reinterpret_cast<const char*>(&request), sizeof request}; }

@@ -23,7 +23,7 @@ class NextProcess {
     int32_t number;
   };
 
-  /// Does each of up to three tasks in a process of its own, all of them at once, and returns their answers one after
+  /// Does each of up to four tasks in a process of its own, all of them at once, and returns their answers one after
   /// the other. Part of an answer is missing when its process ended early.
   std::string perform(const std::vector<Task>& tasks) const;
 

@@ -6,7 +6,6 @@
 
 #include <csignal>
 #include <fstream>
-#include <string>
 #include <thread>
 
 namespace compliance {
