@@ -42,6 +42,7 @@ in_directory() {
     echo "ended with $found, not $2, or without $3 failures, one of its lines being \"$4\""
   fi
   grep -q '^NOT RESTORED' "$1/lines" || boards | cmp -s - "$1/before" || echo 'leaves devices altered'
+  grep '^through' "$1/lines" | grep -vxF "through $probe"
   grep -i 'restored: ' "$1/lines" | grep -vE ': (order |.*: (description|board id|children) |the library )'
   for ((wait = 0; wait < 50; ++wait)); do
     find /proc -maxdepth 2 -name cwd -lname "$1" 2>"$1/gone" | grep . >"$1/left" || break
